@@ -1,0 +1,47 @@
+#include "app/AppDelegate.h"
+
+#include "platform/foundation/Preferences.h"
+#include "platform/ui/Application.h"
+#include "platform/ui/Storyboard.h"
+#include "platform/ui/ViewController.h"
+#include "platform/ui/Window.h"
+#include "rating/AppRating.h"
+
+#include <memory>
+
+ui::Window* AppDelegate::window() const {
+    return mainWindow;
+}
+
+void AppDelegate::setWindow(ui::Window* window) {
+    mainWindow = window;
+}
+
+bool AppDelegate::didFinishLaunchingWithOptions(ui::Application*, const QVariantMap&) {
+    runLaunchSequence();
+    return true;
+}
+
+quint64 AppDelegate::supportedInterfaceOrientationsFor(ui::Application*, ui::Window*) {
+    return lock;
+}
+
+AppDelegate* AppDelegate::shared() {
+    auto* app = ui::Application::shared();
+    return app ? dynamic_cast<AppDelegate*>(app->delegate()) : nullptr;
+}
+
+void AppDelegate::runLaunchSequence() {
+    // The plain assignment, not the checked setter: the launch value wins over the default.
+    AppRating::daysUntilPrompt = 3;
+
+    const bool tutorialShowed = foundation::Preferences::standard().boolForKey("tutorialShowed");
+    const ui::Storyboard storyboard(QStringLiteral("Main"));
+    const char* required = tutorialShowed ? "CameraViewController" : "TutorialViewController";
+
+    std::unique_ptr<ui::ViewController> controller(
+        storyboard.instantiate(QString::fromLatin1(required)));
+    if (!controller || !controller->inherits(required) || !mainWindow)
+        return;
+    mainWindow->setRootViewController(controller.release());
+}

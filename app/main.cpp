@@ -1,0 +1,32 @@
+#include "app/AppDelegate.h"
+#include "app/CommandLine.h"
+
+#include "platform/foundation/Bundle.h"
+#include "platform/foundation/Strings.h"
+#include "platform/ui/Application.h"
+
+#include <QTextStream>
+
+#include <memory>
+
+int main(int argc, char** argv) {
+    ui::Application application(argc, argv);
+    application.setApplicationVersion(foundation::Bundle::main()
+                                          .objectForInfoDictionaryKey("CFBundleShortVersionString")
+                                          .toString());
+    foundation::Strings::install();
+
+    CommandLine commandLine;
+    commandLine.process(application);
+
+    if (application.isHeadless()) {
+        QTextStream(stdout) << QCoreApplication::translate(
+                                   "main", "Tessaro needs a display to open its window, and none "
+                                           "was found (neither DISPLAY nor WAYLAND_DISPLAY is "
+                                           "set). Run it from a desktop session, or under "
+                                           "xvfb-run.")
+                            << Qt::endl;
+        return 2;
+    }
+    return application.run(std::make_unique<AppDelegate>(), commandLine.launchOptions());
+}

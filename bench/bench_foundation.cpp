@@ -1,0 +1,30 @@
+#include "LineReporter.h"
+
+#include "platform/foundation/Preferences.h"
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
+
+// Every preference change rewrites the file atomically; this is what one change costs.
+static void preferencesAtomicWrite(benchmark::State& state) {
+    QTemporaryDir dir;
+    foundation::Preferences preferences(dir.filePath(QStringLiteral("preferences.json")));
+    preferences.setInteger("zoomMode", 1);
+    preferences.setInteger("videoMode", 2);
+    preferences.setBool("tutorialShowed", true);
+    float seconds = 1.0f;
+    for (auto _ : state) {
+        preferences.setFloat("zoomDuration", seconds);
+        seconds = seconds >= 15.0f ? 1.0f : seconds + 1.0f;
+    }
+}
+BENCHMARK(preferencesAtomicWrite)->Unit(benchmark::kMicrosecond);
+
+int main(int argc, char** argv) {
+    QCoreApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    LineReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    return 0;
+}

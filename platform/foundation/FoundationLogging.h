@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QLoggingCategory>
+
+namespace foundation {
+
+Q_DECLARE_LOGGING_CATEGORY(lcFoundation)
+
+} // namespace foundation

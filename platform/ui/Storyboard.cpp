@@ -1,0 +1,55 @@
+#include "platform/ui/Storyboard.h"
+
+#include <QHash>
+
+#include "platform/ui/Logging.h"
+#include "platform/ui/ViewController.h"
+
+namespace ui {
+namespace {
+
+// Storyboard name -> identifier -> factory.
+QHash<QString, QHash<QString, Storyboard::Factory>>& registry() {
+    static QHash<QString, QHash<QString, Storyboard::Factory>> factories;
+    return factories;
+}
+
+} // namespace
+
+Storyboard::Storyboard(QString name) : name_(std::move(name)) {}
+
+void Storyboard::registerFactory(const QString& storyboardName, const QString& identifier,
+                                 Factory factory) {
+    if (!factory)
+        qFatal("ui::Storyboard::registerFactory: null factory for \"%s\" in \"%s\"",
+               qPrintable(identifier), qPrintable(storyboardName));
+    registry()[storyboardName].insert(identifier, std::move(factory));
+}
+
+void Storyboard::unregisterAll(const QString& storyboardName) {
+    registry().remove(storyboardName);
+}
+
+ViewController* Storyboard::instantiate(const QString& identifier) const {
+    const auto scenes = registry().constFind(name_);
+    if (scenes == registry().constEnd() || !scenes->contains(identifier)) {
+        qCWarning(lcUi).noquote() << "Storyboard" << name_ << "has no controller with identifier"
+                                  << identifier;
+        return nullptr;
+    }
+    const Factory factory = scenes->value(identifier);
+    ViewController* controller = factory();
+    if (!controller)
+        qFatal("ui::Storyboard: the factory for \"%s\" in \"%s\" made no controller",
+               qPrintable(identifier), qPrintable(name_));
+    if (controller->objectName().isEmpty())
+        controller->setObjectName(identifier);
+    return controller;
+}
+
+bool Storyboard::contains(const QString& identifier) const {
+    const auto scenes = registry().constFind(name_);
+    return scenes != registry().constEnd() && scenes->contains(identifier);
+}
+
+} // namespace ui

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QColor>
+#include <QWidget>
+
+namespace ui {
+
+// A plain container that can fill itself with a colour and round its corners, as the screens'
+// cards, badges and dots do. Children are not clipped to the corners.
+class View : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit View(QWidget* parent = nullptr);
+
+    // Invalid: transparent.
+    QColor backgroundColor() const { return backgroundColor_; }
+    void setBackgroundColor(const QColor& color);
+    // Capped at half the shorter side, which makes a pill or a circle.
+    qreal cornerRadius() const { return cornerRadius_; }
+    void setCornerRadius(qreal radius);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QColor backgroundColor_;
+    qreal cornerRadius_ = 0;
+};
+
+} // namespace ui

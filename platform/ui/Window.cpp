@@ -1,0 +1,203 @@
+#include "platform/ui/Window.h"
+
+#include <QResizeEvent>
+#include <QShowEvent>
+
+#include "platform/ui/ViewController.h"
+
+namespace ui {
+namespace {
+
+QPointer<Window>& keyWindowPointer() {
+    static QPointer<Window> key;
+    return key;
+}
+
+} // namespace
+
+Window::Window() : QWidget(nullptr) {}
+
+Window::~Window() {
+    // Controllers go before the views they own, so that no transition ends mid-teardown.
+    for (const auto& c : std::as_const(presented_)) {
+        if (c)
+            c->transitionEnd_ = {};
+    }
+    delete root_.data();
+}
+
+void Window::setRootViewController(ViewController* controller) {
+    if (controller == root_)
+        return;
+    if (controller && controller->presentingViewController())
+        qFatal("ui::Window::setRootViewController: %s is presented and cannot become a root",
+               controller->metaObject()->className());
+
+    const bool onScreen = isVisible();
+    QList<QPointer<ViewController>> leaving;
+    for (ViewController* c : shownControllers())
+        leaving.append(c);
+    if (onScreen) {
+        for (auto it = leaving.crbegin(); it != leaving.crend(); ++it)
+            (*it)->beginAppearanceTransition(false, false);
+    }
+
+    QPointer<ViewController> old = root_;
+    root_ = controller;
+    if (controller) {
+        controller->setParent(this);
+        QWidget* view = controller->view();
+        view->setParent(this);
+        view->setGeometry(rect());
+        view->lower();
+        if (onScreen)
+            controller->beginAppearanceTransition(true, false);
+        view->show();
+    }
+
+    // What the old root presented goes with it; unfinished transitions are dropped.
+    for (const auto& c : std::as_const(presented_)) {
+        if (c) {
+            c->transitionEnd_ = {};
+            if (c->view_)
+                c->view_->hide();
+        }
+    }
+    presented_.clear();
+    if (old && old->view_)
+        old->view_->hide();
+
+    if (onScreen) {
+        for (auto it = leaving.crbegin(); it != leaving.crend(); ++it) {
+            if (*it)
+                (*it)->endAppearanceTransition();
+        }
+        if (controller)
+            controller->endAppearanceTransition();
+    }
+    if (old)
+        old->deleteLater();
+    setNeedsStatusBarAppearanceUpdate();
+}
+
+void Window::makeKeyAndVisible() {
+    keyWindowPointer() = this;
+    statusBarHidden_ = prefersStatusBarHidden();
+    if (fullScreenWhenStatusBarHidden_ && statusBarHidden_)
+        showFullScreen();
+    else
+        show();
+    raise();
+    activateWindow();
+}
+
+Window* Window::keyWindow() {
+    return keyWindowPointer();
+}
+
+ViewController* Window::topViewController() const {
+    for (auto it = presented_.crbegin(); it != presented_.crend(); ++it) {
+        if (*it && !(*it)->isBeingDismissed())
+            return *it;
+    }
+    return root_;
+}
+
+bool Window::prefersStatusBarHidden() const {
+    const ViewController* top = topViewController();
+    return top && top->prefersStatusBarHidden();
+}
+
+void Window::setNeedsStatusBarAppearanceUpdate() {
+    const bool hidden = prefersStatusBarHidden();
+    if (hidden == statusBarHidden_)
+        return;
+    statusBarHidden_ = hidden;
+    applyStatusBarPolicy();
+    emit statusBarHiddenChanged(hidden);
+}
+
+void Window::setFullScreenWhenStatusBarHidden(bool enabled) {
+    fullScreenWhenStatusBarHidden_ = enabled;
+    statusBarHidden_ = prefersStatusBarHidden();
+    applyStatusBarPolicy();
+}
+
+void Window::applyStatusBarPolicy() {
+    if (!fullScreenWhenStatusBarHidden_ || !isVisible())
+        return;
+    if (statusBarHidden_ && !isFullScreen())
+        showFullScreen();
+    else if (!statusBarHidden_ && isFullScreen())
+        showNormal();
+}
+
+void Window::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    // The first resize comes with the first show and is no transition.
+    if (event->oldSize().isValid() && event->oldSize() != event->size()) {
+        QList<QPointer<ViewController>> controllers{root_};
+        controllers += presented_;
+        for (const auto& c : controllers) {
+            if (c)
+                c->viewWillTransition(event->size());
+        }
+    }
+    layoutViews();
+}
+
+void Window::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (event->spontaneous())
+        return;
+    layoutViews();
+    const QList<ViewController*> shown = shownControllers();
+    for (ViewController* c : shown)
+        c->beginAppearanceTransition(true, false);
+    for (ViewController* c : shown)
+        c->endAppearanceTransition();
+}
+
+void Window::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    if (event->spontaneous())
+        return;
+    const QList<ViewController*> shown = shownControllers();
+    for (auto it = shown.crbegin(); it != shown.crend(); ++it)
+        (*it)->beginAppearanceTransition(false, false);
+    for (auto it = shown.crbegin(); it != shown.crend(); ++it)
+        (*it)->endAppearanceTransition();
+}
+
+void Window::addPresented(ViewController* controller) {
+    presented_.append(controller);
+    if (controller->view_)
+        controller->view_->setGeometry(controller->presentationFrame());
+}
+
+void Window::removePresented(ViewController* controller) {
+    presented_.removeIf(
+        [controller](const QPointer<ViewController>& c) { return !c || c == controller; });
+}
+
+void Window::layoutViews() {
+    if (root_ && root_->view_)
+        root_->view_->setGeometry(rect());
+    for (const auto& c : std::as_const(presented_)) {
+        if (c && c->view_)
+            c->view_->setGeometry(c->presentationFrame());
+    }
+}
+
+QList<ViewController*> Window::shownControllers() const {
+    QList<ViewController*> shown;
+    if (root_ && root_->view_ && !root_->view_->isHidden())
+        shown.append(root_);
+    for (const auto& c : presented_) {
+        if (c && c->view_ && !c->view_->isHidden())
+            shown.append(c);
+    }
+    return shown;
+}
+
+} // namespace ui

@@ -1,0 +1,102 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="en" sourcelanguage="en">
+<context>
+    <name></name>
+    <message id="cam_zoom_info">
+        <extracomment>Hint under the zoom slider.</extracomment>
+        <source>Set the start zoom, then press record and walk.</source>
+        <translation>Set the start zoom, then press record and walk.</translation>
+    </message>
+    <message id="cam_zoom_in">
+        <extracomment>Zoom-out ramp (the default): the zoom falls to 1x while the user walks in.</extracomment>
+        <source>Walk toward your subject while recording.</source>
+        <translation>Walk toward your subject while recording.</translation>
+    </message>
+    <message id="cam_zoom_out">
+        <extracomment>Zoom-in ramp: the zoom rises from 1x while the user walks back.</extracomment>
+        <source>Walk away from your subject while recording.</source>
+        <translation>Walk away from your subject while recording.</translation>
+    </message>
+    <message id="cam_duration">
+        <extracomment>Title of the zoom duration picker.</extracomment>
+        <source>Duration</source>
+        <translation>Duration</translation>
+    </message>
+    <message id="cam_sec">
+        <extracomment>Unit after each number of the duration picker, as in "5 sec".</extracomment>
+        <source>sec</source>
+        <translation>sec</translation>
+    </message>
+    <message id="tutorial_text_1">
+        <extracomment>First-run tutorial, page 1 of 4.</extracomment>
+        <source>Frame your subject and set the start zoom with the slider.</source>
+        <translation>Frame your subject and set the start zoom with the slider.</translation>
+    </message>
+    <message id="tutorial_text_2">
+        <extracomment>First-run tutorial, page 2 of 4.</extracomment>
+        <source>Press record and walk toward your subject, keeping it the same size. The background stretches behind it.</source>
+        <translation>Press record and walk toward your subject, keeping it the same size. The background stretches behind it.</translation>
+    </message>
+    <message id="tutorial_text_3">
+        <extracomment>First-run tutorial, page 3 of 4.</extracomment>
+        <source>Switch the zoom direction for the reverse effect: the zoom grows while you walk away.</source>
+        <translation>Switch the zoom direction for the reverse effect: the zoom grows while you walk away.</translation>
+    </message>
+    <message id="tutorial_text_4">
+        <extracomment>First-run tutorial, page 4 of 4.</extracomment>
+        <source>When the zoom ends, your clip plays in a loop. Save it or share it.</source>
+        <translation>When the zoom ends, your clip plays in a loop. Save it or share it.</translation>
+    </message>
+    <message id="tutorial_ready">
+        <extracomment>Button on the last tutorial page that opens the camera.</extracomment>
+        <source>Start</source>
+        <translation>Start</translation>
+    </message>
+    <message id="RateAppFirstFirstLabel">
+        <extracomment>First rating dialog, line 1.</extracomment>
+        <source>Do you enjoy Tessaro?</source>
+        <translation>Do you enjoy Tessaro?</translation>
+    </message>
+    <message id="RateAppFirstSecondLabel">
+        <extracomment>First rating dialog, line 2.</extracomment>
+        <source>We would love to know what you think.</source>
+        <translation>We would love to know what you think.</translation>
+    </message>
+    <message id="RateAppFirstThirdLabel">
+        <extracomment>First rating dialog, line 3, above the yes and no buttons.</extracomment>
+        <source>Tell us in one tap.</source>
+        <translation>Tell us in one tap.</translation>
+    </message>
+    <message id="RateAppLikedFirstLabel">
+        <extracomment>Dialog after the user said they like the app, line 1.</extracomment>
+        <source>Glad you like it!</source>
+        <translation>Glad you like it!</translation>
+    </message>
+    <message id="RateAppLikedSecondLabel">
+        <extracomment>Dialog after the user said they like the app, line 2.</extracomment>
+        <source>Would you rate Tessaro?</source>
+        <translation>Would you rate Tessaro?</translation>
+    </message>
+    <message id="RateAppLikedThirdLabel">
+        <extracomment>Dialog after the user said they like the app, line 3.</extracomment>
+        <source>It takes a moment and helps us a lot.</source>
+        <translation>It takes a moment and helps us a lot.</translation>
+    </message>
+    <message id="RateAppMailFirstLabel">
+        <extracomment>Feedback dialog after the user said they do not like the app, line 1.</extracomment>
+        <source>Sorry to hear that.</source>
+        <translation>Sorry to hear that.</translation>
+    </message>
+    <message id="RateAppMailSecondLabel">
+        <extracomment>Feedback dialog, line 2.</extracomment>
+        <source>Tell us what we should improve.</source>
+        <translation>Tell us what we should improve.</translation>
+    </message>
+    <message id="RateAppMailThirdLabel">
+        <extracomment>Feedback dialog, line 3, above the send-mail button.</extracomment>
+        <source>Send us a mail; we read every one.</source>
+        <translation>Send us a mail; we read every one.</translation>
+    </message>
+</context>
+</TS>

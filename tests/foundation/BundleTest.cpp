@@ -1,0 +1,48 @@
+#include "platform/foundation/Bundle.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace foundation {
+namespace {
+
+TEST(BundleTest, InfoDictionaryCarriesNameAndProjectVersion) {
+    const Bundle& bundle = Bundle::main();
+    EXPECT_EQ(bundle.objectForInfoDictionaryKey("CFBundleShortVersionString").toString(),
+              TESSARO_EXPECTED_VERSION);
+    EXPECT_EQ(bundle.infoDictionary().value("CFBundleName").toString(), "Tessaro");
+    EXPECT_FALSE(bundle.objectForInfoDictionaryKey("NoSuchKey").isValid());
+}
+
+TEST(BundleTest, ResourcesAreFoundInTheDataFolderFromTheEnvironment) {
+    QTemporaryDir data;
+    ASSERT_TRUE(data.isValid());
+    for (const char* name : {"1.mov", "notes"}) {
+        QFile file(data.filePath(QString::fromLatin1(name)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+    ASSERT_TRUE(QDir(data.path()).mkdir("2.mov"));
+    qputenv("TESSARO_DATA_DIR", data.path().toUtf8());
+
+    const Bundle& bundle = Bundle::main();
+    EXPECT_EQ(bundle.resourceFolders().value(0), data.path());
+    EXPECT_EQ(bundle.pathForResource("1", "mov"), data.filePath("1.mov"));
+    EXPECT_EQ(bundle.pathForResource("notes", QString()), data.filePath("notes"));
+    EXPECT_TRUE(bundle.pathForResource("2", "mov").isEmpty()) << "a folder is no resource";
+    EXPECT_TRUE(bundle.pathForResource("5", "mov").isEmpty());
+    EXPECT_TRUE(bundle.pathForResource(QString(), "mov").isEmpty());
+
+    qunsetenv("TESSARO_DATA_DIR");
+    EXPECT_NE(bundle.pathForResource("1", "mov"), data.filePath("1.mov"));
+}
+
+TEST(BundleTest, MissingImageIsNull) {
+    EXPECT_TRUE(Bundle::main().image("NoSuchImage").isNull());
+    EXPECT_TRUE(Bundle::main().pixmap("NoSuchImage", QSize(16, 16)).isNull());
+    EXPECT_TRUE(Bundle::main().image(QString()).isNull());
+}
+
+} // namespace
+} // namespace foundation

@@ -1,0 +1,359 @@
+#include "platform/foundation/Preferences.h"
+#include "platform/foundation/PreferenceSchema.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLocale>
+#include <QTemporaryDir>
+#include <clocale>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <unistd.h>
+
+namespace foundation {
+
+// So that failed comparisons print the value instead of its bytes.
+void PrintTo(const PreferenceValue& value, std::ostream* out) {
+    *out << value.typeName() << '(' << value.toString().toStdString() << ')';
+}
+
+namespace {
+
+// Collects warnings while alive.
+class WarningCollector {
+public:
+    WarningCollector() : m_previous(qInstallMessageHandler(&collect)) { lines().clear(); }
+    ~WarningCollector() { qInstallMessageHandler(m_previous); }
+    static QStringList& lines() {
+        static QStringList collected;
+        return collected;
+    }
+
+private:
+    static void collect(QtMsgType type, const QMessageLogContext&, const QString& message) {
+        if (type == QtWarningMsg)
+            lines() << message;
+    }
+    QtMessageHandler m_previous;
+};
+
+QByteArray readAll(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void writeAll(const QString& path, const QByteArray& content) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(content);
+}
+
+class PreferencesTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(m_folder.isValid());
+        qputenv("TESSARO_CONFIG_DIR", m_folder.path().toUtf8());
+        Preferences::resetStandardForTesting();
+    }
+    void TearDown() override {
+        Preferences::resetStandardForTesting();
+        qunsetenv("TESSARO_CONFIG_DIR");
+    }
+
+    QString filePath() const { return m_folder.filePath(QStringLiteral("preferences.json")); }
+    // What a new process would read.
+    Preferences& reloaded() {
+        Preferences::resetStandardForTesting();
+        return Preferences::standard();
+    }
+    QStringList folderEntries() const {
+        return QDir(m_folder.path())
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+
+    QTemporaryDir m_folder;
+};
+
+TEST(PreferenceValueTest, LiteralsKeepTheirType) {
+    using Type = PreferenceValue::Type;
+    EXPECT_EQ(PreferenceValue(true).type(), Type::boolean);
+    EXPECT_EQ(PreferenceValue(5).type(), Type::integer);
+    EXPECT_EQ(PreferenceValue(std::numeric_limits<qint64>::min()).type(), Type::integer);
+    EXPECT_EQ(PreferenceValue(5.0f).type(), Type::float32);
+    EXPECT_EQ(PreferenceValue(5.0).type(), Type::float64);
+    EXPECT_EQ(PreferenceValue("text").type(), Type::string);
+    EXPECT_EQ(PreferenceValue(QDateTime()).type(), Type::date);
+    EXPECT_STREQ(PreferenceValue("0.0.0").typeName(), "string");
+    EXPECT_STREQ(PreferenceValue(1.0f).typeName(), "float");
+}
+
+TEST(PreferenceSchemaTest, DefaultsHaveTheDeclaredType) {
+    for (const PreferenceSchema::Entry& entry : PreferenceSchema::entries()) {
+        if (entry.defaultValue) {
+            EXPECT_EQ(entry.defaultValue->type(), entry.type) << entry.key;
+        }
+        EXPECT_EQ(PreferenceSchema::find(QString::fromLatin1(entry.key)), &entry);
+    }
+    EXPECT_EQ(PreferenceSchema::find(QStringLiteral("zoommode")), nullptr);
+}
+
+TEST_F(PreferencesTest, AbsentKeysReadTheDocumentedDefaults) {
+    Preferences& preferences = Preferences::standard();
+    EXPECT_EQ(preferences.filePath(), filePath());
+    EXPECT_FALSE(preferences.boolForKey("tutorialShowed"));
+    EXPECT_EQ(preferences.integerForKey("zoomMode"), 0);
+    EXPECT_EQ(preferences.floatForKey("zoomDuration"), 5.0f);
+    EXPECT_EQ(preferences.doubleForKey("zoomDuration"), 5.0);
+    EXPECT_EQ(preferences.integerForKey("videoMode"), 0);
+    EXPECT_EQ(preferences.stringForKey("AppRatingLastVersionRated"), "0.0.0");
+    EXPECT_FALSE(preferences.valueForKey("AppRatingFirstUsed"));
+    EXPECT_FALSE(preferences.dateForKey("AppRatingLastRemind").isValid());
+
+    // Outside the table: the type's zero.
+    EXPECT_FALSE(preferences.valueForKey("neverWritten"));
+    EXPECT_FALSE(preferences.boolForKey("neverWritten"));
+    EXPECT_EQ(preferences.integerForKey("neverWritten"), 0);
+    EXPECT_EQ(preferences.doubleForKey("neverWritten"), 0.0);
+    EXPECT_TRUE(preferences.stringForKey("neverWritten").isNull());
+
+    EXPECT_TRUE(folderEntries().isEmpty()) << "reading must not create the file";
+}
+
+TEST_F(PreferencesTest, EveryTypeSurvivesAReloadExactly) {
+    const qint64 largest = std::numeric_limits<qint64>::max();
+    const qint64 smallest = std::numeric_limits<qint64>::min();
+    const QDateTime moment(QDate(2026, 11, 23), QTime(9, 30, 0, 123), Qt::UTC);
+    const QDateTime sameMomentElsewhere = moment.toOffsetFromUtc(-5 * 3600);
+    const QString unicode = QStringLiteral("Zoom \u2194 Stra\u00dfe \U0001F3A5 \"quoted\"\n");
+
+    Preferences& preferences = Preferences::standard();
+    preferences.setInteger("largest", largest);
+    preferences.setInteger("smallest", smallest);
+    preferences.setInteger("beyondDoublePrecision", (qint64(1) << 53) + 1);
+    preferences.setFloat("zoomDuration", 0.1f);
+    preferences.setFloat("five", 5.0f);
+    preferences.setFloat("infinite", -std::numeric_limits<float>::infinity());
+    preferences.setDouble("third", 1.0 / 3.0);
+    preferences.setDouble("tiny", std::numeric_limits<double>::denorm_min());
+    preferences.setDouble("notANumber", std::nan(""));
+    preferences.setBool("tutorialShowed", true);
+    preferences.setString("unicode", unicode);
+    preferences.setString("empty", QString());
+    preferences.setDate("AppRatingFirstUsed", sameMomentElsewhere);
+    preferences.setObject("objectInteger", 7);
+
+    Preferences& again = reloaded();
+    EXPECT_EQ(again.integerForKey("largest"), largest);
+    EXPECT_EQ(again.integerForKey("smallest"), smallest);
+    EXPECT_EQ(again.integerForKey("beyondDoublePrecision"), (qint64(1) << 53) + 1);
+    EXPECT_EQ(again.valueForKey("zoomDuration"), PreferenceValue(0.1f));
+    EXPECT_EQ(again.valueForKey("five"), PreferenceValue(5.0f));
+    EXPECT_EQ(again.floatForKey("infinite"), -std::numeric_limits<float>::infinity());
+    EXPECT_EQ(again.valueForKey("third"), PreferenceValue(1.0 / 3.0));
+    EXPECT_EQ(again.doubleForKey("tiny"), std::numeric_limits<double>::denorm_min());
+    EXPECT_TRUE(std::isnan(again.doubleForKey("notANumber")));
+    EXPECT_EQ(again.valueForKey("tutorialShowed"), PreferenceValue(true));
+    EXPECT_EQ(again.stringForKey("unicode"), unicode);
+    EXPECT_EQ(again.valueForKey("empty"), PreferenceValue(QString()));
+    EXPECT_EQ(again.valueForKey("objectInteger"), PreferenceValue(7));
+
+    const QDateTime date = again.dateForKey("AppRatingFirstUsed");
+    EXPECT_EQ(date, moment);
+    EXPECT_EQ(date.time().msec(), 123);
+    EXPECT_EQ(date.timeSpec(), Qt::UTC);
+
+    // Float and double reads accept either real type; the value keeps its own.
+    EXPECT_EQ(again.doubleForKey("zoomDuration"), double(0.1f));
+    EXPECT_EQ(again.floatForKey("third"), float(1.0 / 3.0));
+
+    const QByteArray text = readAll(filePath());
+    EXPECT_TRUE(text.contains("9223372036854775807")) << text.constData();
+    EXPECT_TRUE(text.contains("2026-11-23T09:30:00.123Z")) << text.constData();
+}
+
+TEST_F(PreferencesTest, RemovingAKeyBringsItsDefaultBack) {
+    Preferences& preferences = Preferences::standard();
+    int changes = 0;
+    QObject::connect(&preferences, &Preferences::valueChanged, [&changes](const QString& key) {
+        EXPECT_EQ(key, "zoomDuration");
+        ++changes;
+    });
+
+    preferences.setFloat("zoomDuration", 9.0f);
+    preferences.setFloat("zoomDuration", 9.0f);
+    EXPECT_EQ(changes, 1) << "an unchanged value is no change";
+    EXPECT_EQ(reloaded().floatForKey("zoomDuration"), 9.0f);
+
+    Preferences& current = Preferences::standard();
+    QObject::connect(&current, &Preferences::valueChanged, [&changes] { ++changes; });
+    current.removeObjectForKey("zoomDuration");
+    current.removeObjectForKey("zoomDuration");
+    EXPECT_EQ(changes, 2);
+    EXPECT_EQ(current.floatForKey("zoomDuration"), 5.0f);
+    EXPECT_FALSE(reloaded().hasStoredValue("zoomDuration"));
+    EXPECT_EQ(Preferences::standard().floatForKey("zoomDuration"), 5.0f);
+}
+
+using PreferencesDeathTest = PreferencesTest;
+
+TEST_F(PreferencesDeathTest, ReadingAnotherTypeStopsTheProgram) {
+    Preferences& preferences = Preferences::standard();
+    preferences.setString("zoomMode", "fast");
+    preferences.setInteger("zoomDuration", 5);
+    preferences.setFloat("tutorialShowed", 1.0f);
+
+    EXPECT_DEATH(preferences.integerForKey("zoomMode"), "\"zoomMode\".*string.*integer");
+    EXPECT_DEATH(preferences.floatForKey("zoomDuration"), "\"zoomDuration\".*integer.*float");
+    EXPECT_DEATH(preferences.boolForKey("tutorialShowed"), "\"tutorialShowed\".*float.*bool");
+    // A default counts as a stored value.
+    EXPECT_DEATH(preferences.stringForKey("videoMode"), "\"videoMode\".*integer.*string");
+}
+
+TEST_F(PreferencesTest, FileIsCompleteAfterEveryChange) {
+    // The folder does not exist yet.
+    const QString nested = m_folder.filePath(QStringLiteral("config/tessaro/preferences.json"));
+    Preferences preferences(nested);
+
+    auto expectOnDisk = [&](const QString& key, const std::optional<PreferenceValue>& expected) {
+        const QByteArray text = readAll(nested);
+        QJsonParseError error;
+        const QJsonDocument document = QJsonDocument::fromJson(text, &error);
+        ASSERT_EQ(error.error, QJsonParseError::NoError) << text.constData();
+        const QJsonValue entry = document.object()["values"].toObject().value(key);
+        if (expected) {
+            EXPECT_EQ(PreferenceValue::fromJson(entry), expected) << key.toStdString();
+        } else {
+            EXPECT_TRUE(entry.isUndefined()) << key.toStdString();
+        }
+        EXPECT_EQ(QDir(QFileInfo(nested).path()).entryList(QDir::Files | QDir::Hidden),
+                  QStringList{"preferences.json"});
+    };
+
+    preferences.setInteger("zoomMode", 1);
+    expectOnDisk("zoomMode", PreferenceValue(1));
+    preferences.setFloat("zoomDuration", 12.0f);
+    expectOnDisk("zoomDuration", PreferenceValue(12.0f));
+    expectOnDisk("zoomMode", PreferenceValue(1));
+    preferences.setString("zoomMode", "replaced by another type");
+    expectOnDisk("zoomMode", PreferenceValue("replaced by another type"));
+    preferences.removeObjectForKey("zoomMode");
+    expectOnDisk("zoomMode", std::nullopt);
+    EXPECT_TRUE(preferences.isSaved());
+}
+
+TEST_F(PreferencesTest, DamagedFilesAreMovedAsideNeverOverwritten) {
+    const QList<QByteArray> damaged = {
+        "{\"values\": {\"zoomMode\": ", "", "[1, 2]", "{\"version\": 1}",
+        "{\"values\": [\"zoomMode\"]}",
+    };
+    QStringList asideCopies;
+    for (const QByteArray& content : damaged) {
+        SCOPED_TRACE(content.constData());
+        writeAll(filePath(), content);
+        WarningCollector warnings;
+        Preferences& preferences = reloaded();
+        EXPECT_EQ(preferences.integerForKey("zoomMode"), 0);
+
+        const QStringList aside =
+            QDir(m_folder.path()).entryList({QStringLiteral("preferences.json.corrupt-*")});
+        ASSERT_EQ(aside.size(), asideCopies.size() + 1) << "an earlier copy was overwritten";
+        QString newest;
+        for (const QString& name : aside) {
+            if (!asideCopies.contains(name))
+                newest = name;
+        }
+        asideCopies << newest;
+        EXPECT_EQ(readAll(m_folder.filePath(newest)), content);
+        EXPECT_FALSE(QFile::exists(filePath()));
+
+        ASSERT_EQ(warnings.lines().size(), 1) << warnings.lines().join('\n').toStdString();
+        EXPECT_TRUE(warnings.lines().first().contains(filePath()));
+        EXPECT_TRUE(warnings.lines().first().contains(m_folder.filePath(newest)));
+
+        preferences.setInteger("zoomMode", 1);
+        EXPECT_EQ(reloaded().integerForKey("zoomMode"), 1);
+    }
+}
+
+TEST_F(PreferencesTest, EntriesOfUnknownTypeAreSkipped) {
+    writeAll(filePath(), R"({"version": 1, "values": {
+        "zoomMode": {"type": "integer", "value": 1},
+        "colour": {"type": "colour", "value": "red"},
+        "half": {"type": "integer", "value": 2.5},
+        "quoted": {"type": "integer", "value": "5"},
+        "when": {"type": "date", "value": "yesterday"},
+        "bare": 3,
+        "zoomDuration": {"type": "float", "value": 3}
+    }})");
+    WarningCollector warnings;
+    Preferences& preferences = reloaded();
+
+    EXPECT_EQ(preferences.integerForKey("zoomMode"), 1);
+    EXPECT_EQ(preferences.floatForKey("zoomDuration"), 3.0f);
+    for (const char* key : {"colour", "half", "quoted", "when", "bare"})
+        EXPECT_FALSE(preferences.hasStoredValue(key)) << key;
+    EXPECT_EQ(warnings.lines().size(), 5) << warnings.lines().join('\n').toStdString();
+    EXPECT_TRUE(warnings.lines().join('\n').contains("\"colour\""));
+    EXPECT_EQ(folderEntries(), QStringList{"preferences.json"});
+}
+
+TEST_F(PreferencesTest, UnwritableFolderKeepsTheValueInMemory) {
+    // Root writes into read-only folders; a file standing where the folder should be stops it too.
+    const bool root = geteuid() == 0;
+    const QString folder = m_folder.filePath("config");
+    if (root) {
+        writeAll(folder, "not a folder");
+    } else {
+        ASSERT_TRUE(QDir(m_folder.path()).mkdir("config"));
+        ASSERT_TRUE(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
+    }
+    const QString path = folder + "/preferences.json";
+    Preferences preferences(path);
+    {
+        WarningCollector warnings;
+        preferences.setInteger("videoMode", 2);
+        EXPECT_EQ(preferences.integerForKey("videoMode"), 2);
+        EXPECT_FALSE(preferences.isSaved());
+        ASSERT_EQ(warnings.lines().size(), 1);
+        EXPECT_TRUE(warnings.lines().first().contains(path));
+    }
+
+    if (root)
+        QFile::remove(folder);
+    else
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    // The same value again is written now that the folder takes it.
+    preferences.setInteger("videoMode", 2);
+    EXPECT_TRUE(preferences.isSaved());
+    EXPECT_EQ(Preferences(path).integerForKey("videoMode"), 2);
+    EXPECT_EQ(QDir(folder).entryList(QDir::Files | QDir::Hidden), QStringList{"preferences.json"});
+}
+
+TEST_F(PreferencesTest, DecimalCommaLocaleChangesNothing) {
+    const std::string previous = std::setlocale(LC_ALL, nullptr);
+    std::setlocale(LC_ALL, "de_DE.UTF-8"); // may be missing; QLocale below still applies
+    const QLocale previousDefault;
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+
+    Preferences::standard().setFloat("zoomDuration", 2.5f);
+    Preferences::standard().setDouble("ratio", 1234.5678);
+    const QByteArray text = readAll(filePath());
+    Preferences& again = reloaded();
+    const float duration = again.floatForKey("zoomDuration");
+    const double ratio = again.doubleForKey("ratio");
+    const QString shown = PreferenceValue(2.5f).toString();
+
+    QLocale::setDefault(previousDefault);
+    std::setlocale(LC_ALL, previous.c_str());
+    EXPECT_TRUE(text.contains("2.5")) << text.constData();
+    EXPECT_TRUE(text.contains("1234.5678")) << text.constData();
+    EXPECT_EQ(duration, 2.5f);
+    EXPECT_EQ(ratio, 1234.5678);
+    EXPECT_EQ(shown, "2.5");
+}
+
+} // namespace
+} // namespace foundation

@@ -1,0 +1,274 @@
+#include <memory>
+#include <vector>
+
+#include <QPixmap>
+#include <QPointer>
+#include <QTest>
+#include <QTouchEvent>
+#include <gtest/gtest.h>
+
+#include "platform/ui/Button.h"
+#include "platform/ui/Slider.h"
+#include "tests/ui/ProbeViewController.h"
+
+namespace ui::test {
+namespace {
+
+using Events = std::vector<unsigned>;
+constexpr unsigned down = Control::touchDown;
+constexpr unsigned downRepeat = Control::touchDownRepeat;
+constexpr unsigned dragInside = Control::touchDragInside;
+constexpr unsigned dragOutside = Control::touchDragOutside;
+constexpr unsigned dragEnter = Control::touchDragEnter;
+constexpr unsigned dragExit = Control::touchDragExit;
+constexpr unsigned upInside = Control::touchUpInside;
+constexpr unsigned upOutside = Control::touchUpOutside;
+constexpr unsigned cancel = Control::touchCancel;
+constexpr unsigned changed = Control::valueChanged;
+
+// A 60 × 40 control at (100, 80) in a shown window; positions are in the control's coordinates.
+template <typename ControlType> class ControlFixture : public ::testing::Test {
+protected:
+    void SetUp() override {
+        window.resize(400, 300);
+        control = new ControlType(&window);
+        control->setGeometry(100, 80, 60, 40);
+        QObject::connect(control, &Control::controlEvent,
+                         [this](unsigned event) { events.push_back(event); });
+        window.show();
+    }
+
+    void press(QPoint at) { QTest::mousePress(control, Qt::LeftButton, {}, at); }
+    void move(QPoint to) { QTest::mouseMove(control, to); }
+    void release(QPoint at) { QTest::mouseRelease(control, Qt::LeftButton, {}, at); }
+
+    QWidget window;
+    ControlType* control = nullptr;
+    Events events;
+};
+
+using ControlTest = ControlFixture<Control>;
+
+TEST_F(ControlTest, TapSendsDownThenUpInsideAndASecondTapRepeats) {
+    press({30, 20});
+    EXPECT_TRUE(control->isHighlighted());
+    EXPECT_TRUE(control->isTracking());
+    EXPECT_EQ(control->state(), Control::highlighted);
+    release({30, 20});
+    EXPECT_FALSE(control->isHighlighted());
+    EXPECT_FALSE(control->isTracking());
+
+    // What a double click delivers: press, release, double click, release.
+    QTest::mouseDClick(control, Qt::LeftButton, {}, {30, 20});
+    release({30, 20});
+    EXPECT_EQ(events, Events({down, upInside, down, downRepeat, upInside}));
+}
+
+TEST_F(ControlTest, DraggingOutAndBackCrossesTheTrackingBoundsOnceEachWay) {
+    press({30, 20});
+    move({50, 30});  // inside the rect
+    move({125, 20}); // in the 70 px margin: still inside
+    EXPECT_TRUE(control->isHighlighted());
+    move({140, 20}); // beyond the margin
+    EXPECT_FALSE(control->isHighlighted());
+    EXPECT_FALSE(control->isTouchInside());
+    move({200, 20});
+    move({30, -60}); // back within the margin
+    EXPECT_TRUE(control->isHighlighted());
+    release({30, 20});
+    EXPECT_EQ(events, Events({down, dragInside, dragInside, dragExit, dragOutside, dragOutside,
+                              dragEnter, dragInside, upInside}));
+}
+
+TEST_F(ControlTest, ReleaseBeyondTheMarginIsUpOutside) {
+    control->setTrackingMargin(0);
+    press({30, 20});
+    move({61, 20});
+    release({61, 20});
+    EXPECT_EQ(events, Events({down, dragExit, dragOutside, upOutside}));
+}
+
+TEST_F(ControlTest, DisabledControlSendsNothing) {
+    control->setEnabled(false);
+    EXPECT_EQ(control->state(), Control::disabled);
+    press({30, 20});
+    move({40, 20});
+    release({30, 20});
+    QTest::keyClick(control, Qt::Key_Space);
+    EXPECT_TRUE(events.empty());
+}
+
+TEST_F(ControlTest, LosingTheTouchMidTrackCancelsIt) {
+    press({30, 20});
+    control->hide();
+    release({30, 20});
+    EXPECT_EQ(events, Events({down, cancel}));
+    EXPECT_FALSE(control->isHighlighted());
+
+    control->show();
+    events.clear();
+    press({30, 20});
+    control->setEnabled(false);
+    EXPECT_EQ(events, Events({down, cancel}));
+}
+
+TEST_F(ControlTest, TouchScreenInputTracksLikeTheMouse) {
+    std::unique_ptr<QPointingDevice> screen(QTest::createTouchDevice());
+    const QPoint origin = control->mapTo(&window, QPoint(0, 0));
+    QTest::touchEvent(&window, screen.get()).press(0, origin + QPoint(30, 20));
+    QTest::touchEvent(&window, screen.get()).move(0, origin + QPoint(300, 20));
+    QTest::touchEvent(&window, screen.get()).release(0, origin + QPoint(300, 20));
+    ASSERT_TRUE(waitUntil([&] { return events.size() >= 4; }, 500));
+    EXPECT_EQ(events, Events({down, dragExit, dragOutside, upOutside}));
+
+    events.clear();
+    QTest::touchEvent(&window, screen.get()).press(1, origin + QPoint(30, 20));
+    ASSERT_TRUE(waitUntil([&] { return !events.empty(); }, 500));
+    QTouchEvent cancelled(QEvent::TouchCancel, screen.get());
+    QCoreApplication::sendEvent(control, &cancelled);
+    EXPECT_EQ(events, Events({down, cancel})) << "far from the last release: no repeat";
+
+    // A quick second tap at the same place counts as a repeat.
+    events.clear();
+    QTest::touchEvent(&window, screen.get()).press(2, origin + QPoint(30, 20));
+    QTest::touchEvent(&window, screen.get()).release(2, origin + QPoint(30, 20));
+    QTest::touchEvent(&window, screen.get()).press(3, origin + QPoint(31, 20));
+    ASSERT_TRUE(waitUntil([&] { return events.size() >= 4; }, 500));
+    EXPECT_EQ(events, Events({down, upInside, down, downRepeat}));
+    QTest::touchEvent(&window, screen.get()).release(3, origin + QPoint(31, 20));
+}
+
+TEST_F(ControlTest, SpaceAndEnterOnAFocusedControlActivateIt) {
+    control->setFocus();
+    QTest::keyClick(control, Qt::Key_Space);
+    QTest::keyClick(control, Qt::Key_Return);
+    QTest::keyClick(control, Qt::Key_A);
+    EXPECT_EQ(events, Events({down, upInside, down, upInside}));
+}
+
+TEST_F(ControlTest, TargetsReceiveTheirEventsUntilRemovedOrDestroyed) {
+    std::vector<QString> calls;
+    auto receiver = std::make_unique<QObject>();
+    QObject other;
+    control->addTarget(
+        receiver.get(), [&](Control*) { calls.push_back("receiver"); }, upInside | cancel);
+    control->addTarget(
+        &other,
+        [&](Control* sender) {
+            EXPECT_EQ(sender, control);
+            calls.push_back("other");
+        },
+        upInside);
+    control->addTarget(
+        nullptr, [&](Control*) { calls.push_back("unguarded"); }, down);
+    EXPECT_EQ(control->allControlEvents(), unsigned(down | upInside | cancel));
+
+    control->sendActions(down | upInside);
+    EXPECT_EQ(calls, std::vector<QString>({"unguarded", "receiver", "other"}));
+
+    calls.clear();
+    control->removeTargets(&other);
+    receiver.reset();
+    control->sendActions(upInside | cancel);
+    EXPECT_TRUE(calls.empty());
+    EXPECT_EQ(control->allControlEvents(), unsigned(down));
+}
+
+TEST_F(ControlTest, AnActionMayHideItsControl) {
+    // A close button whose action dismisses the screen it is on.
+    control->addTarget(
+        nullptr, [](Control* sender) { sender->hide(); }, dragExit);
+    press({30, 20});
+    move({300, 20});
+    release({300, 20});
+    EXPECT_EQ(events, Events({down, dragExit, cancel}));
+}
+
+using ButtonTest = ControlFixture<Button>;
+
+TEST_F(ButtonTest, StatesWithoutTheirOwnValueFallBackToNormal) {
+    QPixmap red(16, 16);
+    red.fill(Qt::red);
+    QPixmap blue(16, 16);
+    blue.fill(Qt::blue);
+    const QIcon normalImage(red);
+    const QIcon highlightedImage(blue);
+    control->setTitle("Record");
+    control->setTitle("Stop", Control::selected);
+    control->setImage(normalImage);
+    control->setImage(highlightedImage, Control::highlighted);
+    control->setTitleColor(Qt::yellow, Control::disabled);
+
+    EXPECT_EQ(control->titleForState(Control::highlighted), "Record");
+    EXPECT_EQ(control->titleForState(Control::highlighted | Control::selected), "Record");
+    EXPECT_EQ(control->titleForState(Control::selected), "Stop");
+    EXPECT_EQ(control->titleColorForState(Control::normal), QColor(Qt::white));
+    EXPECT_EQ(control->titleColorForState(Control::disabled), QColor(Qt::yellow));
+    EXPECT_EQ(control->imageForState(Control::selected).cacheKey(), normalImage.cacheKey());
+
+    control->setSelected(true);
+    EXPECT_EQ(control->currentTitle(), "Stop");
+    press({30, 20});
+    EXPECT_EQ(control->currentImage().cacheKey(), normalImage.cacheKey())
+        << "highlighted + selected has no image of its own";
+    EXPECT_EQ(control->currentTitle(), "Record");
+    release({30, 20});
+}
+
+class SliderTest : public ControlFixture<Slider> {
+protected:
+    void SetUp() override {
+        ControlFixture::SetUp();
+        // Thumb 28 wide: the track runs from x = 14 to x = 214.
+        control->setGeometry(0, 0, 228, 40);
+        control->setMinimumValue(1.0f);
+        control->setMaximumValue(3.0f);
+    }
+
+    QPoint at(float value) const { return QPoint(qRound(14 + (value - 1.0f) / 2.0f * 200), 20); }
+};
+
+TEST_F(SliderTest, ValueStaysWithinTheRange) {
+    control->setValue(5.0f);
+    EXPECT_FLOAT_EQ(control->value(), 3.0f);
+    control->setValue(-1.0f);
+    EXPECT_FLOAT_EQ(control->value(), 1.0f);
+    control->setMinimumValue(2.0f);
+    EXPECT_FLOAT_EQ(control->value(), 2.0f);
+    control->setMaximumValue(0.5f);
+    EXPECT_FLOAT_EQ(control->minimumValue(), 0.5f);
+    EXPECT_FLOAT_EQ(control->value(), 0.5f);
+    EXPECT_TRUE(events.empty()) << "setting the value in code sends nothing";
+}
+
+TEST_F(SliderTest, DraggingTheThumbSendsValueChangedAsItMoves) {
+    control->setValue(1.5f);
+    // Grabbed 4 px right of the thumb's centre: the thumb keeps that offset.
+    press(at(1.5f) + QPoint(4, 0));
+    move(at(2.0f) + QPoint(4, 0));
+    EXPECT_NEAR(control->value(), 2.0f, 0.011f);
+    move(at(3.5f));
+    EXPECT_FLOAT_EQ(control->value(), 3.0f);
+    release(at(3.5f));
+    EXPECT_EQ(events, Events({down, changed, dragInside, changed, dragInside, upInside}));
+    EXPECT_NEAR(control->thumbRect().center().x(), 214, 0.5);
+}
+
+TEST_F(SliderTest, PressingTheTrackMovesTheThumbThere) {
+    press(at(2.5f));
+    EXPECT_NEAR(control->value(), 2.5f, 0.011f);
+    release(at(2.5f));
+    EXPECT_EQ(events, Events({changed, down, upInside}));
+}
+
+TEST_F(SliderTest, ADiscontinuousSliderReportsOnceOnRelease) {
+    control->setContinuous(false);
+    press(at(1.0f));
+    move(at(1.5f));
+    move(at(2.0f));
+    release(at(2.0f));
+    EXPECT_EQ(events, Events({down, dragInside, dragInside, changed, upInside}));
+}
+
+} // namespace
+} // namespace ui::test

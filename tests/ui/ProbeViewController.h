@@ -1,0 +1,65 @@
+#pragma once
+
+#include <functional>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QStringList>
+#include <QThread>
+#include <QWidget>
+
+#include "platform/ui/ViewController.h"
+
+namespace ui::test {
+
+// Writes every lifecycle call, prefixed with its name, into a shared journal.
+class ProbeViewController : public ViewController {
+public:
+    ProbeViewController(QString name, QStringList* journal)
+        : name_(std::move(name)), journal_(journal) {
+        setObjectName(name_);
+    }
+
+    bool statusBarHidden = false;
+    // The view's size when viewWillTransition ran.
+    QSize sizeAtTransition;
+
+    bool prefersStatusBarHidden() const override { return statusBarHidden; }
+
+protected:
+    void viewDidLoad() override { note("didLoad"); }
+    void viewWillAppear(bool) override { note("willAppear"); }
+    void viewDidAppear(bool) override { note("didAppear"); }
+    void viewWillDisappear(bool) override { note("willDisappear"); }
+    void viewDidDisappear(bool) override { note("didDisappear"); }
+    void viewWillTransition(QSize size) override {
+        sizeAtTransition = view()->size();
+        note(QStringLiteral("transition %1x%2").arg(size.width()).arg(size.height()));
+    }
+
+private:
+    void note(const QString& what) { journal_->append(name_ + "." + what); }
+
+    QString name_;
+    QStringList* journal_;
+};
+
+// Runs the event loop, deferred deletes included, until the condition holds.
+inline bool waitUntil(const std::function<bool()>& condition, int timeoutMs = 2000) {
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition()) {
+        if (timer.elapsed() > timeoutMs)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QThread::msleep(2);
+    }
+    return true;
+}
+
+inline void spin(int milliseconds) {
+    waitUntil([] { return false; }, milliseconds);
+}
+
+} // namespace ui::test

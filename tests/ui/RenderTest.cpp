@@ -1,0 +1,108 @@
+#include <QDir>
+#include <QImage>
+#include <QPainter>
+#include <QPixmap>
+#include <gtest/gtest.h>
+
+#include "platform/ui/Button.h"
+#include "platform/ui/Label.h"
+#include "platform/ui/Slider.h"
+#include "platform/ui/View.h"
+#include "platform/ui/ViewController.h"
+#include "platform/ui/Window.h"
+
+namespace ui::test {
+namespace {
+
+const QColor screenColour(0x20, 0x30, 0x40);
+
+class Screen : public ViewController {
+public:
+    Button* button = nullptr;
+    Slider* slider = nullptr;
+
+protected:
+    void viewDidLoad() override {
+        view()->setAutoFillBackground(true);
+        QPalette palette = view()->palette();
+        palette.setColor(QPalette::Window, screenColour);
+        view()->setPalette(palette);
+
+        QPixmap dot(24, 24);
+        dot.fill(Qt::transparent);
+        QPainter painter(&dot);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setBrush(Qt::red);
+        painter.setPen(Qt::NoPen);
+        painter.drawEllipse(0, 0, 24, 24);
+        painter.end();
+
+        button = new Button(view());
+        button->setImage(QIcon(dot));
+        button->setTitle("Record");
+        button->setGeometry(20, 20, 160, 40);
+        slider = new Slider(view());
+        slider->setGeometry(20, 100, 228, 40);
+        slider->setValue(0.5f);
+    }
+};
+
+// A translucent veil with a white card, as the rating dialogs look.
+class Dialog : public ViewController {
+protected:
+    void loadView() override {
+        class Veil : public QWidget {
+            void paintEvent(QPaintEvent*) override {
+                QPainter(this).fillRect(rect(), QColor(0, 0, 0, 128));
+            }
+        };
+        setView(new Veil);
+    }
+    void viewDidLoad() override {
+        auto* card = new View(view());
+        card->setBackgroundColor(Qt::white);
+        card->setCornerRadius(11);
+        card->setGeometry(60, 160, 240, 120);
+    }
+};
+
+void saveSnapshot(const QImage& image, const QString& name) {
+    const QString folder = qEnvironmentVariable("TESSARO_UI_SNAPSHOT_DIR");
+    if (!folder.isEmpty())
+        image.save(QDir(folder).filePath(name));
+}
+
+TEST(RenderTest, ControlsAndAnOverCurrentContextDialogDrawAsExpected) {
+    Window window;
+    window.resize(360, 400);
+    auto* screen = new Screen;
+    window.setRootViewController(screen);
+    window.show();
+
+    const QImage bare = window.grab().toImage();
+    saveSnapshot(bare, "controls.png");
+    const QPointF thumb = screen->slider->thumbRect().center() + QPointF(20, 100);
+    EXPECT_EQ(bare.pixelColor(thumb.toPoint()), QColor(Qt::white));
+    const QPoint filledTrack(40, 120);
+    EXPECT_GT(bare.pixelColor(filledTrack).blue(), 200) << "minimum side of the track";
+    const QRect content(20, 20, 160, 40);
+    const int imageLeft =
+        content.center().x() - (24 + screen->button->fontMetrics().horizontalAdvance("Record")) / 2;
+    EXPECT_EQ(bare.pixelColor(imageLeft + 12, 40), QColor(Qt::red))
+        << "image centred with the title";
+
+    auto* dialog = new Dialog;
+    dialog->setModalPresentationStyle(ModalPresentationStyle::overCurrentContext);
+    screen->present(dialog, false);
+    const QImage veiled = window.grab().toImage();
+    saveSnapshot(veiled, "over-current-context.png");
+
+    const QColor underVeil = veiled.pixelColor(10, 380);
+    EXPECT_NEAR(underVeil.red(), screenColour.red() / 2, 2);
+    EXPECT_NEAR(underVeil.blue(), screenColour.blue() / 2, 2) << "the screen shows through";
+    EXPECT_EQ(veiled.pixelColor(180, 220), QColor(Qt::white));
+    EXPECT_LT(veiled.pixelColor(thumb.toPoint()).red(), 140) << "the slider is veiled too";
+}
+
+} // namespace
+} // namespace ui::test

@@ -1,0 +1,232 @@
+#include <QElapsedTimer>
+#include <QPointer>
+#include <gtest/gtest.h>
+
+#include "platform/ui/ViewAnimation.h"
+#include "platform/ui/Window.h"
+#include "tests/ui/ProbeViewController.h"
+
+namespace ui::test {
+namespace {
+
+using Style = ModalPresentationStyle;
+
+class ViewControllerTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        window.resize(400, 300);
+        root = new ProbeViewController("A", &journal);
+        window.setRootViewController(root);
+        window.show();
+        journal.clear();
+    }
+
+    ProbeViewController* probe(const QString& name, Style style = Style::fullScreen) {
+        auto* controller = new ProbeViewController(name, &journal);
+        controller->setModalPresentationStyle(style);
+        return controller;
+    }
+
+    std::function<void()> noting(const QString& what) {
+        return [this, what] { journal.append(what); };
+    }
+
+    QStringList journal;
+    Window window;
+    ProbeViewController* root = nullptr;
+};
+
+TEST_F(ViewControllerTest, FullScreenPresentationHidesThePresenterAndDismissalRestoresIt) {
+    QPointer<ProbeViewController> b = probe("B");
+    root->present(b, false, noting("presented"));
+
+    EXPECT_EQ(journal, QStringList({"B.didLoad", "B.willAppear", "A.willDisappear", "B.didAppear",
+                                    "A.didDisappear", "presented"}));
+    EXPECT_EQ(root->presentedViewController(), b);
+    EXPECT_EQ(b->presentingViewController(), root);
+    EXPECT_EQ(b->parent(), root);
+    EXPECT_EQ(b->window(), &window);
+    EXPECT_TRUE(root->view()->isHidden());
+    EXPECT_TRUE(b->view()->isVisible());
+    EXPECT_EQ(b->view()->geometry(), window.rect());
+    EXPECT_TRUE(b->view()->autoFillBackground());
+
+    journal.clear();
+    bool aliveInCompletion = false;
+    root->dismiss(false, [&] {
+        journal.append("dismissed");
+        aliveInCompletion = !b.isNull() && !b->presentingViewController();
+    });
+    EXPECT_EQ(journal, QStringList({"B.willDisappear", "A.willAppear", "B.didDisappear",
+                                    "A.didAppear", "dismissed"}));
+    EXPECT_TRUE(aliveInCompletion);
+    EXPECT_FALSE(root->presentedViewController());
+    EXPECT_TRUE(root->view()->isVisible());
+    EXPECT_TRUE(waitUntil([&] { return b.isNull(); }));
+}
+
+TEST_F(ViewControllerTest, OverCurrentContextLeavesThePresenterShownWithoutAppearanceCalls) {
+    QPointer<ProbeViewController> b = probe("B", Style::overCurrentContext);
+    root->present(b, false, noting("presented"));
+    EXPECT_EQ(journal, QStringList({"B.didLoad", "B.willAppear", "B.didAppear", "presented"}));
+    EXPECT_TRUE(root->view()->isVisible());
+    EXPECT_FALSE(b->view()->autoFillBackground());
+    EXPECT_EQ(b->view()->geometry(), root->view()->geometry());
+
+    journal.clear();
+    b->dismiss(false, noting("dismissed"));
+    EXPECT_EQ(journal, QStringList({"B.willDisappear", "B.didDisappear", "dismissed"}));
+    EXPECT_TRUE(root->view()->isVisible());
+}
+
+TEST_F(ViewControllerTest, CurrentContextCoversOnlyThePresentersViewAndHidesIt) {
+    // A controller whose view is embedded in the root's presents within that area.
+    auto* embedded = new ProbeViewController("E", &journal);
+    embedded->setParent(root);
+    embedded->view()->setParent(root->view());
+    embedded->view()->setGeometry(50, 40, 100, 80);
+    embedded->view()->show();
+    journal.clear();
+
+    QPointer<ProbeViewController> f = probe("F", Style::currentContext);
+    embedded->present(f, false);
+    EXPECT_EQ(f->view()->geometry(), QRect(50, 40, 100, 80));
+    EXPECT_TRUE(embedded->view()->isHidden());
+    EXPECT_TRUE(root->view()->isVisible());
+    EXPECT_EQ(journal, QStringList({"F.didLoad", "F.willAppear", "F.didAppear"}));
+}
+
+TEST_F(ViewControllerTest, DismissingWhatIsGoneOrLeavingDoesNothing) {
+    int completions = 0;
+    auto count = [&] { ++completions; };
+    ProbeViewController lone("L", &journal);
+    lone.dismiss(false, count);
+    root->dismiss(false, count);
+
+    QPointer<ProbeViewController> b = probe("B");
+    root->present(b, false);
+    root->dismiss(true, count);
+    b->dismiss(true, count);     // already leaving
+    root->dismiss(false, count); // likewise
+    EXPECT_TRUE(b->isBeingDismissed());
+    ASSERT_TRUE(waitUntil([&] { return b.isNull(); }));
+    ASSERT_EQ(completions, 1);
+
+    journal.clear();
+    root->dismiss(false, count); // presents nothing any more
+    spin(20);
+    EXPECT_EQ(completions, 1);
+    EXPECT_TRUE(journal.isEmpty()) << journal.join(", ").toStdString();
+}
+
+TEST_F(ViewControllerTest, PresentingWhilePresentingOrOutsideAWindowIsRefused) {
+    QPointer<ProbeViewController> b = probe("B");
+    root->present(b, false);
+    QPointer<ProbeViewController> c = probe("C");
+    bool called = false;
+    root->present(c, false, [&] { called = true; });
+    ProbeViewController outside("O", &journal);
+    QPointer<ProbeViewController> d = probe("D");
+    outside.present(d, false, [&] { called = true; });
+
+    EXPECT_FALSE(called);
+    EXPECT_EQ(root->presentedViewController(), b);
+    EXPECT_FALSE(c->presentingViewController());
+    EXPECT_FALSE(c->isViewLoaded());
+    EXPECT_EQ(c->parent(), root) << "a refused controller is owned, not leaked";
+    EXPECT_FALSE(outside.presentedViewController());
+    EXPECT_FALSE(d->isViewLoaded());
+}
+
+TEST_F(ViewControllerTest, AnimatedTransitionsCompleteAfterTheFade) {
+    QPointer<ProbeViewController> b = probe("B");
+    bool presented = false;
+    QElapsedTimer clock;
+    clock.start();
+    root->present(b, true, [&] { presented = true; });
+
+    EXPECT_EQ(journal, QStringList({"B.didLoad", "B.willAppear", "A.willDisappear"}));
+    EXPECT_LT(ViewAnimation::alpha(b->view()), 0.5);
+    EXPECT_TRUE(root->view()->isVisible()) << "the presenter stays until the fade ends";
+    ASSERT_TRUE(waitUntil([&] { return presented; }));
+    EXPECT_GE(clock.elapsed(), 250);
+    EXPECT_EQ(journal.mid(3), QStringList({"B.didAppear", "A.didDisappear"}));
+    EXPECT_TRUE(root->view()->isHidden());
+
+    journal.clear();
+    bool dismissed = false;
+    clock.restart();
+    root->dismiss(true, [&] { dismissed = true; });
+    EXPECT_EQ(journal, QStringList({"B.willDisappear", "A.willAppear"}));
+    EXPECT_TRUE(root->view()->isVisible()) << "the presenter is revealed by the fade";
+    ASSERT_TRUE(waitUntil([&] { return dismissed; }));
+    EXPECT_GE(clock.elapsed(), 250);
+    EXPECT_EQ(journal.mid(2), QStringList({"B.didDisappear", "A.didAppear"}));
+}
+
+TEST_F(ViewControllerTest, DismissalDuringAnAnimatedPresentationFinishesItFirst) {
+    QPointer<ProbeViewController> b = probe("B");
+    root->present(b, true, noting("presented"));
+    root->dismiss(false, noting("dismissed"));
+    EXPECT_EQ(journal, QStringList({"B.didLoad", "B.willAppear", "A.willDisappear", "B.didAppear",
+                                    "A.didDisappear", "presented", "B.willDisappear",
+                                    "A.willAppear", "B.didDisappear", "A.didAppear", "dismissed"}));
+    spin(400);
+    EXPECT_EQ(journal.size(), 11) << "the stopped fade must not complete again";
+}
+
+TEST_F(ViewControllerTest, DismissingTheBottomOfAStackRemovesEverythingAboveIt) {
+    QPointer<ProbeViewController> b = probe("B");
+    QPointer<ProbeViewController> c = probe("C", Style::overCurrentContext);
+    root->present(b, false);
+    b->present(c, false);
+    journal.clear();
+
+    int completions = 0;
+    root->dismiss(false, [&] { ++completions; });
+    EXPECT_EQ(journal, QStringList({"C.willDisappear", "B.willDisappear", "A.willAppear",
+                                    "C.didDisappear", "B.didDisappear", "A.didAppear"}));
+    EXPECT_EQ(completions, 1);
+    EXPECT_FALSE(root->presentedViewController());
+    EXPECT_TRUE(waitUntil([&] { return b.isNull() && c.isNull(); }));
+}
+
+TEST_F(ViewControllerTest, ADialogCanBeReplacedFromItsDismissalCompletion) {
+    // The rating funnel: the first dialog leaves and its presenter shows the next one.
+    auto* first = probe("D1", Style::overCurrentContext);
+    root->present(first, false);
+    QPointer<ViewController> presenter = first->presentingViewController();
+    QPointer<ProbeViewController> second = probe("D2", Style::overCurrentContext);
+    bool replaced = false;
+    first->dismiss(true, [&] { presenter->present(second, true, [&] { replaced = true; }); });
+    ASSERT_TRUE(waitUntil([&] { return replaced; }));
+    EXPECT_EQ(root->presentedViewController(), second);
+    EXPECT_EQ(second->presentingViewController(), root);
+}
+
+TEST_F(ViewControllerTest, ViewLoadsOnceBeforeTheFirstAppearance) {
+    Window other;
+    auto* controller = new ProbeViewController("V", &journal);
+    EXPECT_FALSE(controller->isViewLoaded());
+    EXPECT_EQ(controller->window(), nullptr);
+    other.setRootViewController(controller);
+    other.show();
+    other.hide();
+    other.show();
+    EXPECT_EQ(journal, QStringList({"V.didLoad", "V.willAppear", "V.didAppear", "V.willDisappear",
+                                    "V.didDisappear", "V.willAppear", "V.didAppear"}));
+}
+
+TEST_F(ViewControllerTest, ReplacingTheRootMidTransitionDropsTheTransitionSafely) {
+    QPointer<ProbeViewController> b = probe("B");
+    bool called = false;
+    root->present(b, true, [&] { called = true; });
+    QPointer<ProbeViewController> oldRoot = root;
+    window.setRootViewController(probe("N"));
+    EXPECT_TRUE(waitUntil([&] { return oldRoot.isNull() && b.isNull(); }));
+    spin(400);
+    EXPECT_FALSE(called);
+}
+
+} // namespace
+} // namespace ui::test
