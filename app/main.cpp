@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
 
+#include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/Strings.h"
 #include "platform/ui/Application.h"
@@ -18,6 +19,8 @@ int main(int argc, char** argv) {
 
     CommandLine commandLine;
     commandLine.process(application);
+    av::CaptureDeviceDiscoverySession::setCameraSelection(
+        commandLine.launchOptions().value(QStringLiteral("camera")).toString());
 
     if (application.isHeadless()) {
         QTextStream(stdout) << QCoreApplication::translate(

@@ -1,0 +1,87 @@
+#include "capture/CKFSession.h"
+
+#include "capture/CKFSessionDelegate.h"
+#include "platform/av/CaptureDevice.h"
+#include "platform/av/CaptureDeviceDiscoverySession.h"
+#include "platform/av/CaptureDeviceInput.h"
+#include "platform/av/CaptureSession.h"
+
+#include <QWidget>
+
+std::optional<CKFSession::DeviceType> CKFSession::deviceType(qint64 rawValue) {
+    if (rawValue < 0 || rawValue > 2)
+        return std::nullopt;
+    return DeviceType(rawValue);
+}
+
+std::optional<CKFSession::CameraPosition> CKFSession::cameraPosition(qint64 rawValue) {
+    if (rawValue < 0 || rawValue > 1)
+        return std::nullopt;
+    return CameraPosition(rawValue);
+}
+
+std::optional<CKFSession::FlashMode> CKFSession::flashMode(qint64 rawValue) {
+    if (rawValue < 0 || rawValue > 2)
+        return std::nullopt;
+    return FlashMode(rawValue);
+}
+
+CKFSession::CKFSession() : captureSession(std::make_unique<av::CaptureSession>()) {}
+
+CKFSession::~CKFSession() {
+    captureSession->stopRunning();
+}
+
+void CKFSession::setOverlayView(QWidget* view) {
+    overlay = view;
+}
+
+CKFSessionDelegate* CKFSession::delegate() const {
+    return dynamic_cast<CKFSessionDelegate*>(delegateObject.data());
+}
+
+void CKFSession::setDelegate(QObject* delegate) {
+    delegateObject = delegate;
+}
+
+void CKFSession::start() {
+    captureSession->startRunning();
+}
+
+void CKFSession::stop() {
+    captureSession->stopRunning();
+}
+
+void CKFSession::focusAt(const QPointF&) {}
+
+void CKFSession::notifyDelegate(const QVariant& value, const QString& key) {
+    if (CKFSessionDelegate* target = delegate())
+        target->didChangeValue(this, value, key);
+}
+
+std::unique_ptr<av::CaptureDeviceInput> CKFSession::captureDeviceInput(DeviceType type) {
+    const av::MediaType media =
+        type == DeviceType::microphone ? av::MediaType::audio : av::MediaType::video;
+    const av::DevicePosition position = type == DeviceType::frontCamera ? av::DevicePosition::front
+                                        : type == DeviceType::backCamera
+                                            ? av::DevicePosition::back
+                                            : av::DevicePosition::unspecified;
+    const std::vector<av::CaptureDevice*> devices =
+        av::CaptureDeviceDiscoverySession(media, position).devices();
+    if (devices.empty())
+        throw CKFError::captureDeviceNotFound();
+    return std::make_unique<av::CaptureDeviceInput>(devices.front());
+}
+
+std::optional<av::CaptureDeviceFormat>
+CKFSession::deviceInputFormat(const av::CaptureDeviceInput& input, qint64 width, qint64 height,
+                              qint64 frameRate) {
+    for (const av::CaptureDeviceFormat& format : input.device()->formats()) {
+        if (format.width < width || format.height < height)
+            continue;
+        for (const av::FrameRateRange& range : format.videoSupportedFrameRateRanges)
+            if (qint64(range.maxFrameRate) >= frameRate && qint64(range.minFrameRate) <= frameRate)
+                return format;
+    }
+    return std::nullopt;
+}

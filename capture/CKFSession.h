@@ -1,0 +1,78 @@
+#pragma once
+
+#include "capture/CKFError.h"
+#include "platform/av/CaptureDeviceFormat.h"
+
+#include <QObject>
+#include <QPointF>
+#include <QPointer>
+#include <QWidget>
+
+#include <memory>
+#include <optional>
+
+namespace av {
+class CaptureDeviceInput;
+class CaptureSession;
+} // namespace av
+
+class CKFSessionDelegate;
+
+// The base of the capture library: one capture session, device lookup, format choice, and the
+// delegate notice. Subclasses add inputs and outputs and make the zoom act on the camera.
+class CKFSession : public QObject {
+    Q_OBJECT
+
+public:
+    enum class DeviceType { frontCamera = 0, backCamera = 1, microphone = 2 };
+    enum class CameraPosition { front = 0, back = 1 };
+    enum class FlashMode { off = 0, on = 1, automatic = 2 };
+
+    // Raw values outside the listed cases give no value.
+    static std::optional<DeviceType> deviceType(qint64 rawValue);
+    static std::optional<CameraPosition> cameraPosition(qint64 rawValue);
+    static std::optional<FlashMode> flashMode(qint64 rawValue);
+
+    CKFSession();
+    ~CKFSession() override;
+
+    av::CaptureSession* session() const { return captureSession.get(); }
+
+    // Set by the preview that shows this session.
+    QObject* previewLayer() const { return layer; }
+    void setPreviewLayer(QObject* previewLayer) { layer = previewLayer; }
+    QWidget* overlayView() const { return overlay; }
+    void setOverlayView(QWidget* view);
+
+    virtual double zoom() const { return zoomValue; }
+    virtual void setZoom(double zoom) { zoomValue = zoom; }
+
+    // Held weakly: a delegate that goes away is simply not told.
+    CKFSessionDelegate* delegate() const;
+    void setDelegate(QObject* delegate);
+
+    void start();
+    void stop();
+    // Where the user tapped, in the device's point of interest; a plain session ignores it.
+    virtual void focusAt(const QPointF& point);
+
+    // Opens the first device of the kind. Throws CKFError::captureDeviceNotFound when there is
+    // none, and av::Error (unchanged) when the device cannot be opened.
+    static std::unique_ptr<av::CaptureDeviceInput> captureDeviceInput(DeviceType type);
+    // The first format, in the device's order, at least this large with a frame-rate range
+    // holding the rate.
+    static std::optional<av::CaptureDeviceFormat>
+    deviceInputFormat(const av::CaptureDeviceInput& input, qint64 width, qint64 height,
+                      qint64 frameRate);
+
+protected:
+    // Sends the notice to the delegate, if it is still there.
+    void notifyDelegate(const QVariant& value, const QString& key);
+
+private:
+    std::unique_ptr<av::CaptureSession> captureSession;
+    QPointer<QObject> layer;
+    QPointer<QWidget> overlay;
+    double zoomValue = 1.0;
+    QPointer<QObject> delegateObject;
+};

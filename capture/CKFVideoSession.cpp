@@ -1,0 +1,183 @@
+#include "capture/CKFVideoSession.h"
+
+#include "capture/CKFSessionDelegate.h"
+#include "platform/av/CaptureDevice.h"
+#include "platform/av/CaptureDeviceInput.h"
+#include "platform/av/CaptureSession.h"
+#include "platform/foundation/Device.h"
+#include "platform/foundation/FileManager.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTextStream>
+
+#include <limits>
+
+namespace {
+
+void printError(const std::exception& error) {
+    QTextStream(stdout) << error.what() << Qt::endl;
+}
+
+av::CaptureConnection::VideoOrientation
+videoOrientationFor(foundation::Device::Orientation orientation) {
+    using O = foundation::Device::Orientation;
+    using V = av::CaptureConnection::VideoOrientation;
+    switch (orientation) {
+    case O::portraitUpsideDown:
+        return V::portraitUpsideDown;
+    case O::landscapeLeft:
+        return V::landscapeRight;
+    case O::landscapeRight:
+        return V::landscapeLeft;
+    default:
+        return V::portrait;
+    }
+}
+
+} // namespace
+
+CKFVideoSession::CKFVideoSession(CameraPosition initialPosition)
+    : movieOutput(new av::CaptureMovieFileOutput(this)) {
+    session()->setSessionPreset(av::CaptureSession::preset1920x1080);
+    session()->addOutput(movieOutput);
+    position = initialPosition;
+    swapCameraInput();
+    try {
+        session()->addInput(captureDeviceInput(DeviceType::microphone).release());
+    } catch (const std::exception& error) {
+        printError(error);
+    }
+}
+
+CKFVideoSession::~CKFVideoSession() {
+    // Finish a recording while the delegate (this) is still whole.
+    session()->stopRunning();
+}
+
+void CKFVideoSession::setCameraPosition(CameraPosition value) {
+    position = value;
+    swapCameraInput();
+}
+
+void CKFVideoSession::togglePosition() {
+    position = position == CameraPosition::back ? CameraPosition::front : CameraPosition::back;
+    swapCameraInput();
+}
+
+void CKFVideoSession::swapCameraInput() {
+    std::unique_ptr<av::CaptureDeviceInput> input;
+    try {
+        input = captureDeviceInput(DeviceType(int(position)));
+    } catch (const std::exception& error) {
+        printError(error);
+        return;
+    }
+    av::CaptureDeviceInput* old = std::exchange(cameraInput, input.release());
+    if (old)
+        session()->removeInput(old);
+    session()->addInput(cameraInput);
+}
+
+void CKFVideoSession::setZoom(double value) {
+    CKFSession::setZoom(value);
+    if (!cameraInput || !cameraInput->device())
+        return;
+    av::CaptureDevice* device = cameraInput->device();
+    try {
+        device->lockForConfiguration();
+        device->setVideoZoomFactor(value);
+        device->unlockForConfiguration();
+    } catch (const av::Error&) {
+    }
+    notifyDelegate(value, QStringLiteral("zoom"));
+}
+
+void CKFVideoSession::setFlashMode(FlashMode value) {
+    flash = value;
+    if (!cameraInput || !cameraInput->device())
+        return;
+    av::CaptureDevice* device = cameraInput->device();
+    try {
+        device->lockForConfiguration();
+    } catch (const av::Error&) {
+        return;
+    }
+    const auto torch = av::CaptureDevice::TorchMode(int(value));
+    if (device->isTorchModeSupported(torch))
+        device->setTorchMode(torch);
+    device->unlockForConfiguration();
+}
+
+void CKFVideoSession::setWidth(qint64 width, qint64 height, qint64 frameRate) {
+    if (frameRate > std::numeric_limits<qint32>::max() ||
+        frameRate < std::numeric_limits<qint32>::min())
+        qFatal("CKFVideoSession::setWidth: frame rate %lld does not fit 32 bits", frameRate);
+    if (!cameraInput)
+        return;
+    const std::optional<av::CaptureDeviceFormat> format =
+        deviceInputFormat(*cameraInput, width, height, frameRate);
+    if (!format)
+        return;
+    av::CaptureDevice* device = cameraInput->device();
+    try {
+        device->lockForConfiguration();
+    } catch (const av::Error&) {
+        return;
+    }
+    device->setActiveFormat(*format);
+    const av::FrameDuration oneFrame{1, qint32(frameRate)};
+    device->setActiveVideoMinFrameDuration(oneFrame);
+    device->setActiveVideoMaxFrameDuration(oneFrame);
+    device->unlockForConfiguration();
+}
+
+QUrl CKFVideoSession::defaultFileURL() {
+    return QUrl::fromLocalFile(QDir(foundation::FileManager::documentsDirectory())
+                                   .filePath(QStringLiteral("Tessaro Video.mov")));
+}
+
+void CKFVideoSession::record(const std::optional<QUrl>& url, RecordCallback onRecorded,
+                             ErrorCallback onError) {
+    if (recording)
+        return;
+    recordCallback = std::move(onRecorded);
+    errorCallback = std::move(onError);
+    QUrl target;
+    if (url) {
+        target = *url;
+    } else {
+        target = defaultFileURL();
+        QFile::remove(target.toLocalFile());
+    }
+    if (av::CaptureConnection* connection =
+            movieOutput->connectionWithMediaType(av::MediaType::video)) {
+        connection->setVideoOrientation(
+            videoOrientationFor(foundation::Device::current().orientation()));
+        if (connection->isVideoStabilizationSupported())
+            connection->setPreferredVideoStabilizationMode(
+                av::CaptureConnection::VideoStabilizationMode::cinematic);
+    }
+    movieOutput->startRecordingToOutputFileURL(target, this);
+}
+
+void CKFVideoSession::stopRecording() {
+    if (recording)
+        movieOutput->stopRecording();
+}
+
+void CKFVideoSession::didStartRecording(av::CaptureMovieFileOutput*, const QUrl&) {
+    recording = true;
+}
+
+void CKFVideoSession::didFinishRecording(av::CaptureMovieFileOutput*, const QUrl& fileURL,
+                                         const std::optional<av::Error>& error) {
+    recording = false;
+    // Taken out first: a callback may start the next recording.
+    RecordCallback onRecorded = std::exchange(recordCallback, [](const QUrl&) {});
+    ErrorCallback onError = std::exchange(errorCallback, [](const std::exception&) {});
+    if (error)
+        onError(*error);
+    else
+        onRecorded(fileURL);
+}

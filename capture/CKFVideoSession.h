@@ -1,0 +1,63 @@
+#pragma once
+
+#include "capture/CKFSession.h"
+#include "platform/av/CaptureMovieFileOutput.h"
+
+#include <QUrl>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+// The session that records movies: one camera, the microphone and a movie file output; camera
+// switching, torch, zoom on the camera, format choice, and one recording at a time reported
+// through a pair of one-shot callbacks on the GUI thread.
+class CKFVideoSession : public CKFSession, public av::CaptureMovieFileOutput::RecordingDelegate {
+    Q_OBJECT
+
+public:
+    using RecordCallback = std::function<void(const QUrl& url)>;
+    using ErrorCallback = std::function<void(const std::exception& error)>;
+
+    explicit CKFVideoSession(CameraPosition position);
+    ~CKFVideoSession() override;
+
+    bool isRecording() const { return recording; }
+    void setIsRecording(bool value) { recording = value; }
+
+    CameraPosition cameraPosition() const { return position; }
+    void setCameraPosition(CameraPosition value);
+
+    FlashMode flashMode() const { return flash; }
+    void setFlashMode(FlashMode value);
+
+    double zoom() const override { return CKFSession::zoom(); }
+    void setZoom(double zoom) override;
+
+    // Records to url, or to the default file (replacing the previous clip) when none is given.
+    void record(const std::optional<QUrl>& url, RecordCallback onRecorded, ErrorCallback onError);
+    void stopRecording();
+    void togglePosition();
+    void setWidth(qint64 width, qint64 height, qint64 frameRate);
+
+    // "Tessaro Video.mov" in the documents folder.
+    static QUrl defaultFileURL();
+
+    av::CaptureMovieFileOutput* movieFileOutput() const { return movieOutput; }
+
+    // The movie output's notices, on the GUI thread.
+    void didStartRecording(av::CaptureMovieFileOutput* output, const QUrl& fileURL) override;
+    void didFinishRecording(av::CaptureMovieFileOutput* output, const QUrl& fileURL,
+                            const std::optional<av::Error>& error) override;
+
+private:
+    void swapCameraInput();
+
+    bool recording = false;
+    CameraPosition position = CameraPosition::back;
+    av::CaptureDeviceInput* cameraInput = nullptr;
+    FlashMode flash = FlashMode::off;
+    av::CaptureMovieFileOutput* movieOutput = nullptr;
+    RecordCallback recordCallback = [](const QUrl&) {};
+    ErrorCallback errorCallback = [](const std::exception&) {};
+};

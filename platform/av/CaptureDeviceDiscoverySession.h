@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/av/MediaType.h"
+
+#include <QString>
+
+#include <vector>
+
+namespace av {
+
+class CaptureDevice;
+
+// Finds the cameras and microphones to use, in order of preference. Real devices come first;
+// the virtual camera and microphone are listed after them when no real one of their kind
+// exists, or first when the user asked for them. Infrared and loopback cameras are never listed.
+class CaptureDeviceDiscoverySession {
+public:
+    // An unspecified position lists devices of every position.
+    CaptureDeviceDiscoverySession(MediaType mediaType, DevicePosition position);
+
+    std::vector<CaptureDevice*> devices() const;
+
+    // The user's choice of camera: empty (automatic), "virtual", "file:PATH", or a device's
+    // name or node. A chosen camera that is not there falls back to the automatic choice with a
+    // warning, so a stale choice never stops the app.
+    static void setCameraSelection(const QString& selection);
+    static QString cameraSelection();
+    // Tests turn the system's devices off so they see only the virtual ones.
+    static void setSystemDevicesEnabled(bool enabled);
+    // Tests turn the stand-ins off to see a machine with no device at all.
+    static void setVirtualDevicesEnabled(bool enabled);
+    // Probes the system's devices again (devices that went away are marked disconnected).
+    static void refresh();
+
+private:
+    MediaType media;
+    DevicePosition wanted;
+};
+
+} // namespace av

@@ -1,0 +1,301 @@
+#include "platform/av/CaptureMovieFileOutput.h"
+
+#include "platform/av/Logging.h"
+
+#include "platform/av/MovieWriter.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTimer>
+
+#include <chrono>
+
+// Debug lines only when asked for (QT_LOGGING_RULES="tessaro.av.debug=true").
+
+namespace av {
+
+namespace {
+
+// How long the end of a recording may take: the encoder's frames in flight and the last header.
+constexpr std::chrono::milliseconds finishTimeout{10000};
+
+QString tr(const char* text) {
+    return QCoreApplication::translate("av", text);
+}
+
+// Drops are logged at the 1st, 2nd, 4th, 8th ... so a slow machine does not flood the log.
+bool isPowerOfTwo(qint64 count) {
+    return count > 0 && (count & (count - 1)) == 0;
+}
+
+// The folder is made if missing; an old file is removed rather than overwritten, so whoever is
+// still reading the previous clip (a copy to the photo library) keeps reading it whole.
+QString prepareFile(const QUrl& url) {
+    if (!url.isLocalFile())
+        throw Error(Error::Code::fileNotWritable,
+                    tr("Tessaro records to files on this computer only, not to “%1”.")
+                        .arg(url.toDisplayString()));
+    const QString path = url.toLocalFile();
+    const QString folder = QFileInfo(path).absolutePath();
+    if (!QDir().mkpath(folder))
+        throw Error(
+            Error::Code::fileNotWritable,
+            tr("The recording cannot be saved: the folder “%1” cannot be created.").arg(folder));
+    if (QFileInfo(path).isFile())
+        QFile::remove(path);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        throw Error(Error::Code::fileNotWritable,
+                    tr("The recording cannot be saved: the file “%1” cannot be written (%2).")
+                        .arg(path, file.errorString()));
+    return path;
+}
+
+Error errorFrom(GstMessage* message, const QString& path) {
+    GError* error = nullptr;
+    gchar* debug = nullptr;
+    gst_message_parse_error(message, &error, &debug);
+    qCWarning(lcAv).noquote() << "recording to" << path << "failed in"
+                              << GST_OBJECT_NAME(GST_MESSAGE_SRC(message)) << ":" << error->message
+                              << (debug ? debug : "");
+    Error result(
+        Error::Code::recordingFailed,
+        tr("The recording to “%1” failed: %2").arg(path, QString::fromUtf8(error->message)));
+    if (error->domain == GST_RESOURCE_ERROR && error->code == GST_RESOURCE_ERROR_NO_SPACE_LEFT)
+        result = Error(Error::Code::diskFull,
+                       tr("The disk is full, so the recording “%1” stopped early.").arg(path));
+    else if (error->domain == GST_RESOURCE_ERROR &&
+             (error->code == GST_RESOURCE_ERROR_OPEN_WRITE ||
+              error->code == GST_RESOURCE_ERROR_OPEN_READ_WRITE))
+        result =
+            Error(Error::Code::fileNotWritable,
+                  tr("The recording cannot be saved: the file “%1” cannot be written.").arg(path));
+    g_error_free(error);
+    g_free(debug);
+    return result;
+}
+
+} // namespace
+
+// One requested recording, as its delegate hears of it. GUI thread only.
+struct CaptureMovieFileOutput::Clip {
+    QUrl url;
+    RecordingDelegate* delegate;
+    bool started = false;
+    bool finished = false;
+};
+
+CaptureMovieFileOutput::CaptureMovieFileOutput(QObject* parent)
+    : CaptureOutput(parent), videoConnection(new CaptureConnection(MediaType::video, this)),
+      audioConnection(new CaptureConnection(MediaType::audio, this)) {}
+
+CaptureMovieFileOutput::~CaptureMovieFileOutput() {
+    // Quitting mid-recording still leaves a complete movie; there is no one left to tell.
+    finishAndWait();
+}
+
+CaptureConnection* CaptureMovieFileOutput::connectionWithMediaType(MediaType type) const {
+    return type == MediaType::video ? videoConnection : audioConnection;
+}
+
+bool CaptureMovieFileOutput::wantsMedia(MediaType) const {
+    return true;
+}
+
+void CaptureMovieFileOutput::sessionDidStart(GstCaps* videoCaps, GstCaps* audioCaps) {
+    sessionVideoCaps = GstHandle<GstCaps>(videoCaps, GstRef::add);
+    sessionAudioCaps = GstHandle<GstCaps>(audioCaps, GstRef::add);
+    // Tries the hardware encoders now rather than when the user presses record.
+    if (videoCaps && state == State::idle)
+        encoder = MovieWriter::chooseVideoEncoder(videoCaps);
+}
+
+void CaptureMovieFileOutput::sessionWillStop() {
+    finishAndWait();
+    sessionVideoCaps.reset();
+    sessionAudioCaps.reset();
+}
+
+void CaptureMovieFileOutput::startRecordingToOutputFileURL(const QUrl& fileURL,
+                                                           RecordingDelegate* delegate) {
+    if (!delegate)
+        qFatal("av::CaptureMovieFileOutput: startRecordingToOutputFileURL needs a delegate");
+    if (state != State::idle) {
+        qCWarning(lcAv).noquote() << "already recording to" << url.toDisplayString()
+                                  << "- ignoring the request for" << fileURL.toDisplayString();
+        return;
+    }
+    auto next = std::make_shared<Clip>(Clip{fileURL, delegate});
+    written = 0;
+    dropped = 0;
+    try {
+        if (!sessionVideoCaps)
+            throw Error(Error::Code::sessionNotRunning,
+                        tr("Recording needs the camera to be running."));
+        const QString path = prepareFile(fileURL);
+        writer = std::make_unique<MovieWriter>(
+            path, sessionVideoCaps.get(), sessionAudioCaps.get(),
+            videoConnection->rotationDegrees(),
+            [this](GstMessage* message) { handleWriterMessage(message); });
+    } catch (const Error& error) {
+        qCWarning(lcAv).noquote() << error.localizedDescription();
+        deliverFinish(next, error);
+        return;
+    }
+    encoder = writer->encoderName();
+    clip = next;
+    url = fileURL;
+    state = State::recording;
+    std::lock_guard lock(feedLock);
+    feedWriter = writer.get();
+    feedClip = clip;
+    feedStarted = false;
+    feedAudioDropped = 0;
+}
+
+void CaptureMovieFileOutput::stopRecording() {
+    if (state != State::recording)
+        return;
+    state = State::finishing;
+    if (!endWriterStreams()) {
+        finish(nothingRecorded());
+        return;
+    }
+    // An encoder that hangs must not leave the recording unfinished forever.
+    QTimer::singleShot(finishTimeout, this, [this, stopped = clip] {
+        if (clip == stopped && state == State::finishing)
+            finish(Error(Error::Code::recordingFailed,
+                         tr("The recording “%1” did not finish in time and may end early.")
+                             .arg(url.toLocalFile())));
+    });
+}
+
+void CaptureMovieFileOutput::finishAndWait() {
+    if (state == State::idle)
+        return;
+    state = State::finishing;
+    if (!endWriterStreams()) {
+        finish(nothingRecorded());
+        return;
+    }
+    GstHandle<GstMessage> end = writer->waitForEnd(finishTimeout);
+    if (!end)
+        finish(Error(Error::Code::recordingFailed,
+                     tr("The recording “%1” did not finish in time and may end early.")
+                         .arg(url.toLocalFile())));
+    else if (GST_MESSAGE_TYPE(end.get()) == GST_MESSAGE_ERROR)
+        finish(errorFrom(end.get(), url.toLocalFile()));
+    else
+        finish(std::nullopt);
+}
+
+bool CaptureMovieFileOutput::endWriterStreams() {
+    std::lock_guard lock(feedLock);
+    if (feedWriter) {
+        feedWriter = nullptr;
+        feedClip.reset();
+        if (feedStarted)
+            writer->endOfStream();
+    }
+    return feedStarted;
+}
+
+Error CaptureMovieFileOutput::nothingRecorded() const {
+    return Error(Error::Code::recordingFailed,
+                 tr("The recording to “%1” stopped before the camera delivered a picture.")
+                     .arg(url.toLocalFile()));
+}
+
+void CaptureMovieFileOutput::handleWriterMessage(GstMessage* message) {
+    switch (GST_MESSAGE_TYPE(message)) {
+    case GST_MESSAGE_EOS:
+        finish(std::nullopt);
+        break;
+    case GST_MESSAGE_ERROR:
+        finish(errorFrom(message, url.toLocalFile()));
+        break;
+    case GST_MESSAGE_WARNING: {
+        GError* error = nullptr;
+        gst_message_parse_warning(message, &error, nullptr);
+        qCWarning(lcAv) << "recording:" << GST_OBJECT_NAME(GST_MESSAGE_SRC(message))
+                        << error->message;
+        g_error_free(error);
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+void CaptureMovieFileOutput::finish(std::optional<Error> error) {
+    bool hadFrames = false;
+    {
+        std::lock_guard lock(feedLock);
+        feedWriter = nullptr;
+        feedClip.reset();
+        hadFrames = std::exchange(feedStarted, false);
+    }
+    // Destroying the writer closes the file before anyone hears that it is done.
+    writer.reset();
+    const QString path = url.toLocalFile();
+    // Without a frame there is no movie, only a header; never a device such as /dev/full.
+    if (!hadFrames && QFileInfo(path).isFile())
+        QFile::remove(path);
+    qCDebug(lcAv).noquote() << "recorded" << path << "with" << encoder << ":" << written.load()
+                            << "frames," << dropped.load() << "dropped";
+    std::shared_ptr<Clip> ended = std::move(clip);
+    state = State::idle;
+    deliverFinish(ended, error);
+}
+
+void CaptureMovieFileOutput::deliverStart(const std::shared_ptr<Clip>& started) {
+    if (started->started || started->finished)
+        return;
+    started->started = true;
+    started->delegate->didStartRecording(this, started->url);
+}
+
+void CaptureMovieFileOutput::deliverFinish(const std::shared_ptr<Clip>& ended,
+                                           const std::optional<Error>& error) {
+    QMetaObject::invokeMethod(
+        this,
+        [this, ended, error] {
+            if (ended->finished)
+                return;
+            ended->finished = true;
+            ended->delegate->didFinishRecording(this, ended->url, error);
+        },
+        Qt::QueuedConnection);
+}
+
+void CaptureMovieFileOutput::handleSample(MediaType type, GstSample* sample) {
+    std::lock_guard lock(feedLock);
+    if (!feedWriter)
+        return;
+    GstBuffer* buffer = gst_sample_get_buffer(sample);
+    if (!buffer)
+        return;
+    if (type == MediaType::audio) {
+        if (!feedWriter->pushAudio(buffer) && isPowerOfTwo(++feedAudioDropped))
+            qCWarning(lcAv) << "the recording fell behind:" << feedAudioDropped
+                            << "blocks of sound dropped so far";
+        return;
+    }
+    if (!feedWriter->pushVideo(buffer)) {
+        const qint64 count = ++dropped;
+        if (isPowerOfTwo(count))
+            qCWarning(lcAv) << "the recording fell behind:" << count << "frames dropped so far";
+        return;
+    }
+    ++written;
+    if (!feedStarted) {
+        feedStarted = true;
+        // Posted under the lock, so it is queued before any did-finish of the same clip.
+        QMetaObject::invokeMethod(
+            this, [this, started = feedClip] { deliverStart(started); }, Qt::QueuedConnection);
+    }
+}
+
+} // namespace av

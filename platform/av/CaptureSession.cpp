@@ -1,0 +1,388 @@
+#include "platform/av/CaptureSession.h"
+
+#include "platform/av/Logging.h"
+
+#include "platform/av/BusWatch.h"
+#include "platform/av/CaptureDevice.h"
+#include "platform/av/CaptureDeviceInput.h"
+#include "platform/av/CaptureOutput.h"
+#include "platform/av/Gst.h"
+#include "platform/av/ZoomFilter.h"
+
+#include <QCoreApplication>
+#include <QSize>
+#include <QTimer>
+
+#include <gst/app/gstappsink.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace av {
+
+namespace {
+
+// The outputs one appsink feeds; fixed while the pipeline runs.
+struct Fanout {
+    MediaType type;
+    std::vector<CaptureOutput*> outputs;
+};
+
+GstFlowReturn deliver(GstAppSink* sink, gpointer data) {
+    auto* fanout = static_cast<Fanout*>(data);
+    GstSample* sample = gst_app_sink_pull_sample(sink);
+    if (!sample)
+        return GST_FLOW_EOS;
+    for (CaptureOutput* output : fanout->outputs)
+        output->handleSample(fanout->type, sample);
+    gst_sample_unref(sample);
+    return GST_FLOW_OK;
+}
+
+void freeFanout(gpointer data) {
+    delete static_cast<Fanout*>(data);
+}
+
+GstElement* make(const char* factory) {
+    GstElement* element = gst_element_factory_make(factory, nullptr);
+    if (!element)
+        qFatal("av::CaptureSession: the GStreamer element \"%s\" is missing", factory);
+    return element;
+}
+
+GstElement* appSinkFor(MediaType type, const std::vector<CaptureOutput*>& outputs) {
+    auto* fanout = new Fanout{type, {}};
+    for (CaptureOutput* output : outputs)
+        if (output->wantsMedia(type))
+            fanout->outputs.push_back(output);
+    GstElement* sink = make("appsink");
+    // Every output takes a sample without waiting, so nothing queues here.
+    g_object_set(sink, "sync", FALSE, "max-buffers", 4, "drop", TRUE, nullptr);
+    GstAppSinkCallbacks callbacks{};
+    callbacks.new_sample = deliver;
+    gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, fanout, freeFanout);
+    return sink;
+}
+
+QSize presetSize(const QString& preset) {
+    const QStringList parts = preset.split(QLatin1Char('x'));
+    return parts.size() == 2 ? QSize(parts[0].toInt(), parts[1].toInt()) : QSize(1920, 1080);
+}
+
+int fpsFraction(double rate, int* denominator) {
+    // Whole rates stay whole; others (29.97) keep three decimals.
+    if (std::abs(rate - std::round(rate)) < 1e-6) {
+        *denominator = 1;
+        return int(std::round(rate));
+    }
+    *denominator = 1000;
+    return int(std::round(rate * 1000));
+}
+
+} // namespace
+
+CaptureSession::CaptureSession(QObject* parent) : QObject(parent) {
+    Gst::ensureInitialized();
+}
+
+CaptureSession::~CaptureSession() {
+    stopRunning();
+}
+
+bool CaptureSession::canAddInput(CaptureInput* input) const {
+    return input &&
+           std::find(sessionInputs.begin(), sessionInputs.end(), input) == sessionInputs.end();
+}
+
+void CaptureSession::addInput(CaptureInput* input) {
+    if (!canAddInput(input))
+        return;
+    input->setParent(this);
+    sessionInputs.push_back(input);
+    if (auto* deviceInput = qobject_cast<CaptureDeviceInput*>(input))
+        connect(deviceInput->device(), &CaptureDevice::activeFormatChanged, this,
+                &CaptureSession::scheduleRebuild);
+    if (running)
+        scheduleRebuild();
+}
+
+void CaptureSession::removeInput(CaptureInput* input) {
+    auto found = std::find(sessionInputs.begin(), sessionInputs.end(), input);
+    if (found == sessionInputs.end())
+        return;
+    sessionInputs.erase(found);
+    if (auto* deviceInput = qobject_cast<CaptureDeviceInput*>(input))
+        disconnect(deviceInput->device(), nullptr, this, nullptr);
+    if (running)
+        scheduleRebuild();
+    input->deleteLater();
+}
+
+bool CaptureSession::canAddOutput(CaptureOutput* output) const {
+    return output && !output->owner;
+}
+
+void CaptureSession::addOutput(CaptureOutput* output) {
+    if (!canAddOutput(output))
+        return;
+    output->owner = this;
+    sessionOutputs.push_back(output);
+    if (running)
+        scheduleRebuild();
+}
+
+void CaptureSession::removeOutput(CaptureOutput* output) {
+    auto found = std::find(sessionOutputs.begin(), sessionOutputs.end(), output);
+    if (found == sessionOutputs.end())
+        return;
+    if (running)
+        output->sessionWillStop();
+    sessionOutputs.erase(found);
+    output->owner = nullptr;
+    if (running)
+        scheduleRebuild();
+}
+
+CaptureDevice* CaptureSession::deviceOf(int mediaType) const {
+    for (CaptureInput* input : sessionInputs)
+        if (auto* deviceInput = qobject_cast<CaptureDeviceInput*>(input))
+            if (int(deviceInput->device()->mediaType()) == mediaType)
+                return deviceInput->device();
+    return nullptr;
+}
+
+CaptureDeviceFormat CaptureSession::formatFor(const CaptureDevice& device, const QString& preset) {
+    if (device.activeFormat().isValid())
+        return device.activeFormat();
+    const QSize wanted = presetSize(preset);
+    const auto& formats = device.formats();
+    for (const CaptureDeviceFormat& candidate : formats)
+        if (candidate.width == wanted.width() && candidate.height == wanted.height())
+            return candidate;
+    // A camera without the preset's size runs at its largest picture.
+    auto largest =
+        std::max_element(formats.begin(), formats.end(), [](const auto& a, const auto& b) {
+            return qint64(a.width) * a.height < qint64(b.width) * b.height;
+        });
+    return largest == formats.end() ? CaptureDeviceFormat{} : *largest;
+}
+
+double CaptureSession::frameRateFor(const CaptureDevice& device,
+                                    const CaptureDeviceFormat& format) {
+    const FrameDuration duration = device.activeVideoMinFrameDuration();
+    const double asked = duration.isValid() ? duration.frameRate() : 30.0;
+    double best = 0;
+    for (const FrameRateRange& range : format.videoSupportedFrameRateRanges) {
+        if (asked >= range.minFrameRate && asked <= range.maxFrameRate)
+            return asked;
+        best = std::max(best, std::min(range.maxFrameRate, asked));
+    }
+    return best > 0 ? best : asked;
+}
+
+bool CaptureSession::build(QString* problem) {
+    pipe = GstHandle<GstElement>(gst_pipeline_new("capture"), GstRef::adopt);
+    GstBin* bin = GST_BIN(pipe.get());
+
+    videoDevice = deviceOf(int(MediaType::video));
+    GstCaps* videoCaps = nullptr;
+    GstCaps* audioCaps = nullptr;
+    if (videoDevice) {
+        format = formatFor(*videoDevice, preset);
+        frameRate = frameRateFor(*videoDevice, format);
+        if (!format.isValid()) {
+            *problem = tr("The camera “%1” offers no picture format Tessaro can use.")
+                           .arg(videoDevice->localizedName());
+            return false;
+        }
+        GstElement* source = videoDevice->createSourceElement();
+        if (!source) {
+            *problem = tr("The camera “%1” cannot be opened.").arg(videoDevice->localizedName());
+            return false;
+        }
+        int denominator = 1;
+        const int numerator = fpsFraction(frameRate, &denominator);
+        GstElement* sourceFilter = make("capsfilter");
+        GstCaps* sourceCaps =
+            gst_caps_new_simple(format.mediaType.toUtf8().constData(), "width", G_TYPE_INT,
+                                format.width, "height", G_TYPE_INT, format.height, "framerate",
+                                GST_TYPE_FRACTION, numerator, denominator, nullptr);
+        if (videoDevice->isVirtual())
+            gst_caps_set_simple(sourceCaps, "format", G_TYPE_STRING, "I420", nullptr);
+        // A still picture is scaled to the format; a camera is asked for exactly the format.
+        const bool scaled = videoDevice->uniqueID().startsWith(QStringLiteral("file:"));
+        g_object_set(sourceFilter, "caps", scaled ? nullptr : sourceCaps, nullptr);
+        std::vector<GstElement*> chain{source, sourceFilter};
+        if (format.mediaType == QStringLiteral("image/jpeg"))
+            chain.push_back(make("jpegdec"));
+        if (!videoDevice->isVirtual()) {
+            chain.push_back(make("videoconvert"));
+            chain.push_back(make("videoscale"));
+            chain.push_back(make("videorate"));
+        }
+        videoCaps = gst_caps_new_simple(
+            "video/x-raw", "format", G_TYPE_STRING, "I420", "width", G_TYPE_INT, format.width,
+            "height", G_TYPE_INT, format.height, "framerate", GST_TYPE_FRACTION, numerator,
+            denominator, "pixel-aspect-ratio", GST_TYPE_FRACTION, 1, 1, nullptr);
+        gst_caps_unref(sourceCaps);
+        GstElement* formatFilter = make("capsfilter");
+        g_object_set(formatFilter, "caps", videoCaps, nullptr);
+        chain.push_back(formatFilter);
+        GstElement* zoom = ZoomFilter::create("zoom");
+        chain.push_back(zoom);
+        chain.push_back(appSinkFor(MediaType::video, sessionOutputs));
+        for (GstElement* element : chain)
+            gst_bin_add(bin, element);
+        for (size_t i = 1; i < chain.size(); ++i)
+            if (!gst_element_link(chain[i - 1], chain[i])) {
+                *problem = tr("The camera “%1” cannot deliver %2×%3 pictures.")
+                               .arg(videoDevice->localizedName())
+                               .arg(format.width)
+                               .arg(format.height);
+                gst_caps_unref(videoCaps);
+                return false;
+            }
+        videoDevice->attachPipeline(source, zoom);
+    }
+
+    if (CaptureDevice* microphone = deviceOf(int(MediaType::audio))) {
+        GstElement* source = microphone->createSourceElement();
+        if (source) {
+            audioCaps = gst_caps_new_simple("audio/x-raw", "format", G_TYPE_STRING, "S16LE", "rate",
+                                            G_TYPE_INT, 48000, "channels", G_TYPE_INT, 2, "layout",
+                                            G_TYPE_STRING, "interleaved", nullptr);
+            GstElement* filter = make("capsfilter");
+            g_object_set(filter, "caps", audioCaps, nullptr);
+            GstElement* chain[] = {source, make("audioconvert"), make("audioresample"), filter,
+                                   appSinkFor(MediaType::audio, sessionOutputs)};
+            for (GstElement* element : chain)
+                gst_bin_add(bin, element);
+            for (size_t i = 1; i < std::size(chain); ++i)
+                gst_element_link(chain[i - 1], chain[i]);
+        }
+    }
+
+    busWatch =
+        std::make_unique<BusWatch>(gst_element_get_bus(pipe.get()),
+                                   [this](GstMessage* message) { handleBusMessage(message); });
+
+    const GstStateChangeReturn change = gst_element_set_state(pipe.get(), GST_STATE_PLAYING);
+    if (change != GST_STATE_CHANGE_FAILURE)
+        gst_element_get_state(pipe.get(), nullptr, nullptr, 5 * GST_SECOND);
+    if (std::optional<Error> error = errorFromBus(); error || change == GST_STATE_CHANGE_FAILURE) {
+        *problem = error ? error->localizedDescription() : tr("The camera could not be started.");
+        if (videoCaps)
+            gst_caps_unref(videoCaps);
+        if (audioCaps)
+            gst_caps_unref(audioCaps);
+        return false;
+    }
+    for (CaptureOutput* output : sessionOutputs)
+        output->sessionDidStart(videoCaps, audioCaps);
+    if (videoCaps)
+        gst_caps_unref(videoCaps);
+    if (audioCaps)
+        gst_caps_unref(audioCaps);
+    return true;
+}
+
+std::optional<Error> CaptureSession::errorFromBus() {
+    GstBus* bus = gst_element_get_bus(pipe.get());
+    GstMessage* message = gst_bus_pop_filtered(bus, GST_MESSAGE_ERROR);
+    gst_object_unref(bus);
+    if (!message)
+        return std::nullopt;
+    GError* error = nullptr;
+    gst_message_parse_error(message, &error, nullptr);
+    const QString name = videoDevice ? videoDevice->localizedName() : QString();
+    Error result(Error::Code::deviceDisconnected, QString::fromUtf8(error->message));
+    if (error->domain == GST_RESOURCE_ERROR && error->code == GST_RESOURCE_ERROR_BUSY)
+        result = Error(Error::Code::deviceBusy,
+                       tr("The camera “%1” is in use by another program.").arg(name));
+    else if (error->domain == GST_RESOURCE_ERROR &&
+             error->code == GST_RESOURCE_ERROR_NOT_AUTHORIZED)
+        result = Error(Error::Code::permissionDenied,
+                       tr("Tessaro may not use the camera “%1”: permission denied.").arg(name));
+    g_error_free(error);
+    gst_message_unref(message);
+    return result;
+}
+
+void CaptureSession::teardown() {
+    for (CaptureOutput* output : sessionOutputs)
+        output->sessionWillStop();
+    busWatch.reset();
+    if (pipe)
+        gst_element_set_state(pipe.get(), GST_STATE_NULL);
+    for (CaptureInput* input : sessionInputs)
+        if (auto* deviceInput = qobject_cast<CaptureDeviceInput*>(input))
+            deviceInput->device()->detachPipeline();
+    pipe.reset();
+    videoDevice = nullptr;
+}
+
+void CaptureSession::startRunning() {
+    if (running)
+        return;
+    rebuildPending = false;
+    QString problem;
+    if (!build(&problem)) {
+        teardown();
+        qCWarning(lcAv).noquote() << "capture session did not start:" << problem;
+        emit runtimeError(Error(Error::Code::sessionNotRunning, problem));
+        return;
+    }
+    running = true;
+    emit didStartRunning();
+}
+
+void CaptureSession::stopRunning() {
+    if (!running)
+        return;
+    running = false;
+    teardown();
+    emit didStopRunning();
+}
+
+void CaptureSession::scheduleRebuild() {
+    if (rebuildPending)
+        return;
+    rebuildPending = true;
+    QTimer::singleShot(0, this, [this] {
+        // A start since the change has already built with it.
+        if (!std::exchange(rebuildPending, false) || !running)
+            return;
+        stopRunning();
+        startRunning();
+    });
+}
+
+void CaptureSession::handleBusMessage(GstMessage* message) {
+    if (GST_MESSAGE_TYPE(message) != GST_MESSAGE_ERROR)
+        return;
+    GError* error = nullptr;
+    gchar* debug = nullptr;
+    gst_message_parse_error(message, &error, &debug);
+    qCWarning(lcAv) << "capture pipeline error:" << error->message << (debug ? debug : "");
+    const bool sourceGone =
+        error->domain == GST_RESOURCE_ERROR &&
+        (error->code == GST_RESOURCE_ERROR_READ || error->code == GST_RESOURCE_ERROR_NOT_FOUND);
+    const QString name = videoDevice ? videoDevice->localizedName() : QString();
+    const Error reported =
+        sourceGone
+            ? Error(Error::Code::deviceDisconnected,
+                    tr("The camera “%1” stopped delivering pictures; was it unplugged?").arg(name))
+            : Error(Error::Code::sessionNotRunning, QString::fromUtf8(error->message));
+    g_error_free(error);
+    g_free(debug);
+    if (sourceGone && videoDevice)
+        videoDevice->setDisconnected();
+    // Stopping finishes any recording, so what was recorded stays a playable file. Not from
+    // inside the bus watch's own callback, which stopping deletes.
+    QTimer::singleShot(0, this, [this, reported] {
+        stopRunning();
+        emit runtimeError(reported);
+    });
+}
+
+} // namespace av

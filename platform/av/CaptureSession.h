@@ -1,0 +1,86 @@
+#pragma once
+
+#include "platform/av/CaptureDeviceFormat.h"
+#include "platform/av/Error.h"
+#include "platform/av/GstHandle.h"
+
+#include <QObject>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace av {
+
+class BusWatch;
+class CaptureDevice;
+class CaptureInput;
+class CaptureOutput;
+
+// One capture pipeline built from the inputs and outputs: camera → format → zoom stage → the
+// outputs, and microphone → the outputs. Starting and stopping are synchronous. A format change
+// on a running camera rebuilds the pipeline on the next turn of the event loop.
+class CaptureSession : public QObject {
+    Q_OBJECT
+
+public:
+    static inline const QString preset1920x1080 = QStringLiteral("1920x1080");
+    static inline const QString preset3840x2160 = QStringLiteral("3840x2160");
+    static inline const QString preset1280x720 = QStringLiteral("1280x720");
+
+    explicit CaptureSession(QObject* parent = nullptr);
+    ~CaptureSession() override;
+
+    const QString& sessionPreset() const { return preset; }
+    void setSessionPreset(const QString& value) { preset = value; }
+
+    // The session keeps what is added (as the QObject parent) and lets go of what is removed.
+    const std::vector<CaptureInput*>& inputs() const { return sessionInputs; }
+    bool canAddInput(CaptureInput* input) const;
+    void addInput(CaptureInput* input);
+    void removeInput(CaptureInput* input);
+    const std::vector<CaptureOutput*>& outputs() const { return sessionOutputs; }
+    bool canAddOutput(CaptureOutput* output) const;
+    void addOutput(CaptureOutput* output);
+    void removeOutput(CaptureOutput* output);
+
+    void startRunning();
+    void stopRunning();
+    bool isRunning() const { return running; }
+
+    // What the running pipeline delivers, for outputs and tests.
+    CaptureDeviceFormat runningFormat() const { return format; }
+    double runningFrameRate() const { return frameRate; }
+    GstElement* pipeline() const { return pipe.get(); }
+
+    // The format and frame rate a device runs at in this session.
+    static CaptureDeviceFormat formatFor(const CaptureDevice& device, const QString& preset);
+    static double frameRateFor(const CaptureDevice& device, const CaptureDeviceFormat& format);
+
+signals:
+    // Something stopped the running session (camera unplugged, device error); it is stopped now.
+    void runtimeError(const av::Error& error);
+    void didStartRunning();
+    void didStopRunning();
+
+private:
+    CaptureDevice* deviceOf(int mediaType) const;
+    bool build(QString* problem);
+    void teardown();
+    void handleBusMessage(GstMessage* message);
+    void scheduleRebuild();
+    std::optional<Error> errorFromBus();
+
+    QString preset = preset1920x1080;
+    std::vector<CaptureInput*> sessionInputs;
+    std::vector<CaptureOutput*> sessionOutputs;
+    GstHandle<GstElement> pipe;
+    std::unique_ptr<BusWatch> busWatch;
+    CaptureDevice* videoDevice = nullptr;
+    CaptureDeviceFormat format;
+    double frameRate = 0;
+    bool running = false;
+    bool rebuildPending = false;
+};
+
+} // namespace av

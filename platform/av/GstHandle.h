@@ -1,0 +1,72 @@
+#pragma once
+
+#include <gst/gst.h>
+
+#include <type_traits>
+#include <utility>
+
+namespace av {
+
+// How a GstHandle takes its pointer: adopting the reference the caller owns (a floating one is
+// sunk, so a fresh element from gst_element_factory_make is owned, not leaked), or adding one of
+// its own to a pointer the caller merely borrows.
+enum class GstRef { adopt, add };
+
+namespace detail {
+
+template <typename T>
+inline constexpr bool isMiniObject =
+    std::is_same_v<T, GstCaps> || std::is_same_v<T, GstBuffer> ||
+    std::is_same_v<T, GstBufferList> || std::is_same_v<T, GstSample> ||
+    std::is_same_v<T, GstEvent> || std::is_same_v<T, GstMessage> || std::is_same_v<T, GstQuery> ||
+    std::is_same_v<T, GstContext> || std::is_same_v<T, GstMemory> ||
+    std::is_same_v<T, GstTagList> || std::is_same_v<T, GstToc>;
+
+} // namespace detail
+
+// One reference to a GStreamer object (any GObject) or mini object (caps, buffer, event ...),
+// released when the handle goes. Copies add a reference; moves carry it.
+template <typename T> class GstHandle {
+public:
+    GstHandle() = default;
+    GstHandle(T* pointer, GstRef how) : m_pointer(pointer) {
+        if (!m_pointer)
+            return;
+        if constexpr (detail::isMiniObject<T>) {
+            if (how == GstRef::add)
+                gst_mini_object_ref(GST_MINI_OBJECT_CAST(m_pointer));
+        } else if (how == GstRef::add) {
+            g_object_ref(m_pointer);
+        } else if (g_object_is_floating(m_pointer)) {
+            g_object_ref_sink(m_pointer);
+        }
+    }
+    GstHandle(const GstHandle& other) : GstHandle(other.m_pointer, GstRef::add) {}
+    GstHandle(GstHandle&& other) noexcept : m_pointer(std::exchange(other.m_pointer, nullptr)) {}
+    GstHandle& operator=(GstHandle other) noexcept {
+        std::swap(m_pointer, other.m_pointer);
+        return *this;
+    }
+    ~GstHandle() { reset(); }
+
+    T* get() const { return m_pointer; }
+    T* operator->() const { return m_pointer; }
+    explicit operator bool() const { return m_pointer != nullptr; }
+
+    // Hands the reference to the caller, for APIs that take ownership ("transfer full").
+    [[nodiscard]] T* release() { return std::exchange(m_pointer, nullptr); }
+
+    void reset() {
+        if (T* pointer = std::exchange(m_pointer, nullptr)) {
+            if constexpr (detail::isMiniObject<T>)
+                gst_mini_object_unref(GST_MINI_OBJECT_CAST(pointer));
+            else
+                g_object_unref(pointer);
+        }
+    }
+
+private:
+    T* m_pointer = nullptr;
+};
+
+} // namespace av

@@ -1,0 +1,46 @@
+#include "platform/av/VirtualCameraDevice.h"
+
+#include "platform/av/VirtualCameraSource.h"
+
+#include <QCoreApplication>
+
+namespace av {
+
+VirtualCameraDevice::VirtualCameraDevice(DevicePosition position, QObject* parent)
+    : CaptureDevice(position == DevicePosition::front ? QStringLiteral("virtual:front")
+                                                      : QStringLiteral("virtual:back"),
+                    position == DevicePosition::front
+                        ? QCoreApplication::translate("av", "Virtual front camera")
+                        : QCoreApplication::translate("av", "Virtual back camera"),
+                    MediaType::video, position, parent) {
+    setVirtual(true);
+    setFormats(sceneFormats());
+    setTorchSupported(position != DevicePosition::front);
+    setMaxZoom(VirtualCameraSource::maxZoom);
+}
+
+std::vector<CaptureDeviceFormat> VirtualCameraDevice::sceneFormats() {
+    std::vector<CaptureDeviceFormat> formats;
+    for (const VirtualFormat& format : VirtualCameraSource::formats())
+        formats.push_back({format.width, format.height,
+                           {{double(format.minFps), double(format.maxFps)}},
+                           QStringLiteral("video/x-raw")});
+    return formats;
+}
+
+GstElement* VirtualCameraDevice::createSourceElement() const {
+    GstElement* source = VirtualCameraSource::create();
+    g_object_set(source, "front", position() == DevicePosition::front, nullptr);
+    return source;
+}
+
+void VirtualCameraDevice::applyTorch(GstElement* source, TorchMode mode) const {
+    // The scene is always well lit, so an automatic torch stays off.
+    g_object_set(source, "torch", mode == TorchMode::on, nullptr);
+}
+
+void VirtualCameraDevice::applyZoom(GstElement* source, double factor) const {
+    g_object_set(source, "zoom", factor, nullptr);
+}
+
+} // namespace av

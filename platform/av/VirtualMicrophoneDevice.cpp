@@ -1,0 +1,21 @@
+#include "platform/av/VirtualMicrophoneDevice.h"
+
+#include <QCoreApplication>
+
+namespace av {
+
+VirtualMicrophoneDevice::VirtualMicrophoneDevice(QObject* parent)
+    : CaptureDevice(QStringLiteral("virtual:microphone"),
+                    QCoreApplication::translate("av", "Virtual microphone"), MediaType::audio,
+                    DevicePosition::unspecified, parent) {
+    setVirtual(true);
+}
+
+GstElement* VirtualMicrophoneDevice::createSourceElement() const {
+    GstElement* source = gst_element_factory_make("audiotestsrc", nullptr);
+    g_object_set(source, "is-live", TRUE, "volume", 0.02, nullptr);
+    gst_util_set_object_arg(G_OBJECT(source), "wave", "pink-noise");
+    return source;
+}
+
+} // namespace av

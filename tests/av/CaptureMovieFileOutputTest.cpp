@@ -1,0 +1,641 @@
+#include "platform/av/CaptureMovieFileOutput.h"
+#include "platform/av/BusWatch.h"
+#include "platform/av/MovieWriter.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <gst/app/gstappsink.h>
+#include <gst/pbutils/pbutils.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdio>
+#include <functional>
+#include <thread>
+
+namespace {
+
+using av::CaptureConnection;
+using av::CaptureMovieFileOutput;
+using av::Error;
+using av::GstHandle;
+using av::GstRef;
+using av::MediaType;
+
+constexpr const char* childVariable = "TESSARO_RECORD_UNTIL_KILLED";
+constexpr const char* childStartedMarker = "tessaro-child-recording";
+
+bool waitUntil(const std::function<bool()>& done, int milliseconds = 15000) {
+    QElapsedTimer timer;
+    timer.start();
+    while (!done()) {
+        if (timer.hasExpired(milliseconds))
+            return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        QThread::msleep(2);
+    }
+    return true;
+}
+
+void spin(int milliseconds) {
+    waitUntil([] { return false; }, milliseconds);
+}
+
+// Stands in for the capture session: live test sources whose samples reach the output from
+// their streaming threads, timestamped in the pipeline's running time.
+class FakeSession {
+public:
+    FakeSession(av::CaptureOutput* output, int width, int height, bool withAudio) : output(output) {
+        const QString description =
+            QStringLiteral("videotestsrc is-live=true pattern=ball ! "
+                           "video/x-raw,format=I420,width=%1,height=%2,framerate=30/1,"
+                           "pixel-aspect-ratio=1/1 ! appsink name=video sync=false")
+                .arg(width)
+                .arg(height) +
+            (withAudio ? QStringLiteral(" audiotestsrc is-live=true ! audio/x-raw,rate=48000,"
+                                        "channels=2,format=S16LE,layout=interleaved ! "
+                                        "appsink name=audio sync=false")
+                       : QString());
+        pipeline = GstHandle<GstElement>(
+            gst_parse_launch(description.toUtf8().constData(), nullptr), GstRef::adopt);
+        connect("video", MediaType::video);
+        if (withAudio)
+            connect("audio", MediaType::audio);
+    }
+
+    ~FakeSession() { gst_element_set_state(pipeline.get(), GST_STATE_NULL); }
+
+    // Plays, then hands the output the negotiated formats, as the session does.
+    void start() {
+        gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
+        ASSERT_TRUE(
+            waitUntil([this] { return caps(videoSink) && (!audioSink || caps(audioSink)); }));
+        output->sessionDidStart(caps(videoSink).get(), audioSink ? caps(audioSink).get() : nullptr);
+    }
+
+    std::atomic<bool> feeding{true};
+
+private:
+    struct Link {
+        FakeSession* session;
+        MediaType type;
+    };
+
+    void connect(const char* name, MediaType type) {
+        GstElement* sink = gst_bin_get_by_name(GST_BIN(pipeline.get()), name);
+        (type == MediaType::video ? videoSink : audioSink) =
+            GstHandle<GstElement>(sink, GstRef::adopt);
+        GstAppSinkCallbacks callbacks{};
+        callbacks.new_sample = [](GstAppSink* appSink, gpointer data) {
+            auto* link = static_cast<Link*>(data);
+            GstSample* sample = gst_app_sink_pull_sample(appSink);
+            if (!sample)
+                return GST_FLOW_EOS;
+            if (link->session->feeding)
+                link->session->output->handleSample(link->type, sample);
+            gst_sample_unref(sample);
+            return GST_FLOW_OK;
+        };
+        gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, new Link{this, type},
+                                   [](gpointer data) { delete static_cast<Link*>(data); });
+    }
+
+    static GstHandle<GstCaps> caps(const GstHandle<GstElement>& sink) {
+        GstHandle<GstPad> pad(gst_element_get_static_pad(sink.get(), "sink"), GstRef::adopt);
+        return GstHandle<GstCaps>(gst_pad_get_current_caps(pad.get()), GstRef::adopt);
+    }
+
+    av::CaptureOutput* output;
+    GstHandle<GstElement> pipeline;
+    GstHandle<GstElement> videoSink;
+    GstHandle<GstElement> audioSink;
+};
+
+// Records what the output tells its delegate, and whether it told it properly: on the GUI
+// thread, did-start before did-finish, never from inside start or stop.
+struct Delegate : CaptureMovieFileOutput::RecordingDelegate {
+    void didStartRecording(CaptureMovieFileOutput*, const QUrl& url) override {
+        check();
+        startedAfterFinish = startedAfterFinish || finishes > 0;
+        ++starts;
+        startURL = url;
+    }
+    void didFinishRecording(CaptureMovieFileOutput*, const QUrl& url,
+                            const std::optional<Error>& finishError) override {
+        check();
+        ++finishes;
+        finishURL = url;
+        error = finishError;
+    }
+    void check() {
+        offGuiThread = offGuiThread || QThread::currentThread() != qApp->thread();
+        synchronous = synchronous || insideCall;
+    }
+
+    int starts = 0;
+    int finishes = 0;
+    QUrl startURL;
+    QUrl finishURL;
+    std::optional<Error> error;
+    bool startedAfterFinish = false;
+    bool offGuiThread = false;
+    bool synchronous = false;
+    bool insideCall = false;
+};
+
+struct Movie {
+    bool readable = false;
+    QString container;
+    QString video;
+    int width = 0;
+    int height = 0;
+    QString audio;
+    int audioStreams = 0;
+    QString orientation;
+    double seconds = 0;
+};
+
+QString capsName(GstDiscovererStreamInfo* info) {
+    GstHandle<GstCaps> caps(gst_discoverer_stream_info_get_caps(info), GstRef::adopt);
+    if (!caps || gst_caps_is_empty(caps.get()))
+        return {};
+    const GstStructure* structure = gst_caps_get_structure(caps.get(), 0);
+    QString name = QString::fromUtf8(gst_structure_get_name(structure));
+    int version = 0;
+    if (gst_structure_get_int(structure, "mpegversion", &version))
+        name += QStringLiteral(".%1").arg(version);
+    return name;
+}
+
+Movie discover(const QString& path) {
+    Movie movie;
+    GstDiscoverer* discoverer = gst_discoverer_new(10 * GST_SECOND, nullptr);
+    gchar* uri = gst_filename_to_uri(path.toLocal8Bit().constData(), nullptr);
+    GstDiscovererInfo* info = gst_discoverer_discover_uri(discoverer, uri, nullptr);
+    g_free(uri);
+    if (info && gst_discoverer_info_get_result(info) == GST_DISCOVERER_OK) {
+        movie.readable = true;
+        movie.seconds = double(gst_discoverer_info_get_duration(info)) / GST_SECOND;
+        GstDiscovererStreamInfo* top = gst_discoverer_info_get_stream_info(info);
+        if (GST_IS_DISCOVERER_CONTAINER_INFO(top))
+            movie.container = capsName(top);
+        gst_discoverer_stream_info_unref(top);
+        GList* videos = gst_discoverer_info_get_video_streams(info);
+        if (videos) {
+            auto* video = GST_DISCOVERER_VIDEO_INFO(videos->data);
+            movie.video = capsName(GST_DISCOVERER_STREAM_INFO(video));
+            movie.width = int(gst_discoverer_video_info_get_width(video));
+            movie.height = int(gst_discoverer_video_info_get_height(video));
+            gchar* orientation = nullptr;
+            const GstTagList* tags =
+                gst_discoverer_stream_info_get_tags(GST_DISCOVERER_STREAM_INFO(video));
+            if (tags && gst_tag_list_get_string(tags, GST_TAG_IMAGE_ORIENTATION, &orientation)) {
+                movie.orientation = QString::fromUtf8(orientation);
+                g_free(orientation);
+            }
+        }
+        gst_discoverer_stream_info_list_free(videos);
+        GList* audios = gst_discoverer_info_get_audio_streams(info);
+        movie.audioStreams = int(g_list_length(audios));
+        if (audios)
+            movie.audio = capsName(GST_DISCOVERER_STREAM_INFO(audios->data));
+        gst_discoverer_stream_info_list_free(audios);
+    }
+    if (info)
+        gst_discoverer_info_unref(info);
+    g_object_unref(discoverer);
+    return movie;
+}
+
+// Decodes the movie's pictures; -1 when decoding fails before the end.
+int decodedFrames(const QString& path) {
+    const QString description =
+        QStringLiteral("filesrc name=file ! qtdemux ! h264parse ! avdec_h264 ! "
+                       "appsink name=frames sync=false");
+    GstHandle<GstElement> pipeline(gst_parse_launch(description.toUtf8().constData(), nullptr),
+                                   GstRef::adopt);
+    GstHandle<GstElement> file(gst_bin_get_by_name(GST_BIN(pipeline.get()), "file"), GstRef::adopt);
+    g_object_set(file.get(), "location", path.toLocal8Bit().constData(), nullptr);
+    GstHandle<GstElement> sink(gst_bin_get_by_name(GST_BIN(pipeline.get()), "frames"),
+                               GstRef::adopt);
+    gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
+    int frames = 0;
+    while (GstSample* sample =
+               gst_app_sink_try_pull_sample(GST_APP_SINK(sink.get()), 10 * GST_SECOND)) {
+        ++frames;
+        gst_sample_unref(sample);
+    }
+    const bool complete = gst_app_sink_is_eos(GST_APP_SINK(sink.get()));
+    gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+    return complete ? frames : -1;
+}
+
+// The movie lasts as long as the frames fed to it: those written, and at most those dropped on
+// top (a loaded machine drops some), give or take a frame and the sound's last blocks (a source
+// block and the encoder's padding to whole AAC blocks).
+void expectDurationOfWhatWasFed(const Movie& movie, const CaptureMovieFileOutput& output,
+                                bool withSound = true) {
+    const double frame = 1 / 30.0;
+    const double slack = frame + (withSound ? 3 * 1024 / 48000.0 : 0.001);
+    EXPECT_GE(movie.seconds, output.framesWritten() * frame - slack);
+    EXPECT_LE(movie.seconds, (output.framesWritten() + output.framesDropped()) * frame + slack);
+}
+
+class CaptureMovieFileOutputTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        gst_init(nullptr, nullptr);
+        ASSERT_TRUE(folder.isValid());
+    }
+
+    QUrl fileURL(const QString& name) const { return QUrl::fromLocalFile(folder.filePath(name)); }
+
+    void start(const QUrl& url, Delegate& delegate) {
+        delegate.insideCall = true;
+        output.startRecordingToOutputFileURL(url, &delegate);
+        delegate.insideCall = false;
+    }
+
+    void stop(Delegate& delegate) {
+        delegate.insideCall = true;
+        output.stopRecording();
+        delegate.insideCall = false;
+    }
+
+    // Starts, records for about this long after the first frame, stops and waits for the file.
+    void record(const QUrl& url, Delegate& delegate, int milliseconds) {
+        start(url, delegate);
+        ASSERT_TRUE(waitUntil([&] { return delegate.starts == 1 || delegate.finishes == 1; }));
+        spin(milliseconds);
+        stop(delegate);
+        ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }));
+    }
+
+    QTemporaryDir folder;
+    CaptureMovieFileOutput output;
+};
+
+TEST_F(CaptureMovieFileOutputTest, RecordsAQuickTimeMovieWithH264AndAac) {
+    FakeSession session(&output, 640, 360, true);
+    session.start();
+    Delegate delegate;
+    const QUrl url = fileURL(QStringLiteral("Tessaro Video.mov"));
+    record(url, delegate, 1500);
+
+    EXPECT_EQ(delegate.starts, 1);
+    EXPECT_EQ(delegate.finishes, 1);
+    EXPECT_FALSE(delegate.error) << delegate.error->localizedDescription().toStdString();
+    EXPECT_FALSE(delegate.startedAfterFinish);
+    EXPECT_FALSE(delegate.offGuiThread);
+    EXPECT_FALSE(delegate.synchronous);
+    EXPECT_EQ(delegate.startURL, url);
+    EXPECT_EQ(delegate.finishURL, url);
+    EXPECT_FALSE(output.isRecording());
+    EXPECT_TRUE(output.outputFileURL().isEmpty());
+    EXPECT_FALSE(output.encoderName().isEmpty());
+    EXPECT_EQ(output.framesDropped(), 0);
+    ASSERT_GT(output.framesWritten(), 30);
+
+    const Movie movie = discover(url.toLocalFile());
+    ASSERT_TRUE(movie.readable);
+    EXPECT_EQ(movie.container, "video/quicktime");
+    EXPECT_EQ(movie.video, "video/x-h264");
+    EXPECT_EQ(movie.width, 640);
+    EXPECT_EQ(movie.height, 360);
+    EXPECT_EQ(movie.audio, "audio/mpeg.4");
+    expectDurationOfWhatWasFed(movie, output);
+    EXPECT_EQ(decodedFrames(url.toLocalFile()), output.framesWritten());
+}
+
+TEST_F(CaptureMovieFileOutputTest, RecordsFullHdAtItsSize) {
+    FakeSession session(&output, 1920, 1080, true);
+    session.start();
+    Delegate delegate;
+    const QUrl url = fileURL(QStringLiteral("full-hd.mov"));
+    record(url, delegate, 1000);
+
+    ASSERT_FALSE(delegate.error) << delegate.error->localizedDescription().toStdString();
+    const Movie movie = discover(url.toLocalFile());
+    EXPECT_EQ(movie.video, "video/x-h264");
+    EXPECT_EQ(movie.width, 1920);
+    EXPECT_EQ(movie.height, 1080);
+    EXPECT_EQ(movie.audio, "audio/mpeg.4");
+    expectDurationOfWhatWasFed(movie, output);
+}
+
+TEST_F(CaptureMovieFileOutputTest, IgnoresASecondStartWhileStartingOrRecording) {
+    FakeSession session(&output, 640, 360, true);
+    session.start();
+    session.feeding = false;
+    Delegate first;
+    Delegate second;
+    const QUrl url = fileURL(QStringLiteral("first.mov"));
+    const QUrl other = fileURL(QStringLiteral("second.mov"));
+
+    start(url, first);
+    EXPECT_TRUE(output.isRecording());
+    start(other, second);
+    session.feeding = true;
+    ASSERT_TRUE(waitUntil([&] { return first.starts == 1; }));
+    start(other, second);
+    EXPECT_EQ(output.outputFileURL(), url);
+    spin(300);
+    stop(first);
+    ASSERT_TRUE(waitUntil([&] { return first.finishes == 1; }));
+
+    EXPECT_FALSE(first.error);
+    EXPECT_EQ(second.starts + second.finishes, 0);
+    EXPECT_FALSE(QFile::exists(other.toLocalFile()));
+    EXPECT_TRUE(discover(url.toLocalFile()).readable);
+}
+
+TEST_F(CaptureMovieFileOutputTest, StopsOnlyWhatIsRecording) {
+    FakeSession session(&output, 640, 360, true);
+    session.start();
+    output.stopRecording();
+    output.sessionWillStop();
+    session.start();
+    EXPECT_FALSE(output.isRecording());
+
+    Delegate delegate;
+    record(fileURL(QStringLiteral("clip.mov")), delegate, 300);
+    stop(delegate);
+    spin(200);
+    EXPECT_EQ(delegate.starts, 1);
+    EXPECT_EQ(delegate.finishes, 1);
+    EXPECT_FALSE(delegate.error);
+}
+
+TEST_F(CaptureMovieFileOutputTest, StopBeforeTheFirstFrameFailsWithoutAFile) {
+    FakeSession session(&output, 640, 360, true);
+    session.start();
+    session.feeding = false;
+    Delegate delegate;
+    const QUrl url = fileURL(QStringLiteral("empty.mov"));
+    start(url, delegate);
+    stop(delegate);
+    ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }));
+
+    EXPECT_EQ(delegate.starts, 0);
+    ASSERT_TRUE(delegate.error);
+    EXPECT_EQ(delegate.error->code(), Error::Code::recordingFailed);
+    EXPECT_FALSE(delegate.synchronous);
+    EXPECT_FALSE(QFile::exists(url.toLocalFile()));
+    EXPECT_FALSE(output.isRecording());
+}
+
+TEST_F(CaptureMovieFileOutputTest, RecordingTwiceToOneUrlLeavesTheNewerClip) {
+    FakeSession session(&output, 640, 360, true);
+    session.start();
+    const QUrl url = fileURL(QStringLiteral("Tessaro Video.mov"));
+    Delegate shorter;
+    record(url, shorter, 400);
+    const double firstSeconds = discover(url.toLocalFile()).seconds;
+    Delegate longer;
+    record(url, longer, 1400);
+
+    ASSERT_FALSE(longer.error);
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 1);
+    const Movie movie = discover(url.toLocalFile());
+    EXPECT_GT(movie.seconds, firstSeconds + 0.5);
+    expectDurationOfWhatWasFed(movie, output);
+}
+
+TEST_F(CaptureMovieFileOutputTest, WritesTheConnectionsOrientationAsRotation) {
+    FakeSession session(&output, 640, 360, true);
+    session.start();
+    const struct {
+        CaptureConnection::VideoOrientation orientation;
+        const char* tag;
+    } rows[] = {
+        {CaptureConnection::VideoOrientation::landscapeLeft, "rotate-90"},
+        {CaptureConnection::VideoOrientation::portraitUpsideDown, "rotate-180"},
+        {CaptureConnection::VideoOrientation::landscapeRight, "rotate-270"},
+        {CaptureConnection::VideoOrientation::portrait, "rotate-0"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.tag);
+        output.connectionWithMediaType(MediaType::video)->setVideoOrientation(row.orientation);
+        Delegate delegate;
+        const QUrl url = fileURL(QStringLiteral("%1.mov").arg(row.tag));
+        record(url, delegate, 300);
+        const Movie movie = discover(url.toLocalFile());
+        // The pixels keep the camera's shape; only the player turns them.
+        EXPECT_EQ(movie.width, 640);
+        EXPECT_EQ(movie.height, 360);
+        if (row.orientation == CaptureConnection::VideoOrientation::portrait)
+            EXPECT_TRUE(movie.orientation.isEmpty() || movie.orientation == row.tag);
+        else
+            EXPECT_EQ(movie.orientation, row.tag);
+    }
+}
+
+TEST_F(CaptureMovieFileOutputTest, ReportsWhereItCannotWrite) {
+    FakeSession session(&output, 640, 360, true);
+    session.start();
+    QFile blocker(folder.filePath(QStringLiteral("blocker")));
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    const struct {
+        QUrl url;
+        QString named;
+    } rows[] = {
+        {fileURL(QStringLiteral("blocker/clips/clip.mov")), folder.filePath("blocker/clips")},
+        {QUrl(QStringLiteral("https://example.com/clip.mov")), QStringLiteral("example.com")},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.url.toString().toStdString());
+        Delegate delegate;
+        start(row.url, delegate);
+        ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }));
+        EXPECT_EQ(delegate.starts, 0);
+        EXPECT_FALSE(delegate.synchronous);
+        ASSERT_TRUE(delegate.error);
+        EXPECT_EQ(delegate.error->code(), Error::Code::fileNotWritable);
+        EXPECT_TRUE(delegate.error->localizedDescription().contains(row.named))
+            << delegate.error->localizedDescription().toStdString();
+        EXPECT_FALSE(output.isRecording());
+    }
+}
+
+TEST_F(CaptureMovieFileOutputTest, AFullDiskEndsTheRecordingWithDiskFull) {
+    if (!QFileInfo::exists(QStringLiteral("/dev/full")))
+        GTEST_SKIP() << "no /dev/full here";
+    FakeSession session(&output, 640, 360, true);
+    session.start();
+    Delegate delegate;
+    start(QUrl::fromLocalFile(QStringLiteral("/dev/full")), delegate);
+    ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }));
+    ASSERT_TRUE(delegate.error);
+    EXPECT_EQ(delegate.error->code(), Error::Code::diskFull)
+        << delegate.error->localizedDescription().toStdString();
+    EXPECT_LE(delegate.starts, 1);
+    EXPECT_FALSE(output.isRecording());
+    EXPECT_TRUE(QFileInfo(QStringLiteral("/dev/full")).exists());
+}
+
+TEST_F(CaptureMovieFileOutputTest, RecordsPicturesOnlyWithoutAMicrophone) {
+    FakeSession session(&output, 640, 360, false);
+    session.start();
+    Delegate delegate;
+    const QUrl url = fileURL(QStringLiteral("silent.mov"));
+    record(url, delegate, 800);
+
+    ASSERT_FALSE(delegate.error);
+    const Movie movie = discover(url.toLocalFile());
+    EXPECT_EQ(movie.video, "video/x-h264");
+    EXPECT_EQ(movie.audioStreams, 0);
+    expectDurationOfWhatWasFed(movie, output, false);
+}
+
+TEST_F(CaptureMovieFileOutputTest, SessionWillStopCompletesTheFileBeforeReturning) {
+    FakeSession session(&output, 640, 360, true);
+    session.start();
+    Delegate delegate;
+    const QUrl url = fileURL(QStringLiteral("closing.mov"));
+    start(url, delegate);
+    ASSERT_TRUE(waitUntil([&] { return delegate.starts == 1; }));
+    spin(800);
+    output.sessionWillStop();
+
+    EXPECT_FALSE(output.isRecording());
+    const Movie movie = discover(url.toLocalFile());
+    EXPECT_TRUE(movie.readable);
+    expectDurationOfWhatWasFed(movie, output);
+    ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }));
+    EXPECT_FALSE(delegate.error);
+
+    // The session is gone until it starts again.
+    Delegate late;
+    start(fileURL(QStringLiteral("late.mov")), late);
+    ASSERT_TRUE(waitUntil([&] { return late.finishes == 1; }));
+    ASSERT_TRUE(late.error);
+    EXPECT_EQ(late.error->code(), Error::Code::sessionNotRunning);
+}
+
+// Runs only as the child of SurvivesSigkill: records until it is killed.
+TEST(CaptureMovieFileOutputChild, RecordsUntilKilled) {
+    const QString path = qEnvironmentVariable(childVariable);
+    if (path.isEmpty())
+        GTEST_SKIP() << "the child half of CaptureMovieFileOutputTest.SurvivesSigkill";
+    gst_init(nullptr, nullptr);
+    CaptureMovieFileOutput output;
+    FakeSession session(&output, 640, 360, true);
+    session.start();
+    Delegate delegate;
+    output.startRecordingToOutputFileURL(QUrl::fromLocalFile(path), &delegate);
+    ASSERT_TRUE(waitUntil([&] { return delegate.starts == 1; }));
+    std::printf("%s\n", childStartedMarker);
+    std::fflush(stdout);
+    spin(30000);
+}
+
+TEST_F(CaptureMovieFileOutputTest, SurvivesSigkill) {
+    const QString path = folder.filePath(QStringLiteral("killed.mov"));
+    QProcess child;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QString::fromUtf8(childVariable), path);
+    child.setProcessEnvironment(environment);
+    child.start(QCoreApplication::applicationFilePath(),
+                {QStringLiteral("--gtest_filter=CaptureMovieFileOutputChild.RecordsUntilKilled")});
+    QByteArray printed;
+    ASSERT_TRUE(waitUntil([&] {
+        child.waitForReadyRead(10);
+        printed += child.readAllStandardOutput();
+        return printed.contains(childStartedMarker) || child.state() == QProcess::NotRunning;
+    }));
+    ASSERT_TRUE(printed.contains(childStartedMarker)) << printed.toStdString();
+    QThread::msleep(2500);
+    child.kill();
+    ASSERT_TRUE(child.waitForFinished(5000));
+    ASSERT_EQ(child.exitStatus(), QProcess::CrashExit);
+
+    const Movie movie = discover(path);
+    ASSERT_TRUE(movie.readable);
+    EXPECT_EQ(movie.video, "video/x-h264");
+    EXPECT_GT(movie.seconds, 1.0);
+    EXPECT_LT(movie.seconds, 4.0);
+    EXPECT_GE(decodedFrames(path), 30);
+}
+
+TEST(MovieWriterTest, BitRateMeetsTheReferenceFormatsAndGrowsWithThePicture) {
+    const struct {
+        int width;
+        int height;
+        double fps;
+        int kbps;
+    } references[] = {{1920, 1080, 30, 17000}, {1920, 1080, 60, 25000}, {3840, 2160, 30, 45000}};
+    for (const auto& row : references)
+        EXPECT_EQ(av::MovieWriter::videoBitrate(row.width, row.height, row.fps), row.kbps)
+            << row.width << "x" << row.height << "@" << row.fps;
+    const int hd = av::MovieWriter::videoBitrate(1280, 720, 30);
+    EXPECT_GT(hd, av::MovieWriter::videoBitrate(640, 360, 30));
+    EXPECT_LT(hd, 17000);
+    EXPECT_GT(av::MovieWriter::videoBitrate(3840, 2160, 60), 45000);
+    EXPECT_EQ(av::MovieWriter::videoBitrate(1920, 1080, 0), 17000);
+}
+
+class BusWatchTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        gst_init(nullptr, nullptr);
+        bus = GstHandle<GstBus>(gst_bus_new(), GstRef::adopt);
+    }
+
+    GstHandle<GstBus> bus;
+
+    void post(int number) {
+        GstStructure* body = gst_structure_new("test", "number", G_TYPE_INT, number, nullptr);
+        gst_bus_post(bus.get(), gst_message_new_application(nullptr, body));
+    }
+    static int numberOf(GstMessage* message) {
+        int number = -1;
+        gst_structure_get_int(gst_message_get_structure(message), "number", &number);
+        return number;
+    }
+};
+
+TEST_F(BusWatchTest, DeliversMessagesFromOtherThreadsOnTheGuiThreadInOrder) {
+    std::vector<int> numbers;
+    bool offGuiThread = false;
+    av::BusWatch watch(GstHandle<GstBus>(bus).release(), [&](GstMessage* message) {
+        offGuiThread = offGuiThread || QThread::currentThread() != qApp->thread();
+        numbers.push_back(numberOf(message));
+    });
+    std::thread poster([this] {
+        for (int i = 0; i < 100; ++i)
+            post(i);
+    });
+    poster.join();
+    EXPECT_TRUE(numbers.empty());
+    ASSERT_TRUE(waitUntil([&] { return numbers.size() == 100; }, 5000));
+    EXPECT_FALSE(offGuiThread);
+    for (int i = 0; i < 100; ++i)
+        EXPECT_EQ(numbers[size_t(i)], i);
+}
+
+TEST_F(BusWatchTest, AHandlerMayDestroyItsWatch) {
+    std::vector<int> numbers;
+    std::unique_ptr<av::BusWatch> watch;
+    watch =
+        std::make_unique<av::BusWatch>(GstHandle<GstBus>(bus).release(), [&](GstMessage* message) {
+            numbers.push_back(numberOf(message));
+            watch.reset();
+        });
+    for (int i = 0; i < 3; ++i)
+        post(i);
+    ASSERT_TRUE(waitUntil([&] { return !watch; }, 5000));
+    spin(50);
+    EXPECT_EQ(numbers, std::vector<int>{0});
+    GstHandle<GstMessage> left(gst_bus_pop(bus.get()), GstRef::adopt);
+    ASSERT_TRUE(left);
+    EXPECT_EQ(numberOf(left.get()), 1);
+}
+
+} // namespace

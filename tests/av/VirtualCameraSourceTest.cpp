@@ -1,0 +1,484 @@
+#include "platform/av/VirtualCameraSource.h"
+#include "platform/av/GstHandle.h"
+
+#include <gst/app/gstappsink.h>
+#include <gst/video/video.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using av::GstHandle;
+using av::GstRef;
+using av::VirtualCameraSource;
+
+// A frame's planes, copied out: Y at full size, U and V at half size each way.
+struct Picture {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint8_t> planes[3];
+
+    int widthOf(int plane) const { return plane ? width / 2 : width; }
+    int heightOf(int plane) const { return plane ? height / 2 : height; }
+    std::uint8_t at(int plane, int x, int y) const {
+        return planes[plane][size_t(y) * widthOf(plane) + x];
+    }
+    double meanLuma() const {
+        double sum = 0;
+        for (std::uint8_t v : planes[0])
+            sum += v;
+        return sum / double(planes[0].size());
+    }
+};
+
+Picture pictureOf(GstBuffer* buffer, const GstVideoInfo& info) {
+    Picture picture;
+    picture.width = GST_VIDEO_INFO_WIDTH(&info);
+    picture.height = GST_VIDEO_INFO_HEIGHT(&info);
+    GstVideoFrame frame;
+    if (!gst_video_frame_map(&frame, &info, buffer, GST_MAP_READ)) {
+        ADD_FAILURE() << "could not map the frame";
+        return picture;
+    }
+    for (int plane = 0; plane < 3; ++plane) {
+        const auto* data =
+            static_cast<const std::uint8_t*>(GST_VIDEO_FRAME_COMP_DATA(&frame, plane));
+        const int stride = GST_VIDEO_FRAME_COMP_STRIDE(&frame, plane);
+        const int pixelStride = GST_VIDEO_FRAME_COMP_PSTRIDE(&frame, plane);
+        for (int y = 0; y < picture.heightOf(plane); ++y) {
+            for (int x = 0; x < picture.widthOf(plane); ++x)
+                picture.planes[plane].push_back(data[y * stride + x * pixelStride]);
+        }
+    }
+    gst_video_frame_unmap(&frame);
+    return picture;
+}
+
+// What the zoom stage shows: the centre 1/zoom, scaled back up (nearest).
+Picture centreCrop(const Picture& source, double zoom) {
+    Picture result;
+    result.width = source.width;
+    result.height = source.height;
+    for (int plane = 0; plane < 3; ++plane) {
+        const int w = source.widthOf(plane), h = source.heightOf(plane);
+        for (int y = 0; y < h; ++y) {
+            const int sy = int(h / 2.0 + (y + 0.5 - h / 2.0) / zoom);
+            for (int x = 0; x < w; ++x)
+                result.planes[plane].push_back(
+                    source.at(plane, int(w / 2.0 + (x + 0.5 - w / 2.0) / zoom), sy));
+        }
+    }
+    return result;
+}
+
+// The back subject's jacket is the only strongly red-orange thing in the scene.
+struct Box {
+    int left = 1 << 30, top = 1 << 30, right = -1, bottom = -1;
+    int width() const { return right - left + 1; }
+    int height() const { return bottom - top + 1; }
+};
+
+Box jacket(const Picture& picture) {
+    Box box;
+    for (int y = 0; y < picture.heightOf(2); ++y) {
+        for (int x = 0; x < picture.widthOf(2); ++x) {
+            if (picture.at(2, x, y) > 172) {
+                box.left = std::min(box.left, x);
+                box.right = std::max(box.right, x);
+                box.top = std::min(box.top, y);
+                box.bottom = std::max(box.bottom, y);
+            }
+        }
+    }
+    return box;
+}
+
+// The scale about the centre that best maps a's luma onto b's over a region (fractions of the
+// frame), found by trying scales from 0.8 to 2.6.
+double bestScale(const Picture& a, const Picture& b, double left, double top, double right,
+                 double bottom) {
+    const double cx = a.width / 2.0, cy = a.height / 2.0;
+    double best = 0, bestError = std::numeric_limits<double>::max();
+    for (double k = 0.8; k <= 2.6; k += 0.01) {
+        double error = 0;
+        for (int y = int(top * b.height); y < int(bottom * b.height); ++y) {
+            for (int x = int(left * b.width); x < int(right * b.width); ++x) {
+                const int ax = int(cx + (x + 0.5 - cx) / k), ay = int(cy + (y + 0.5 - cy) / k);
+                error += std::abs(int(b.at(0, x, y)) - int(a.at(0, ax, ay)));
+            }
+        }
+        if (error < bestError) {
+            bestError = error;
+            best = k;
+        }
+    }
+    return best;
+}
+
+// "tessaravirtualcam PROPERTIES ! capsfilter caps=CAPS ! appsink", playing; the sink holds one
+// frame, so a slow test is a slow consumer. The caps are set after linking, so caps the camera
+// cannot produce fail in negotiation, as in the app.
+class Camera {
+public:
+    explicit Camera(const std::string& caps, const std::string& properties = {}) {
+        const std::string description = std::string(VirtualCameraSource::factoryName) +
+                                        " name=camera " + properties +
+                                        " ! capsfilter name=filter"
+                                        " ! appsink name=sink max-buffers=1 sync=false";
+        GError* error = nullptr;
+        m_pipeline =
+            GstHandle<GstElement>(gst_parse_launch(description.c_str(), &error), GstRef::adopt);
+        if (error) {
+            ADD_FAILURE() << error->message;
+            g_error_free(error);
+            return;
+        }
+        m_camera = GstHandle<GstElement>(gst_bin_get_by_name(GST_BIN(m_pipeline.get()), "camera"),
+                                         GstRef::adopt);
+        m_sink = GstHandle<GstElement>(gst_bin_get_by_name(GST_BIN(m_pipeline.get()), "sink"),
+                                       GstRef::adopt);
+        if (!caps.empty()) {
+            GstHandle<GstElement> filter(gst_bin_get_by_name(GST_BIN(m_pipeline.get()), "filter"),
+                                         GstRef::adopt);
+            GstHandle<GstCaps> filterCaps(gst_caps_from_string(caps.c_str()), GstRef::adopt);
+            g_object_set(filter.get(), "caps", filterCaps.get(), nullptr);
+        }
+        gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING);
+    }
+    ~Camera() {
+        if (m_pipeline)
+            gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
+    }
+
+    GstElement* element() const { return m_camera.get(); }
+    GstElement* pipeline() const { return m_pipeline.get(); }
+
+    GstHandle<GstSample> pull() {
+        return GstHandle<GstSample>(
+            gst_app_sink_try_pull_sample(GST_APP_SINK(m_sink.get()), 10 * GST_SECOND),
+            GstRef::adopt);
+    }
+
+    Picture picture() {
+        GstHandle<GstSample> sample = pull();
+        if (!sample) {
+            ADD_FAILURE() << "no frame";
+            return {};
+        }
+        GstVideoInfo info;
+        gst_video_info_from_caps(&info, gst_sample_get_caps(sample.get()));
+        return pictureOf(gst_sample_get_buffer(sample.get()), info);
+    }
+
+    // The error the pipeline posted within the timeout, or "".
+    std::string error(GstClockTime timeout = 5 * GST_SECOND) {
+        GstHandle<GstBus> bus(gst_element_get_bus(m_pipeline.get()), GstRef::adopt);
+        GstHandle<GstMessage> message(
+            gst_bus_timed_pop_filtered(bus.get(), timeout, GST_MESSAGE_ERROR), GstRef::adopt);
+        if (!message)
+            return {};
+        GError* error = nullptr;
+        gst_message_parse_error(message.get(), &error, nullptr);
+        std::string text = error ? error->message : "error";
+        g_clear_error(&error);
+        return text;
+    }
+
+    GstClockTime runningTime() const {
+        GstHandle<GstClock> clock(gst_element_get_clock(m_pipeline.get()), GstRef::adopt);
+        return gst_clock_get_time(clock.get()) - gst_element_get_base_time(m_pipeline.get());
+    }
+
+private:
+    GstHandle<GstElement> m_pipeline;
+    GstHandle<GstElement> m_camera;
+    GstHandle<GstElement> m_sink;
+};
+
+const char* const caps720p60 = "video/x-raw,format=I420,width=1280,height=720,framerate=60/1";
+
+class VirtualCameraSourceTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        if (!gst_is_initialized())
+            gst_init(nullptr, nullptr);
+        VirtualCameraSource::registerElement();
+        VirtualCameraSource::registerElement();
+    }
+
+    static Picture render(const VirtualCameraSource::Renderer& renderer, double zoom,
+                          bool torch = false, GstVideoFormat format = GST_VIDEO_FORMAT_I420) {
+        GstVideoInfo info;
+        gst_video_info_set_format(&info, format, guint(renderer.width()), guint(renderer.height()));
+        GstHandle<GstBuffer> buffer(gst_buffer_new_allocate(nullptr, info.size, nullptr),
+                                    GstRef::adopt);
+        GstVideoFrame frame;
+        gst_video_frame_map(&frame, &info, buffer.get(), GST_MAP_WRITE);
+        EXPECT_TRUE(renderer.render(&frame, zoom, torch, 0));
+        gst_video_frame_unmap(&frame);
+        return pictureOf(buffer.get(), info);
+    }
+};
+
+TEST_F(VirtualCameraSourceTest, capsListTheDeviceFormatsInOrder) {
+    struct Expected {
+        int width, height, maxFps;
+    };
+    const Expected expected[] = {{1920, 1080, 60}, {3840, 2160, 30}, {1280, 720, 60}};
+
+    ASSERT_EQ(VirtualCameraSource::formats().size(), std::size(expected));
+    GstHandle<GstElement> camera(VirtualCameraSource::create(), GstRef::adopt);
+    GstHandle<GstPad> pad(gst_element_get_static_pad(camera.get(), "src"), GstRef::adopt);
+    GstHandle<GstCaps> caps(gst_pad_query_caps(pad.get(), nullptr), GstRef::adopt);
+    ASSERT_EQ(gst_caps_get_size(caps.get()), std::size(expected));
+    for (size_t i = 0; i < std::size(expected); ++i) {
+        SCOPED_TRACE(i);
+        const av::VirtualFormat& format = VirtualCameraSource::formats()[i];
+        EXPECT_EQ(format.width, expected[i].width);
+        EXPECT_EQ(format.height, expected[i].height);
+        EXPECT_EQ(format.minFps, 1);
+        EXPECT_EQ(format.maxFps, expected[i].maxFps);
+
+        const GstStructure* structure = gst_caps_get_structure(caps.get(), guint(i));
+        int width = 0, height = 0;
+        gst_structure_get_int(structure, "width", &width);
+        gst_structure_get_int(structure, "height", &height);
+        EXPECT_EQ(width, expected[i].width);
+        EXPECT_EQ(height, expected[i].height);
+        const GValue* rates = gst_structure_get_value(structure, "framerate");
+        ASSERT_TRUE(GST_VALUE_HOLDS_FRACTION_RANGE(rates));
+        EXPECT_EQ(gst_value_get_fraction_numerator(gst_value_get_fraction_range_min(rates)), 1);
+        EXPECT_EQ(gst_value_get_fraction_numerator(gst_value_get_fraction_range_max(rates)),
+                  expected[i].maxFps);
+        const GValue* formats = gst_structure_get_value(structure, "format");
+        ASSERT_TRUE(GST_VALUE_HOLDS_LIST(formats));
+        EXPECT_STREQ(g_value_get_string(gst_value_list_get_value(formats, 0)), "I420");
+    }
+}
+
+TEST_F(VirtualCameraSourceTest, negotiatesWhatTheDeviceListsAndNothingElse) {
+    struct Row {
+        const char* caps;
+        bool accepted;
+        const char* format;
+        int width, height, fps;
+    };
+    const Row rows[] = {
+        {"", true, "I420", 1920, 1080, 30},
+        {"video/x-raw,width=3840,height=2160,framerate=30/1", true, "I420", 3840, 2160, 30},
+        {"video/x-raw,width=1280,height=720,framerate=60/1", true, "I420", 1280, 720, 60},
+        {"video/x-raw,format=NV12", true, "NV12", 1920, 1080, 30},
+        {"video/x-raw,width=3840,height=2160,framerate=60/1", false, "", 0, 0, 0},
+        {"video/x-raw,width=1920,height=1080,framerate=61/1", false, "", 0, 0, 0},
+        {"video/x-raw,width=640,height=480", false, "", 0, 0, 0},
+        {"video/x-raw,format=RGBA", false, "", 0, 0, 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.caps);
+        Camera camera(row.caps);
+        if (!row.accepted) {
+            EXPECT_NE(camera.error(), "");
+            continue;
+        }
+        GstHandle<GstSample> sample = camera.pull();
+        ASSERT_TRUE(sample);
+        GstVideoInfo info;
+        ASSERT_TRUE(gst_video_info_from_caps(&info, gst_sample_get_caps(sample.get())));
+        EXPECT_STREQ(gst_video_format_to_string(GST_VIDEO_INFO_FORMAT(&info)), row.format);
+        EXPECT_EQ(GST_VIDEO_INFO_WIDTH(&info), row.width);
+        EXPECT_EQ(GST_VIDEO_INFO_HEIGHT(&info), row.height);
+        EXPECT_EQ(GST_VIDEO_INFO_FPS_N(&info), row.fps);
+        EXPECT_EQ(GST_VIDEO_INFO_FPS_D(&info), 1);
+        EXPECT_EQ(gst_buffer_get_size(gst_sample_get_buffer(sample.get())), info.size);
+    }
+}
+
+TEST_F(VirtualCameraSourceTest, framesComeOneFrameApartAndNeverEarly) {
+    Camera camera(caps720p60);
+    const GstClockTime frame = GST_SECOND / 60;
+    GstClockTime previous = GST_CLOCK_TIME_NONE;
+    for (int i = 0; i < 8; ++i) {
+        GstHandle<GstSample> sample = camera.pull();
+        ASSERT_TRUE(sample);
+        const GstBuffer* buffer = gst_sample_get_buffer(sample.get());
+        const GstClockTime pts = GST_BUFFER_PTS(buffer);
+        ASSERT_TRUE(GST_CLOCK_TIME_IS_VALID(pts));
+        EXPECT_LE(pts, camera.runningTime());
+        EXPECT_NEAR(double(GST_BUFFER_DURATION(buffer)), double(frame), 1.0);
+        if (GST_CLOCK_TIME_IS_VALID(previous)) {
+            EXPECT_NEAR(double(pts - previous), double(frame), 1.0);
+        }
+        previous = pts;
+    }
+
+    GstHandle<GstQuery> latency(gst_query_new_latency(), GstRef::adopt);
+    ASSERT_TRUE(gst_element_query(camera.element(), latency.get()));
+    gboolean live = FALSE;
+    GstClockTime minimum = 0;
+    gst_query_parse_latency(latency.get(), &live, &minimum, nullptr);
+    EXPECT_TRUE(live);
+    EXPECT_NEAR(double(minimum), double(frame), 1.0);
+}
+
+TEST_F(VirtualCameraSourceTest, slowConsumerLosesFramesInsteadOfGettingThemInAHurry) {
+    Camera camera(caps720p60);
+    const GstClockTime frame = GST_SECOND / 60;
+    GstHandle<GstSample> first = camera.pull();
+    ASSERT_TRUE(first);
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+
+    std::vector<GstClockTime> times{GST_BUFFER_PTS(gst_sample_get_buffer(first.get()))};
+    for (int i = 0; i < 6; ++i) {
+        GstHandle<GstSample> sample = camera.pull();
+        ASSERT_TRUE(sample);
+        times.push_back(GST_BUFFER_PTS(gst_sample_get_buffer(sample.get())));
+    }
+    bool skipped = false;
+    for (size_t i = 1; i < times.size(); ++i) {
+        const double frames = double(times[i] - times[i - 1]) / double(frame);
+        EXPECT_GE(frames, 0.999) << "frame " << i;
+        EXPECT_NEAR(frames, std::round(frames), 0.001) << "frame " << i;
+        skipped = skipped || frames > 2;
+    }
+    EXPECT_TRUE(skipped);
+    // Past the stall the camera is back at the present, not delivering a backlog.
+    EXPECT_LT(camera.runningTime() - times.back(), 4 * frame);
+}
+
+TEST_F(VirtualCameraSourceTest, pausingAndPlayingAgainKeepsTheFramesComing) {
+    Camera camera(caps720p60);
+    GstHandle<GstSample> before = camera.pull();
+    ASSERT_TRUE(before);
+    gst_element_set_state(camera.pipeline(), GST_STATE_PAUSED);
+    gst_element_get_state(camera.pipeline(), nullptr, nullptr, 5 * GST_SECOND);
+    gst_element_set_state(camera.pipeline(), GST_STATE_PLAYING);
+    GstClockTime previous = GST_BUFFER_PTS(gst_sample_get_buffer(before.get()));
+    for (int i = 0; i < 4; ++i) {
+        GstHandle<GstSample> sample = camera.pull();
+        ASSERT_TRUE(sample);
+        const GstClockTime pts = GST_BUFFER_PTS(gst_sample_get_buffer(sample.get()));
+        EXPECT_GT(pts, previous);
+        previous = pts;
+    }
+}
+
+TEST_F(VirtualCameraSourceTest, stoppingInterruptsTheWaitForASlowFrame) {
+    Camera camera("video/x-raw,width=1280,height=720,framerate=1/1");
+    ASSERT_TRUE(camera.pull());
+    const auto start = std::chrono::steady_clock::now();
+    gst_element_set_state(camera.pipeline(), GST_STATE_NULL);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
+}
+
+TEST_F(VirtualCameraSourceTest, subjectKeepsItsSizeWhileTheBackgroundStretches) {
+    const Picture near = Camera(caps720p60, "zoom=1.0").picture();
+    const Picture far = centreCrop(Camera(caps720p60, "zoom=2.0").picture(), 2.0);
+
+    const Box nearJacket = jacket(near), farJacket = jacket(far);
+    ASSERT_GT(nearJacket.width(), 100);
+    EXPECT_NEAR(farJacket.width(), nearJacket.width(), 0.03 * nearJacket.width());
+    EXPECT_NEAR(farJacket.height(), nearJacket.height(), 0.03 * nearJacket.height());
+    EXPECT_NEAR(farJacket.left, nearJacket.left, 3);
+    EXPECT_NEAR(farJacket.top, nearJacket.top, 3);
+
+    // Above the subject's shoulders, beside its head: background alone at either zoom. With the
+    // background 8 walker distances behind the subject, 2x zoom shows it 2 * 9 / 10 times larger.
+    EXPECT_NEAR(bestScale(near, far, 0.6, 0.05, 0.75, 0.15), 1.8, 0.05);
+}
+
+TEST_F(VirtualCameraSourceTest, torchBrightensAndFrontShowsAnotherScene) {
+    const VirtualCameraSource::Renderer back(1280, 720, false);
+    const VirtualCameraSource::Renderer front(1280, 720, true);
+    const Picture plain = render(back, 1.0);
+    EXPECT_GT(render(back, 1.0, true).meanLuma(), plain.meanLuma() + 8);
+    // Farther from the subject, the torch does less.
+    EXPECT_GT(render(back, 1.0, true).meanLuma() - plain.meanLuma(),
+              render(back, 4.0, true).meanLuma() - render(back, 4.0).meanLuma() + 2);
+
+    const Picture selfie = render(front, 1.0);
+    double difference = 0;
+    for (size_t i = 0; i < plain.planes[0].size(); ++i)
+        difference += std::abs(int(plain.planes[0][i]) - int(selfie.planes[0][i]));
+    EXPECT_GT(difference / double(plain.planes[0].size()), 20);
+    EXPECT_LT(jacket(selfie).right, 0) << "the front scene has no orange jacket";
+}
+
+TEST_F(VirtualCameraSourceTest, rendersNv12AsI420WithInterleavedChroma) {
+    const VirtualCameraSource::Renderer renderer(1280, 720, false);
+    for (double zoom : {1.0, 2.5}) {
+        const Picture i420 = render(renderer, zoom);
+        const Picture nv12 = render(renderer, zoom, false, GST_VIDEO_FORMAT_NV12);
+        for (int plane = 0; plane < 3; ++plane)
+            EXPECT_EQ(i420.planes[plane], nv12.planes[plane]) << "plane " << plane;
+    }
+
+    GstVideoInfo info;
+    gst_video_info_set_format(&info, GST_VIDEO_FORMAT_RGBA, 1280, 720);
+    GstHandle<GstBuffer> buffer(gst_buffer_new_allocate(nullptr, info.size, nullptr),
+                                GstRef::adopt);
+    GstVideoFrame frame;
+    ASSERT_TRUE(gst_video_frame_map(&frame, &info, buffer.get(), GST_MAP_WRITE));
+    EXPECT_FALSE(renderer.render(&frame, 1.0, false, 0));
+    gst_video_frame_unmap(&frame);
+    gst_video_info_set_format(&info, GST_VIDEO_FORMAT_I420, 1920, 1080);
+    buffer =
+        GstHandle<GstBuffer>(gst_buffer_new_allocate(nullptr, info.size, nullptr), GstRef::adopt);
+    ASSERT_TRUE(gst_video_frame_map(&frame, &info, buffer.get(), GST_MAP_WRITE));
+    EXPECT_FALSE(renderer.render(&frame, 1.0, false, 0));
+    gst_video_frame_unmap(&frame);
+}
+
+TEST_F(VirtualCameraSourceTest, invalidZoomRendersAsTheNearestValidOne) {
+    const VirtualCameraSource::Renderer renderer(1280, 720, false);
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double infinity = std::numeric_limits<double>::infinity();
+    const Picture one = render(renderer, 1.0);
+    const Picture most = render(renderer, VirtualCameraSource::maxZoom);
+    for (double zoom : {0.0, -2.0, 0.5, nan, -infinity})
+        EXPECT_EQ(render(renderer, zoom).planes[0], one.planes[0]) << zoom;
+    for (double zoom : {infinity, 1e300})
+        EXPECT_EQ(render(renderer, zoom).planes[0], most.planes[0]) << zoom;
+}
+
+TEST_F(VirtualCameraSourceTest, propertiesWrittenWhilePlayingFromAnotherThread) {
+    Camera camera(caps720p60);
+    GstElement* element = camera.element();
+    std::atomic<bool> done = false;
+    std::thread writer([&] {
+        const double values[] = {1.0, 3.0, 0.0, -1.0, 16.0, 1e9, 2.0};
+        for (int i = 0; !done; ++i) {
+            g_object_set(element, "zoom", values[i % std::size(values)], "torch", gboolean(i % 2),
+                         nullptr);
+            if (i == 50)
+                g_object_set(element, "front", TRUE, nullptr);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    });
+    for (int i = 0; i < 20; ++i) {
+        GstHandle<GstSample> sample = camera.pull();
+        ASSERT_TRUE(sample);
+        EXPECT_EQ(gst_buffer_get_size(gst_sample_get_buffer(sample.get())), 1280u * 720 * 3 / 2);
+    }
+    done = true;
+    writer.join();
+
+    double zoom = 0;
+    gboolean front = FALSE;
+    g_object_get(element, "zoom", &zoom, "front", &front, nullptr);
+    EXPECT_TRUE(front);
+    g_object_set(element, "zoom", 2.5, nullptr);
+    g_object_get(element, "zoom", &zoom, nullptr);
+    EXPECT_EQ(zoom, 2.5);
+}
+
+} // namespace

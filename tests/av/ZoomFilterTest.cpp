@@ -1,0 +1,311 @@
+#include "platform/av/ZoomFilter.h"
+#include "platform/av/GstHandle.h"
+
+#include <gst/check/gstharness.h>
+#include <gst/video/video.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <map>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using av::ZoomFilter;
+using Bytes = std::vector<std::uint8_t>;
+using HarnessHandle = std::unique_ptr<GstHarness, decltype(&gst_harness_teardown)>;
+// A picture as a function of component (Y, U, V) and sample position in its plane.
+using Pattern = std::function<double(int component, double x, double y)>;
+
+const GstVideoFormat formats[] = {GST_VIDEO_FORMAT_I420, GST_VIDEO_FORMAT_NV12};
+
+const Pattern noise = [](int component, double x, double y) {
+    return double((component * 7919 + int(x) * 131 + int(y) * 977 + int(x * y)) % 251);
+};
+const Pattern checkerboard = [](int, double x, double y) {
+    return (int(x) / 8 + int(y) / 8) % 2 ? 235.0 : 16.0;
+};
+
+// One video frame's layout, and every sample of it visited with its component and position.
+struct Layout {
+    Layout(GstVideoFormat format, int width, int height) {
+        gst_video_info_set_format(&info, format, guint(width), guint(height));
+    }
+    template <typename Visit> void forEachSample(Visit visit) const {
+        for (guint plane = 0; plane < GST_VIDEO_INFO_N_PLANES(&info); ++plane) {
+            const int pixelStride = GST_VIDEO_INFO_COMP_PSTRIDE(&info, plane);
+            const int width = GST_VIDEO_INFO_COMP_WIDTH(&info, plane);
+            const int height = GST_VIDEO_INFO_COMP_HEIGHT(&info, plane);
+            for (int y = 0; y < height; ++y) {
+                for (int byte = 0; byte < width * pixelStride; ++byte)
+                    visit(int(plane) + byte % pixelStride, byte / pixelStride, y, width, height,
+                          info.offset[plane] + gsize(y * info.stride[plane] + byte));
+            }
+        }
+    }
+    GstBuffer* frame(const Pattern& pattern, GstClockTime pts = 0) const {
+        GstBuffer* buffer = gst_buffer_new_allocate(nullptr, info.size, nullptr);
+        GstMapInfo map;
+        gst_buffer_map(buffer, &map, GST_MAP_WRITE);
+        forEachSample([&](int component, int x, int y, int, int, gsize offset) {
+            map.data[offset] = std::uint8_t(std::lround(pattern(component, x, y)));
+        });
+        gst_buffer_unmap(buffer, &map);
+        GST_BUFFER_PTS(buffer) = pts;
+        return buffer;
+    }
+    GstVideoInfo info;
+};
+
+class ZoomFilterTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        gst_init(nullptr, nullptr);
+        ZoomFilter::registerElement();
+    }
+
+    static HarnessHandle harness(const Layout& layout) {
+        HarnessHandle h(gst_harness_new(ZoomFilter::factoryName), gst_harness_teardown);
+        GstCaps* caps = gst_video_info_to_caps(&layout.info);
+        gst_harness_set_caps(h.get(), gst_caps_ref(caps), caps);
+        return h;
+    }
+
+    static Bytes bytes(GstBuffer* buffer) {
+        GstMapInfo map;
+        gst_buffer_map(buffer, &map, GST_MAP_READ);
+        Bytes result(map.data, map.data + map.size);
+        gst_buffer_unmap(buffer, &map);
+        return result;
+    }
+
+    // Pushes a frame (taking it) and returns the bytes that come out.
+    static Bytes pass(GstHarness* h, GstBuffer* input) {
+        EXPECT_EQ(gst_harness_push(h, input), GST_FLOW_OK);
+        av::GstHandle<GstBuffer> output(gst_harness_pull(h), av::GstRef::adopt);
+        return output ? bytes(output.get()) : Bytes{};
+    }
+
+    static void setZoom(GstHarness* h, double zoom) {
+        g_object_set(h->element, "zoom", zoom, nullptr);
+    }
+};
+
+std::string describe(const Layout& layout) {
+    return std::string(GST_VIDEO_INFO_NAME(&layout.info)) + " " +
+           std::to_string(GST_VIDEO_INFO_WIDTH(&layout.info)) + "x" +
+           std::to_string(GST_VIDEO_INFO_HEIGHT(&layout.info));
+}
+
+// Bit-exact at zoom 1, also after leaving it and coming back, which switches passthrough and
+// renegotiates the output buffers; the same zoom again gives the same picture.
+TEST_F(ZoomFilterTest, ZoomOnePassesFramesThroughBitExact) {
+    for (GstVideoFormat format : formats) {
+        for (const Layout& layout :
+             {Layout(format, 640, 360), Layout(format, 642, 362), Layout(format, 1, 1)}) {
+            SCOPED_TRACE(describe(layout));
+            auto h = harness(layout);
+            av::GstHandle<GstBuffer> input(layout.frame(noise), av::GstRef::adopt);
+            const Bytes original = bytes(input.get());
+            std::map<double, Bytes> seen;
+            for (double zoom : {1.0, 2.0, 1.0, 1.5, 2.0, 1.0}) {
+                setZoom(h.get(), zoom);
+                const Bytes output = pass(h.get(), gst_buffer_ref(input.get()));
+                // A single pixel is its own centre at any zoom.
+                EXPECT_EQ(output == original, zoom == 1.0 || layout.info.width == 1) << zoom;
+                if (seen.contains(zoom)) {
+                    EXPECT_EQ(output, seen[zoom]) << zoom;
+                }
+                seen.emplace(zoom, output);
+            }
+        }
+    }
+}
+
+// Linear ramps survive bilinear scaling, so every output sample must show the source position
+// its centre maps to, centre + (i + 0.5 - centre) / zoom - 0.5, within one level. Chroma planes
+// are zoomed at their own size.
+TEST_F(ZoomFilterTest, ZoomShowsTheCentreOfTheFrame) {
+    const Pattern ramps = [](int component, double x, double y) {
+        return component == 0 ? x : component == 1 ? 2 * y : 200 - x;
+    };
+    for (GstVideoFormat format : formats) {
+        for (const Layout& layout : {Layout(format, 256, 128), Layout(format, 255, 127)}) {
+            for (double zoom : {2.0, 1.5, 3.7, 100.0}) {
+                SCOPED_TRACE(describe(layout) + " zoom " + std::to_string(zoom));
+                auto h = harness(layout);
+                setZoom(h.get(), zoom);
+                const Bytes output = pass(h.get(), layout.frame(ramps));
+                ASSERT_EQ(output.size(), layout.info.size);
+                int wrong = 0;
+                layout.forEachSample([&](int component, int x, int y, int width, int height,
+                                         gsize offset) {
+                    const auto source = [zoom](int i, int n) {
+                        return n / 2.0 + (i + 0.5 - n / 2.0) / zoom - 0.5;
+                    };
+                    const double expected = ramps(component, source(x, width), source(y, height));
+                    if (std::abs(output[offset] - expected) > 1.0 && wrong++ < 5)
+                        ADD_FAILURE() << "component " << component << " at " << x << "," << y
+                                      << ": " << int(output[offset]) << ", expected " << expected;
+                });
+                if (zoom == 2.0 && layout.info.width == 256) {
+                    // The corners show the edges of the centre half.
+                    EXPECT_NEAR(output[0], 64, 1);
+                    EXPECT_NEAR(output[255], 191, 1);
+                }
+            }
+        }
+    }
+}
+
+// A slow ramp must move the picture by fractions of a pixel, not snap to whole-pixel crops.
+TEST_F(ZoomFilterTest, FractionalZoomStepsChangeThePicture) {
+    for (GstVideoFormat format : formats) {
+        const Layout layout(format, 642, 362);
+        SCOPED_TRACE(describe(layout));
+        auto h = harness(layout);
+        av::GstHandle<GstBuffer> input(layout.frame(checkerboard), av::GstRef::adopt);
+        Bytes previous = bytes(input.get());
+        for (double zoom : {1.001, 1.002, 1.003}) {
+            setZoom(h.get(), zoom);
+            const Bytes output = pass(h.get(), gst_buffer_ref(input.get()));
+            ASSERT_EQ(output.size(), previous.size());
+            EXPECT_NE(output, previous) << zoom;
+            previous = output;
+        }
+    }
+}
+
+TEST_F(ZoomFilterTest, InvalidZoomIsKeptButShownClamped) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double inf = std::numeric_limits<double>::infinity();
+    const std::pair<double, double> writtenAndShown[] = {{0.0, 1.0},   {-3.0, 1.0},   {0.5, 1.0},
+                                                         {nan, 1.0},   {-inf, 1.0},   {inf, 100.0},
+                                                         {1e9, 100.0}, {100.0, 100.0}};
+
+    const Layout layout(GST_VIDEO_FORMAT_I420, 642, 362);
+    auto h = harness(layout);
+    std::vector<double> shown;
+    ZoomFilter::setFrameObserver(h->element,
+                                 [&](GstClockTime, double zoom) { shown.push_back(zoom); });
+    av::GstHandle<GstBuffer> input(layout.frame(noise), av::GstRef::adopt);
+    std::map<double, Bytes> outputs{{1.0, bytes(input.get())}};
+    for (auto [written, expected] : writtenAndShown) {
+        SCOPED_TRACE(written);
+        setZoom(h.get(), written);
+        double readBack = 0.0;
+        g_object_get(h->element, "zoom", &readBack, nullptr);
+        EXPECT_TRUE(readBack == written || (std::isnan(readBack) && std::isnan(written)));
+
+        const Bytes output = pass(h.get(), gst_buffer_ref(input.get()));
+        ASSERT_FALSE(shown.empty());
+        EXPECT_EQ(shown.back(), expected);
+        if (outputs.contains(expected)) {
+            EXPECT_EQ(output, outputs[expected]);
+        }
+        outputs.emplace(expected, output);
+    }
+    EXPECT_EQ(shown.size(), std::size(writtenAndShown));
+}
+
+// The observer sees every frame with its own time stamp and the zoom written before it was
+// pushed; a removed observer is not called again.
+TEST_F(ZoomFilterTest, WriteLandsOnTheNextFrame) {
+    const Layout layout(GST_VIDEO_FORMAT_NV12, 64, 48);
+    auto h = harness(layout);
+    std::vector<std::pair<GstClockTime, double>> seen;
+    ZoomFilter::setFrameObserver(
+        h->element, [&](GstClockTime pts, double zoom) { seen.emplace_back(pts, zoom); });
+    const double zooms[] = {1.0, 1.1, 1.1, 2.5, 1.0, 3.0, 1.05};
+    for (std::size_t i = 0; i < std::size(zooms); ++i) {
+        setZoom(h.get(), zooms[i]);
+        pass(h.get(), layout.frame(noise, i * GST_MSECOND));
+        ASSERT_EQ(seen.size(), i + 1);
+        EXPECT_EQ(seen[i], std::pair(i * GST_MSECOND, zooms[i]));
+    }
+    ZoomFilter::setFrameObserver(h->element, {});
+    pass(h.get(), layout.frame(noise));
+    EXPECT_EQ(seen.size(), std::size(zooms));
+}
+
+// While another thread keeps writing, every frame must be made whole with one written zoom: its
+// picture equals the reference picture for the zoom the observer reports.
+TEST_F(ZoomFilterTest, ZoomWrittenFromAnotherThreadWhileFramesFlow) {
+    const double values[] = {1.0, 1.25, 2.0, 3.5};
+    for (GstVideoFormat format : formats) {
+        const Layout layout(format, 320, 180);
+        SCOPED_TRACE(describe(layout));
+        av::GstHandle<GstBuffer> input(layout.frame(noise), av::GstRef::adopt);
+        std::map<double, Bytes> reference;
+        {
+            auto h = harness(layout);
+            for (double zoom : values) {
+                setZoom(h.get(), zoom);
+                reference[zoom] = pass(h.get(), gst_buffer_ref(input.get()));
+            }
+        }
+
+        auto h = harness(layout);
+        std::vector<double> seen; // the harness streams on the pushing thread
+        ZoomFilter::setFrameObserver(h->element,
+                                     [&](GstClockTime, double zoom) { seen.push_back(zoom); });
+        std::jthread writer([&](std::stop_token stop) {
+            for (std::size_t i = 0; !stop.stop_requested(); ++i)
+                setZoom(h.get(), values[i % std::size(values)]);
+        });
+        std::size_t mismatches = 0;
+        for (std::size_t i = 0; i < 500; ++i) {
+            const Bytes output = pass(h.get(), gst_buffer_ref(input.get()));
+            ASSERT_EQ(seen.size(), i + 1);
+            ASSERT_TRUE(reference.contains(seen.back())) << seen.back();
+            mismatches += output != reference[seen.back()];
+        }
+        EXPECT_EQ(mismatches, 0u);
+    }
+}
+
+TEST_F(ZoomFilterTest, RefusesFormatsOtherThanI420AndNV12) {
+    HarnessHandle h(gst_harness_new(ZoomFilter::factoryName), gst_harness_teardown);
+    av::GstHandle<GstPad> sink(gst_element_get_static_pad(h->element, "sink"), av::GstRef::adopt);
+    for (std::string format : {"I420", "NV12", "RGB", "YUY2", "GRAY8"}) {
+        av::GstHandle<GstCaps> caps(
+            gst_caps_from_string(("video/x-raw,width=64,height=48,format=" + format).c_str()),
+            av::GstRef::adopt);
+        EXPECT_EQ(bool(gst_pad_query_accept_caps(sink.get(), caps.get())),
+                  format == "I420" || format == "NV12")
+            << format;
+    }
+    gst_harness_set_src_caps_str(h.get(), "video/x-raw,format=RGB,width=64,height=48,"
+                                          "framerate=30/1");
+    EXPECT_EQ(gst_harness_push(h.get(), gst_buffer_new_allocate(nullptr, 64 * 48 * 3, nullptr)),
+              GST_FLOW_NOT_NEGOTIATED);
+}
+
+// Adopting takes the caller's reference (sinking a floating one), adding takes a new one.
+TEST(GstHandleTest, AdoptsOrAddsReferences) {
+    gst_init(nullptr, nullptr);
+    GstElement* element = gst_element_factory_make("identity", nullptr);
+    {
+        av::GstHandle<GstElement> adopted(element, av::GstRef::adopt);
+        EXPECT_FALSE(g_object_is_floating(element));
+        EXPECT_EQ(GST_OBJECT_REFCOUNT_VALUE(element), 1);
+        av::GstHandle<GstElement> added(element, av::GstRef::add);
+        av::GstHandle<GstElement> copied = added;
+        EXPECT_EQ(GST_OBJECT_REFCOUNT_VALUE(element), 3);
+        av::GstHandle<GstElement> moved = std::move(copied);
+        EXPECT_EQ(GST_OBJECT_REFCOUNT_VALUE(element), 3);
+        gst_object_unref(added.release());
+        EXPECT_EQ(GST_OBJECT_REFCOUNT_VALUE(element), 2);
+    }
+    av::GstHandle<GstCaps> caps(gst_caps_new_any(), av::GstRef::adopt);
+    av::GstHandle<GstCaps> other(caps.get(), av::GstRef::add);
+    EXPECT_EQ(GST_CAPS_REFCOUNT_VALUE(caps.get()), 2);
+}
+
+} // namespace

@@ -1,0 +1,182 @@
+#include "capture/CKFSession.h"
+#include "capture/CKFSessionDelegate.h"
+#include "platform/av/CaptureDevice.h"
+#include "platform/av/CaptureDeviceDiscoverySession.h"
+#include "platform/av/CaptureDeviceInput.h"
+#include "platform/av/CaptureSession.h"
+
+#include <QWidget>
+#include <gtest/gtest.h>
+
+namespace {
+
+// A camera whose formats the test writes, listed in the order given.
+class ListedCamera : public av::CaptureDevice {
+public:
+    explicit ListedCamera(std::vector<av::CaptureDeviceFormat> formats)
+        : av::CaptureDevice(QStringLiteral("test"), QStringLiteral("Test camera"),
+                            av::MediaType::video, av::DevicePosition::back) {
+        setFormats(std::move(formats));
+    }
+    GstElement* createSourceElement() const override { return nullptr; }
+};
+
+av::CaptureDeviceFormat format(int width, int height, std::vector<av::FrameRateRange> ranges) {
+    return {width, height, std::move(ranges), QStringLiteral("video/x-raw")};
+}
+
+std::optional<av::CaptureDeviceFormat> choose(ListedCamera& camera, qint64 w, qint64 h,
+                                              qint64 fps) {
+    av::CaptureDeviceInput input(&camera);
+    return CKFSession::deviceInputFormat(input, w, h, fps);
+}
+
+TEST(CKFSessionFormatChoice, firstQualifyingFormatInDeviceOrderWins) {
+    ListedCamera camera({format(1280, 720, {{1, 60}}), format(3840, 2160, {{1, 60}}),
+                         format(1920, 1080, {{1, 60}})});
+    const auto chosen = choose(camera, 1920, 1080, 60);
+    ASSERT_TRUE(chosen);
+    EXPECT_EQ(chosen->width, 3840);
+    EXPECT_EQ(chosen->height, 2160);
+}
+
+TEST(CKFSessionFormatChoice, frameRateRangesAreInclusiveAndTruncated) {
+    ListedCamera slow({format(1920, 1080, {{1, 30}})});
+    EXPECT_FALSE(choose(slow, 1920, 1080, 60));
+    EXPECT_TRUE(choose(slow, 1920, 1080, 30));
+
+    ListedCamera wide({format(1920, 1080, {{3, 60}})});
+    for (qint64 fps : {3, 4, 30, 59, 60})
+        EXPECT_TRUE(choose(wide, 1920, 1080, fps)) << fps;
+    for (qint64 fps : {0, 2, 61})
+        EXPECT_FALSE(choose(wide, 1920, 1080, fps)) << fps;
+
+    // 59.94 truncates to 59, so it does not serve 60; a second range of the same format can.
+    ListedCamera ntsc({format(1920, 1080, {{2.5, 59.94}})});
+    EXPECT_FALSE(choose(ntsc, 1920, 1080, 60));
+    EXPECT_TRUE(choose(ntsc, 1920, 1080, 2));
+    ListedCamera twoRanges({format(1920, 1080, {{1, 30}, {60, 60}})});
+    EXPECT_TRUE(choose(twoRanges, 1920, 1080, 60));
+}
+
+TEST(CKFSessionFormatChoice, tooSmallOrNoFormatsGiveNone) {
+    ListedCamera narrow({format(1920, 1079, {{1, 60}}), format(1919, 1080, {{1, 60}})});
+    EXPECT_FALSE(choose(narrow, 1920, 1080, 30));
+    ListedCamera none({});
+    EXPECT_FALSE(choose(none, 1, 1, 1));
+    ListedCamera noRanges({format(3840, 2160, {})});
+    EXPECT_FALSE(choose(noRanges, 1920, 1080, 30));
+}
+
+TEST(CKFSessionEnums, rawValuesOutsideTheCasesGiveNoValue) {
+    EXPECT_EQ(CKFSession::deviceType(2), CKFSession::DeviceType::microphone);
+    EXPECT_FALSE(CKFSession::deviceType(3));
+    EXPECT_FALSE(CKFSession::deviceType(-1));
+    EXPECT_EQ(CKFSession::cameraPosition(0), CKFSession::CameraPosition::front);
+    EXPECT_FALSE(CKFSession::cameraPosition(2));
+    EXPECT_EQ(CKFSession::flashMode(2), CKFSession::FlashMode::automatic);
+    EXPECT_FALSE(CKFSession::flashMode(3));
+    // Positions open the camera of the same raw value.
+    EXPECT_EQ(int(CKFSession::CameraPosition::back), int(CKFSession::DeviceType::backCamera));
+}
+
+class DeviceLookup : public ::testing::Test {
+protected:
+    void SetUp() override { av::CaptureDeviceDiscoverySession::setSystemDevicesEnabled(false); }
+    void TearDown() override {
+        av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(true);
+        av::CaptureDeviceDiscoverySession::setCameraSelection({});
+    }
+};
+
+TEST_F(DeviceLookup, virtualDevicesStandInWhenThereIsNoRealOne) {
+    auto back = CKFSession::captureDeviceInput(CKFSession::DeviceType::backCamera);
+    auto front = CKFSession::captureDeviceInput(CKFSession::DeviceType::frontCamera);
+    auto microphone = CKFSession::captureDeviceInput(CKFSession::DeviceType::microphone);
+    EXPECT_EQ(back->device()->position(), av::DevicePosition::back);
+    EXPECT_EQ(front->device()->position(), av::DevicePosition::front);
+    EXPECT_EQ(microphone->device()->mediaType(), av::MediaType::audio);
+    EXPECT_TRUE(back->device()->hasTorch());
+    EXPECT_FALSE(front->device()->hasTorch());
+    // The same device object every time, so its settings stay with it.
+    EXPECT_EQ(CKFSession::captureDeviceInput(CKFSession::DeviceType::backCamera)->device(),
+              back->device());
+}
+
+TEST_F(DeviceLookup, noDeviceOfTheKindThrowsNotFound) {
+    av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(false);
+    for (auto type : {CKFSession::DeviceType::microphone, CKFSession::DeviceType::backCamera}) {
+        try {
+            CKFSession::captureDeviceInput(type);
+            ADD_FAILURE() << "no error for " << int(type);
+        } catch (const CKFError& error) {
+            EXPECT_EQ(error.kind(), CKFError::Kind::captureDeviceNotFound);
+            EXPECT_FALSE(error.localizedDescription().isEmpty());
+        }
+    }
+}
+
+TEST_F(DeviceLookup, aChosenCameraThatIsGoneFallsBackAndAMissingFileIsAnError) {
+    av::CaptureDeviceDiscoverySession::setCameraSelection(QStringLiteral("No Such Camera"));
+    EXPECT_TRUE(
+        CKFSession::captureDeviceInput(CKFSession::DeviceType::backCamera)->device()->isVirtual());
+
+    av::CaptureDeviceDiscoverySession::setCameraSelection(
+        QStringLiteral("file:/no/such/picture.png"));
+    try {
+        CKFSession::captureDeviceInput(CKFSession::DeviceType::backCamera);
+        ADD_FAILURE() << "a missing picture opened";
+    } catch (const av::Error& error) {
+        EXPECT_TRUE(error.localizedDescription().contains(QStringLiteral("/no/such/picture.png")));
+    }
+}
+
+struct Recorder : QObject, CKFSessionDelegate {
+    int notices = 0;
+    void didChangeValue(CKFSession*, const QVariant&, const QString&) override { ++notices; }
+};
+
+TEST(CKFSessionLifecycle, freshSessionIsIdleAndUnbound) {
+    CKFSession session;
+    EXPECT_EQ(session.zoom(), 1.0);
+    EXPECT_EQ(session.previewLayer(), nullptr);
+    EXPECT_EQ(session.overlayView(), nullptr);
+    EXPECT_EQ(session.delegate(), nullptr);
+    EXPECT_FALSE(session.session()->isRunning());
+    EXPECT_TRUE(session.session()->inputs().empty());
+
+    // The base class only stores the zoom and ignores taps.
+    Recorder recorder;
+    session.setDelegate(&recorder);
+    session.setZoom(4.0);
+    session.focusAt({0.2, 0.8});
+    EXPECT_EQ(session.zoom(), 4.0);
+    EXPECT_EQ(recorder.notices, 0);
+}
+
+TEST(CKFSessionLifecycle, delegateIsHeldWeakly) {
+    CKFSession session;
+    {
+        Recorder recorder;
+        session.setDelegate(&recorder);
+        EXPECT_NE(session.delegate(), nullptr);
+    }
+    EXPECT_EQ(session.delegate(), nullptr);
+}
+
+TEST(CKFSessionLifecycle, destroyingARunningSessionStopsIt) {
+    av::CaptureDeviceDiscoverySession::setSystemDevicesEnabled(false);
+    auto session = std::make_unique<CKFSession>();
+    session->session()->addInput(
+        CKFSession::captureDeviceInput(CKFSession::DeviceType::backCamera).release());
+    session->start();
+    ASSERT_TRUE(session->session()->isRunning());
+    GstElement* pipeline = GST_ELEMENT(gst_object_ref(session->session()->pipeline()));
+    session.reset();
+    GstState state = GST_STATE_VOID_PENDING;
+    gst_element_get_state(pipeline, &state, nullptr, 0);
+    EXPECT_EQ(state, GST_STATE_NULL);
+    gst_object_unref(pipeline);
+}
+
+} // namespace

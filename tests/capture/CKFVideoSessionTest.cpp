@@ -1,0 +1,246 @@
+#include "capture/CKFVideoSession.h"
+#include "capture/CKFSessionDelegate.h"
+#include "platform/av/CaptureDevice.h"
+#include "platform/av/CaptureDeviceDiscoverySession.h"
+#include "platform/av/CaptureDeviceInput.h"
+#include "platform/av/CaptureSession.h"
+#include "platform/foundation/Device.h"
+
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QTest>
+#include <gst/pbutils/pbutils.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+struct ZoomNotices : QObject, CKFSessionDelegate {
+    std::vector<double> values;
+    void didChangeValue(CKFSession*, const QVariant& value, const QString& key) override {
+        EXPECT_EQ(key, QStringLiteral("zoom"));
+        values.push_back(value.toDouble());
+    }
+};
+
+class VideoSessionTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(documents.isValid());
+        qputenv("TESSARO_DOCUMENTS_DIR", documents.path().toUtf8());
+        av::CaptureDeviceDiscoverySession::setSystemDevicesEnabled(false);
+        foundation::Device::current().setOrientationForTesting(
+            foundation::Device::Orientation::portrait);
+    }
+    void TearDown() override {
+        av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(true);
+        foundation::Device::current().setOrientationForTesting(
+            foundation::Device::Orientation::unknown);
+    }
+
+    av::CaptureDevice* camera(CKFVideoSession& session) const {
+        for (av::CaptureInput* input : session.session()->inputs())
+            if (auto* device = qobject_cast<av::CaptureDeviceInput*>(input))
+                if (device->device()->mediaType() == av::MediaType::video)
+                    return device->device();
+        return nullptr;
+    }
+
+    // Records for about `seconds` and returns the finished file, or an empty string.
+    QString recordClip(CKFVideoSession& session, double seconds) {
+        QString finished;
+        bool failed = false;
+        session.record(
+            std::nullopt, [&](const QUrl& url) { finished = url.toLocalFile(); },
+            [&](const std::exception&) { failed = true; });
+        if (!QTest::qWaitFor([&] { return session.isRecording(); }, 10000))
+            return {};
+        QTest::qWait(int(seconds * 1000));
+        session.stopRecording();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !finished.isEmpty() || failed; }, 15000));
+        return finished;
+    }
+
+    QTemporaryDir documents;
+};
+
+struct MovieInfo {
+    QString videoCodec, audioCodec;
+    int width = 0, height = 0;
+    double seconds = 0;
+    QString orientation;
+};
+
+MovieInfo inspect(const QString& path) {
+    MovieInfo info;
+    GError* error = nullptr;
+    GstDiscoverer* discoverer = gst_discoverer_new(10 * GST_SECOND, &error);
+    GstDiscovererInfo* result = gst_discoverer_discover_uri(
+        discoverer, QUrl::fromLocalFile(path).toEncoded().constData(), &error);
+    g_clear_error(&error);
+    if (!result) {
+        g_object_unref(discoverer);
+        return info;
+    }
+    info.seconds = double(gst_discoverer_info_get_duration(result)) / GST_SECOND;
+    GList* videos = gst_discoverer_info_get_video_streams(result);
+    if (videos) {
+        auto* video = GST_DISCOVERER_VIDEO_INFO(videos->data);
+        info.width = int(gst_discoverer_video_info_get_width(video));
+        info.height = int(gst_discoverer_video_info_get_height(video));
+        GstCaps* caps = gst_discoverer_stream_info_get_caps(GST_DISCOVERER_STREAM_INFO(video));
+        info.videoCodec =
+            QString::fromUtf8(gst_structure_get_name(gst_caps_get_structure(caps, 0)));
+        gst_caps_unref(caps);
+        if (const GstTagList* tags =
+                gst_discoverer_stream_info_get_tags(GST_DISCOVERER_STREAM_INFO(video))) {
+            gchar* orientation = nullptr;
+            if (gst_tag_list_get_string(tags, GST_TAG_IMAGE_ORIENTATION, &orientation))
+                info.orientation = QString::fromUtf8(orientation);
+            g_free(orientation);
+        }
+    }
+    GList* audios = gst_discoverer_info_get_audio_streams(result);
+    if (audios) {
+        GstCaps* caps =
+            gst_discoverer_stream_info_get_caps(GST_DISCOVERER_STREAM_INFO(audios->data));
+        info.audioCodec =
+            QString::fromUtf8(gst_structure_get_name(gst_caps_get_structure(caps, 0)));
+        gst_caps_unref(caps);
+    }
+    gst_discoverer_stream_info_list_free(videos);
+    gst_discoverer_stream_info_list_free(audios);
+    gst_discoverer_info_unref(result);
+    g_object_unref(discoverer);
+    return info;
+}
+
+TEST_F(VideoSessionTest, recordsAPlayableMovieToTheDefaultFileAndReplacesItNextTime) {
+    CKFVideoSession session(CKFSession::CameraPosition::back);
+    session.setWidth(1280, 720, 30); // the first format that fits is 1920×1080
+    session.start();
+    ASSERT_TRUE(session.session()->isRunning());
+
+    const QString first = recordClip(session, 1.0);
+    ASSERT_EQ(first, CKFVideoSession::defaultFileURL().toLocalFile());
+    EXPECT_FALSE(session.isRecording());
+    const MovieInfo info = inspect(first);
+    EXPECT_EQ(info.videoCodec, QStringLiteral("video/x-h264"));
+    EXPECT_EQ(info.audioCodec, QStringLiteral("audio/mpeg"));
+    EXPECT_EQ(info.width, 1920);
+    EXPECT_EQ(info.height, 1080);
+    EXPECT_GT(info.seconds, 0.8);
+
+    const qint64 firstSize = QFileInfo(first).size();
+    const QString second = recordClip(session, 2.0);
+    EXPECT_EQ(second, first);
+    EXPECT_EQ(QDir(documents.path()).entryList(QDir::Files).size(), 1);
+    EXPECT_GT(inspect(second).seconds, info.seconds + 0.5);
+    EXPECT_NE(QFileInfo(second).size(), firstSize);
+}
+
+TEST_F(VideoSessionTest, recordingStateFollowsTheOutputNotOurCalls) {
+    CKFVideoSession session(CKFSession::CameraPosition::back);
+    session.start();
+    int firstFinished = 0, secondFinished = 0;
+    session.record(
+        std::nullopt, [&](const QUrl&) { ++firstFinished; }, [](const std::exception&) {});
+    // Not recording until the output says so; stopping before that does nothing.
+    EXPECT_FALSE(session.isRecording());
+    session.stopRecording();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return session.isRecording(); }, 10000));
+
+    // A second record while recording keeps the first callbacks.
+    session.record(
+        std::nullopt, [&](const QUrl&) { ++secondFinished; }, [](const std::exception&) {});
+    session.stopRecording();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return firstFinished == 1; }, 15000));
+    EXPECT_EQ(secondFinished, 0);
+
+    // A stray finish after that reaches nobody.
+    session.didFinishRecording(session.movieFileOutput(), CKFVideoSession::defaultFileURL(),
+                               std::nullopt);
+    session.didFinishRecording(session.movieFileOutput(), CKFVideoSession::defaultFileURL(),
+                               av::Error(av::Error::Code::recordingFailed, QStringLiteral("late")));
+    EXPECT_EQ(firstFinished, 1);
+    EXPECT_EQ(secondFinished, 0);
+}
+
+TEST_F(VideoSessionTest, aLandscapeLeftDeviceRecordsLandscapeRightVideo) {
+    foundation::Device::current().setOrientationForTesting(
+        foundation::Device::Orientation::landscapeLeft);
+    CKFVideoSession session(CKFSession::CameraPosition::back);
+    session.start();
+    const QString file = recordClip(session, 0.5);
+    ASSERT_FALSE(file.isEmpty());
+    EXPECT_EQ(session.movieFileOutput()
+                  ->connectionWithMediaType(av::MediaType::video)
+                  ->videoOrientation(),
+              av::CaptureConnection::VideoOrientation::landscapeRight);
+    EXPECT_EQ(inspect(file).orientation, QStringLiteral("rotate-270"));
+}
+
+TEST_F(VideoSessionTest, zoomGoesToTheCameraAndTellsTheDelegate) {
+    CKFVideoSession session(CKFSession::CameraPosition::back);
+    ZoomNotices notices;
+    session.setDelegate(&notices);
+    session.setZoom(3.0);
+    session.setZoom(1.25);
+    EXPECT_EQ(camera(session)->videoZoomFactor(), 1.25);
+    EXPECT_EQ(notices.values, (std::vector<double>{3.0, 1.25}));
+}
+
+TEST_F(VideoSessionTest, withoutACameraZoomTorchAndFormatDoNothing) {
+    av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(false);
+    CKFVideoSession session(CKFSession::CameraPosition::back);
+    ZoomNotices notices;
+    session.setDelegate(&notices);
+    session.setZoom(2.0);
+    session.setFlashMode(CKFSession::FlashMode::on);
+    session.setWidth(1920, 1080, 30);
+    EXPECT_EQ(session.zoom(), 2.0);
+    EXPECT_TRUE(notices.values.empty());
+    EXPECT_EQ(camera(session), nullptr);
+}
+
+TEST_F(VideoSessionTest, toggleSwitchesCamerasAndAFailedLookupKeepsTheOld) {
+    CKFVideoSession session(CKFSession::CameraPosition::front);
+    EXPECT_EQ(camera(session)->position(), av::DevicePosition::front);
+    session.togglePosition();
+    EXPECT_EQ(session.cameraPosition(), CKFSession::CameraPosition::back);
+    av::CaptureDevice* back = camera(session);
+    EXPECT_EQ(back->position(), av::DevicePosition::back);
+
+    av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(false);
+    session.togglePosition();
+    EXPECT_EQ(session.cameraPosition(), CKFSession::CameraPosition::front);
+    EXPECT_EQ(camera(session), back);
+}
+
+TEST_F(VideoSessionTest, torchOnlyWhereTheCameraHasOne) {
+    CKFVideoSession front(CKFSession::CameraPosition::front);
+    front.setFlashMode(CKFSession::FlashMode::on);
+    EXPECT_EQ(front.flashMode(), CKFSession::FlashMode::on);
+    EXPECT_EQ(camera(front)->torchMode(), av::CaptureDevice::TorchMode::off);
+
+    CKFVideoSession back(CKFSession::CameraPosition::back);
+    back.setFlashMode(CKFSession::FlashMode::on);
+    EXPECT_EQ(camera(back)->torchMode(), av::CaptureDevice::TorchMode::on);
+    back.setFlashMode(CKFSession::FlashMode::off);
+}
+
+TEST_F(VideoSessionTest, formatRequestsPickTheDeviceFormatAndRate) {
+    CKFVideoSession session(CKFSession::CameraPosition::back);
+    session.setWidth(3840, 2160, 30);
+    av::CaptureDevice* device = camera(session);
+    EXPECT_EQ(device->activeFormat().width, 3840);
+    EXPECT_EQ(device->activeVideoMinFrameDuration(), (av::FrameDuration{1, 30}));
+    // No 4K format runs at 60: the request changes nothing.
+    session.setWidth(3840, 2160, 60);
+    EXPECT_EQ(device->activeVideoMinFrameDuration(), (av::FrameDuration{1, 30}));
+    session.setWidth(1920, 1080, 60);
+    EXPECT_EQ(device->activeFormat().width, 1920);
+    EXPECT_EQ(device->activeVideoMaxFrameDuration(), (av::FrameDuration{1, 60}));
+}
+
+} // namespace
