@@ -229,6 +229,7 @@ bool CaptureSession::build(QString* problem) {
         g_object_set(formatFilter, "caps", videoCaps, nullptr);
         chain.push_back(formatFilter);
         GstElement* zoom = ZoomFilter::create("zoom");
+        g_object_set(zoom, "follow-capture-time", TRUE, nullptr);
         chain.push_back(zoom);
         chain.push_back(appSinkFor(MediaType::video, sessionOutputs));
         for (GstElement* element : chain)

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <deque>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -301,6 +302,11 @@ void PlaneScaler::interpolateBytes(const std::uint8_t* __restrict source,
 struct ZoomState {
     // Guarded by the object lock: written by any thread, read once per frame.
     double zoom = 1.0;
+    // Writes not yet in effect, with the running time they were made at, so that each frame
+    // shows the zoom last written before it was captured, however late it reaches this stage.
+    std::deque<std::pair<GstClockTime, double>> writes;
+    double settledZoom = 1.0; // the last write in effect
+    bool followCaptureTime = false;
 
     // Streaming thread only.
     double frameZoom = 1.0; // taken in before_transform, used by the frame in flight
@@ -339,7 +345,7 @@ struct TessaroZoomClass {
     GstVideoFilterClass parentClass;
 };
 
-enum { PROP_0, PROP_ZOOM };
+enum { PROP_0, PROP_ZOOM, PROP_FOLLOW_CAPTURE_TIME };
 
 G_DEFINE_TYPE_WITH_CODE(TessaroZoom, tessaro_zoom, GST_TYPE_VIDEO_FILTER,
                         GST_DEBUG_CATEGORY_INIT(zoomDebug, av::ZoomFilter::factoryName, 0,
@@ -359,11 +365,33 @@ void tessaroZoomSetProperty(GObject* object, guint id, const GValue* value, GPar
     switch (id) {
     case PROP_ZOOM: {
         const double zoom = g_value_get_double(value);
+        GstElement* element = GST_ELEMENT(object);
+        GstClock* clock = gst_element_get_clock(element);
+        GstClockTime when = 0;
+        if (clock) {
+            const GstClockTime now = gst_clock_get_time(clock);
+            const GstClockTime base = gst_element_get_base_time(element);
+            when = now > base ? now - base : 0;
+            gst_object_unref(clock);
+        }
         {
             av::ObjectLock lock(object);
-            stateOf(object).zoom = zoom;
+            av::ZoomState& state = stateOf(object);
+            state.zoom = zoom;
+            // A frame is never older than a second; older writes only settle.
+            constexpr std::size_t kept = 256;
+            if (state.writes.size() >= kept) {
+                state.settledZoom = state.writes.front().second;
+                state.writes.pop_front();
+            }
+            state.writes.emplace_back(when, zoom);
         }
         GST_LOG_OBJECT(object, "zoom written: %g", zoom);
+        break;
+    }
+    case PROP_FOLLOW_CAPTURE_TIME: {
+        av::ObjectLock lock(object);
+        stateOf(object).followCaptureTime = g_value_get_boolean(value);
         break;
     }
     default:
@@ -376,6 +404,11 @@ void tessaroZoomGetProperty(GObject* object, guint id, GValue* value, GParamSpec
     case PROP_ZOOM: {
         av::ObjectLock lock(object);
         g_value_set_double(value, stateOf(object).zoom);
+        break;
+    }
+    case PROP_FOLLOW_CAPTURE_TIME: {
+        av::ObjectLock lock(object);
+        g_value_set_boolean(value, stateOf(object).followCaptureTime);
         break;
     }
     default:
@@ -391,12 +424,23 @@ void tessaroZoomFinalize(GObject* object) {
 // Takes this frame's zoom. At 1 the element goes passthrough, saving a frame copy; basetransform
 // then drops its output buffer pool, so leaving passthrough asks for a new one before this very
 // frame is prepared (the source pad's reconfigure is handled right after this call).
-void tessaroZoomBeforeTransform(GstBaseTransform* transform, GstBuffer*) {
+void tessaroZoomBeforeTransform(GstBaseTransform* transform, GstBuffer* buffer) {
     av::ZoomState& state = stateOf(transform);
+    const GstClockTime pts = GST_BUFFER_PTS(buffer);
     double written;
     {
         av::ObjectLock lock(transform);
-        written = state.zoom;
+        const GstClockTime captured =
+            state.followCaptureTime
+                ? gst_segment_to_running_time(&transform->segment, GST_FORMAT_TIME, pts)
+                : GST_CLOCK_TIME_NONE;
+        // Without a capture time every write so far is in effect.
+        while (!state.writes.empty() &&
+               (!GST_CLOCK_TIME_IS_VALID(captured) || state.writes.front().first <= captured)) {
+            state.settledZoom = state.writes.front().second;
+            state.writes.pop_front();
+        }
+        written = state.settledZoom;
     }
     state.frameZoom = av::ZoomFilter::pictureZoom(written);
 
@@ -464,6 +508,12 @@ void tessaro_zoom_class_init(TessaroZoomClass* zoomClass) {
                             -INFINITY, INFINITY, 1.0,
                             GParamFlags(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS |
                                         G_PARAM_LAX_VALIDATION | GST_PARAM_MUTABLE_PLAYING)));
+    g_object_class_install_property(
+        objectClass, PROP_FOLLOW_CAPTURE_TIME,
+        g_param_spec_boolean("follow-capture-time", "Follow capture time",
+                             "Give each frame of a live source the zoom last written before it "
+                             "was captured (its timestamp), not the zoom current when it arrives",
+                             FALSE, GParamFlags(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS)));
 
     auto* elementClass = GST_ELEMENT_CLASS(zoomClass);
     gst_element_class_set_static_metadata(

@@ -14,6 +14,8 @@ namespace av {
 //   zoom   (double, 1.0)   read once per frame, so a write lands on the next frame. It keeps what
 //                          was written; the picture treats values below 1 and NaN as 1 and
 //                          larger ones than maxZoom (infinity too) as maxZoom.
+//   follow-capture-time (bool, false)   for live sources: each frame shows the zoom last
+//                          written before its timestamp, however late it reaches the stage.
 // At a picture zoom of exactly 1 the element passes buffers through untouched.
 class ZoomFilter {
 public:

@@ -234,6 +234,31 @@ TEST_F(ZoomFilterTest, WriteLandsOnTheNextFrame) {
     EXPECT_EQ(seen.size(), std::size(zooms));
 }
 
+// A live camera's frames reach the stage late; with follow-capture-time each carries the zoom last
+// written before its time stamp, so a ramp is exact whatever the delay.
+TEST_F(ZoomFilterTest, LiveFramesCarryTheZoomWrittenBeforeTheirCapture) {
+    const Layout layout(GST_VIDEO_FORMAT_I420, 64, 48);
+    auto h = harness(layout);
+    gst_harness_use_testclock(h.get());
+    g_object_set(h->element, "follow-capture-time", TRUE, nullptr);
+    std::vector<double> seen;
+    ZoomFilter::setFrameObserver(h->element,
+                                 [&](GstClockTime, double zoom) { seen.push_back(zoom); });
+    const GstClockTime base = gst_element_get_base_time(h->element);
+    auto writeAt = [&](GstClockTime when, double zoom) {
+        gst_harness_set_time(h.get(), base + when);
+        setZoom(h.get(), zoom);
+    };
+    writeAt(10 * GST_MSECOND, 2.0);
+    writeAt(20 * GST_MSECOND, 3.0);
+    writeAt(30 * GST_MSECOND, 4.0);
+    // Frames captured at 5, 15, 25 and 35 ms, all arriving after the last write.
+    for (GstClockTime captured : {5, 15, 25, 35})
+        pass(h.get(), layout.frame(noise, captured * GST_MSECOND));
+    EXPECT_EQ(seen, (std::vector<double>{1.0, 2.0, 3.0, 4.0}));
+    ZoomFilter::setFrameObserver(h->element, {});
+}
+
 // While another thread keeps writing, every frame must be made whole with one written zoom: its
 // picture equals the reference picture for the zoom the observer reports.
 TEST_F(ZoomFilterTest, ZoomWrittenFromAnotherThreadWhileFramesFlow) {
