@@ -16,8 +16,14 @@ FileCameraDevice::FileCameraDevice(QString path, QObject* parent)
 
 GstElement* FileCameraDevice::createSourceElement() const {
     GError* error = nullptr;
+    // Decoders named outright: decodebin's late pads do not link inside a parsed bin here.
+    const QString suffix = QFileInfo(filePath).suffix().toLower();
+    const QByteArray decoder = suffix == QStringLiteral("png") ? "pngdec"
+                               : suffix == QStringLiteral("jpg") || suffix == QStringLiteral("jpeg")
+                                   ? "jpegdec"
+                                   : "decodebin";
     const QByteArray description =
-        "filesrc name=file ! decodebin ! videoconvert ! imagefreeze is-live=true";
+        "filesrc name=file ! " + decoder + " ! videoconvert ! imagefreeze is-live=true";
     GstElement* bin = gst_parse_bin_from_description(description.constData(), TRUE, &error);
     if (!bin) {
         g_clear_error(&error);

@@ -4,7 +4,8 @@
 
 namespace av {
 
-// A still image shown as a live back camera, for demos and tests (--camera file:PATH).
+// A still picture (PNG or JPEG) shown as a live back camera, for demos and tests
+// (--camera file:PATH).
 class FileCameraDevice : public CaptureDevice {
     Q_OBJECT
 

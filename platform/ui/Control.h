@@ -65,7 +65,7 @@ public:
     bool isHighlighted() const { return highlighted_; }
     void setHighlighted(bool highlighted);
     bool isSelected() const { return selected_; }
-    void setSelected(bool selected);
+    virtual void setSelected(bool selected);
     // The platform's state mask.
     unsigned state() const;
 

@@ -4,6 +4,7 @@
 #include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/CaptureDeviceInput.h"
 #include "platform/av/CaptureSession.h"
+#include "platform/av/Gst.h"
 #include "platform/foundation/Device.h"
 
 #include <QElapsedTimer>
@@ -28,6 +29,7 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(documents.isValid());
         qputenv("TESSARO_DOCUMENTS_DIR", documents.path().toUtf8());
+        av::Gst::ensureInitialized();
         av::CaptureDeviceDiscoverySession::setSystemDevicesEnabled(false);
         foundation::Device::current().setOrientationForTesting(
             foundation::Device::Orientation::portrait);
@@ -178,6 +180,34 @@ TEST_F(VideoSessionTest, aLandscapeLeftDeviceRecordsLandscapeRightVideo) {
                   ->videoOrientation(),
               av::CaptureConnection::VideoOrientation::landscapeRight);
     EXPECT_EQ(inspect(file).orientation, QStringLiteral("rotate-270"));
+}
+
+TEST_F(VideoSessionTest, aStillPictureRecordsAsTheBackCamera) {
+    const QString picture = documents.filePath(QStringLiteral("subject.png"));
+    const QByteArray launch = "videotestsrc num-buffers=1 ! video/x-raw,width=320,height=240 ! "
+                              "pngenc ! filesink location=" +
+                              picture.toUtf8();
+    GstElement* writer = gst_parse_launch(launch.constData(), nullptr);
+    ASSERT_NE(writer, nullptr);
+    gst_element_set_state(writer, GST_STATE_PLAYING);
+    GstBus* bus = gst_element_get_bus(writer);
+    gst_message_unref(gst_bus_timed_pop_filtered(bus, 5 * GST_SECOND,
+                                                 GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)));
+    gst_object_unref(bus);
+    gst_element_set_state(writer, GST_STATE_NULL);
+    gst_object_unref(writer);
+
+    av::CaptureDeviceDiscoverySession::setCameraSelection(QStringLiteral("file:") + picture);
+    CKFVideoSession session(CKFSession::CameraPosition::back);
+    av::CaptureDeviceDiscoverySession::setCameraSelection({});
+    EXPECT_EQ(camera(session)->uniqueID(), QStringLiteral("file:") + picture);
+    session.setWidth(1280, 720, 30);
+    session.start();
+    const QString file = recordClip(session, 0.5);
+    ASSERT_FALSE(file.isEmpty());
+    const MovieInfo info = inspect(file);
+    EXPECT_EQ(info.videoCodec, QStringLiteral("video/x-h264"));
+    EXPECT_EQ(info.width, 1920);
 }
 
 TEST_F(VideoSessionTest, zoomGoesToTheCameraAndTellsTheDelegate) {
