@@ -3,20 +3,34 @@
 #include <QCommandLineParser>
 #include <QVariantMap>
 
+#include <optional>
+
 class QCoreApplication;
 
 // The program's options. Help and version print and leave; everything else becomes launch
-// options for the delegate.
+// options for the delegate, except a screenshot request, which replaces the launch.
 class CommandLine {
 public:
+    struct Screenshot {
+        QString name;
+        // Empty when none was given.
+        QString file;
+    };
+
     CommandLine();
 
     // Exits the process for --help, --version and unknown options, like every command-line tool.
     void process(const QCoreApplication& application);
 
     QVariantMap launchOptions() const;
+    std::optional<Screenshot> screenshot() const;
+
+    // Whether the arguments ask for a screenshot, which runs without a display; answered before
+    // the application (and its display) is set up.
+    static bool asksForScreenshot(int argc, char** argv);
 
 private:
     QCommandLineParser parser;
     QCommandLineOption cameraOption;
+    QCommandLineOption screenshotOption;
 };

@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "app/ScreenshotRenderer.h"
 
 #include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/foundation/Bundle.h"
@@ -11,6 +12,9 @@
 #include <memory>
 
 int main(int argc, char** argv) {
+    // Screenshots are drawn offscreen even on a desktop, so they look the same everywhere.
+    if (CommandLine::asksForScreenshot(argc, argv))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     ui::Application application(argc, argv);
     application.setApplicationVersion(foundation::Bundle::main()
                                           .objectForInfoDictionaryKey("CFBundleShortVersionString")
@@ -19,8 +23,14 @@ int main(int argc, char** argv) {
 
     CommandLine commandLine;
     commandLine.process(application);
-    av::CaptureDeviceDiscoverySession::setCameraSelection(
-        commandLine.launchOptions().value(QStringLiteral("camera")).toString());
+    const QString camera = commandLine.launchOptions().value(QStringLiteral("camera")).toString();
+
+    if (const std::optional<CommandLine::Screenshot> screenshot = commandLine.screenshot()) {
+        av::CaptureDeviceDiscoverySession::setCameraSelection(
+            camera.isEmpty() ? QStringLiteral("virtual") : camera);
+        return ScreenshotRenderer::render(screenshot->name, screenshot->file);
+    }
+    av::CaptureDeviceDiscoverySession::setCameraSelection(camera);
 
     if (application.isHeadless()) {
         QTextStream(stdout) << QCoreApplication::translate(

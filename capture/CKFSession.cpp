@@ -26,6 +26,22 @@ std::optional<CKFSession::FlashMode> CKFSession::flashMode(qint64 rawValue) {
     return FlashMode(rawValue);
 }
 
+av::CaptureConnection::VideoOrientation
+CKFSession::videoOrientation(foundation::Device::Orientation orientation) {
+    using O = foundation::Device::Orientation;
+    using V = av::CaptureConnection::VideoOrientation;
+    switch (orientation) {
+    case O::portraitUpsideDown:
+        return V::portraitUpsideDown;
+    case O::landscapeLeft:
+        return V::landscapeRight;
+    case O::landscapeRight:
+        return V::landscapeLeft;
+    default:
+        return V::portrait;
+    }
+}
+
 CKFSession::CKFSession() : captureSession(std::make_unique<av::CaptureSession>()) {}
 
 CKFSession::~CKFSession() {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "capture/CKFError.h"
+#include "platform/av/CaptureConnection.h"
 #include "platform/av/CaptureDeviceFormat.h"
+#include "platform/foundation/Device.h"
 
 #include <QObject>
 #include <QPointF>
@@ -32,6 +34,12 @@ public:
     static std::optional<DeviceType> deviceType(qint64 rawValue);
     static std::optional<CameraPosition> cameraPosition(qint64 rawValue);
     static std::optional<FlashMode> flashMode(qint64 rawValue);
+
+    // The capture orientation that shows the picture upright with the device held this way; the
+    // recording and the preview follow the device alike. Face up, face down and unknown count as
+    // portrait.
+    static av::CaptureConnection::VideoOrientation
+    videoOrientation(foundation::Device::Orientation orientation);
 
     CKFSession();
     ~CKFSession() override;

@@ -19,22 +19,6 @@ void printError(const std::exception& error) {
     QTextStream(stdout) << error.what() << Qt::endl;
 }
 
-av::CaptureConnection::VideoOrientation
-videoOrientationFor(foundation::Device::Orientation orientation) {
-    using O = foundation::Device::Orientation;
-    using V = av::CaptureConnection::VideoOrientation;
-    switch (orientation) {
-    case O::portraitUpsideDown:
-        return V::portraitUpsideDown;
-    case O::landscapeLeft:
-        return V::landscapeRight;
-    case O::landscapeRight:
-        return V::landscapeLeft;
-    default:
-        return V::portrait;
-    }
-}
-
 } // namespace
 
 CKFVideoSession::CKFVideoSession(CameraPosition initialPosition)
@@ -153,7 +137,7 @@ void CKFVideoSession::record(const std::optional<QUrl>& url, RecordCallback onRe
     if (av::CaptureConnection* connection =
             movieOutput->connectionWithMediaType(av::MediaType::video)) {
         connection->setVideoOrientation(
-            videoOrientationFor(foundation::Device::current().orientation()));
+            videoOrientation(foundation::Device::current().orientation()));
         if (connection->isVideoStabilizationSupported())
             connection->setPreferredVideoStabilizationMode(
                 av::CaptureConnection::VideoStabilizationMode::cinematic);

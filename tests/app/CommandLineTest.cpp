@@ -1,3 +1,4 @@
+#include <QImage>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
@@ -46,6 +47,26 @@ TEST(CommandLine, unknownOptionsAreRefused) {
     const Result result = runTessaro({QStringLiteral("--no-such-option")});
     EXPECT_NE(result.exitCode, 0);
     EXPECT_TRUE(result.out.contains(QStringLiteral("no-such-option")));
+}
+
+TEST(CommandLine, screenshotsAreDrawnOffscreenFromTheVirtualCamera) {
+    QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("preview.png"));
+    const Result shot =
+        runTessaro({QStringLiteral("--screenshot"), QStringLiteral("preview"), file});
+    EXPECT_EQ(shot.exitCode, 0) << shot.out.toStdString();
+    EXPECT_TRUE(shot.out.contains(file)) << shot.out.toStdString();
+    const QImage image(file);
+    EXPECT_EQ(image.size(), QSize(390, 844));
+    // The camera's picture fills the view: no black bars.
+    for (const QPoint point : {QPoint(195, 2), QPoint(195, 841), QPoint(2, 422)})
+        EXPECT_NE(image.pixelColor(point), QColor(Qt::black)) << point.x() << "," << point.y();
+
+    const Result unknown =
+        runTessaro({QStringLiteral("--screenshot"), QStringLiteral("no-such-screen"), file});
+    EXPECT_EQ(unknown.exitCode, 2);
+    for (const char* name : {"preview", "preview-landscape", "grid"})
+        EXPECT_TRUE(unknown.out.contains(QLatin1String(name))) << unknown.out.toStdString();
 }
 
 } // namespace

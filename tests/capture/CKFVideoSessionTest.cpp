@@ -191,8 +191,8 @@ TEST_F(VideoSessionTest, aStillPictureRecordsAsTheBackCamera) {
     ASSERT_NE(writer, nullptr);
     gst_element_set_state(writer, GST_STATE_PLAYING);
     GstBus* bus = gst_element_get_bus(writer);
-    gst_message_unref(gst_bus_timed_pop_filtered(bus, 5 * GST_SECOND,
-                                                 GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)));
+    gst_message_unref(gst_bus_timed_pop_filtered(
+        bus, 5 * GST_SECOND, GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)));
     gst_object_unref(bus);
     gst_element_set_state(writer, GST_STATE_NULL);
     gst_object_unref(writer);

@@ -1,0 +1,185 @@
+// What the live preview costs the GUI thread: converting one 1080p camera frame into the picture
+// of a view (filled, cropped to the view's shape), alone and while the virtual camera delivers
+// 1920x1080 at 60 into a 1280x720 view offscreen for a few seconds. The live run also counts
+// frames delivered against frames shown, and how old a frame is when it is painted, which stays
+// under two frame times when no queue builds up.
+#include "capture/CKFPreviewView.h"
+#include "capture/CKFVideoSession.h"
+#include "platform/av/CaptureDeviceDiscoverySession.h"
+#include "platform/av/CapturePreviewOutput.h"
+#include "platform/av/CaptureSession.h"
+#include "platform/av/CaptureVideoPreviewLayer.h"
+#include "platform/av/Gst.h"
+#include "platform/av/GstHandle.h"
+#include "platform/av/VideoFrameConverter.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <gst/video/video.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+
+namespace {
+
+using Gravity = av::CaptureVideoPreviewLayer::VideoGravity;
+
+double threadCpuMilliseconds() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return double(now.tv_sec) * 1e3 + double(now.tv_nsec) / 1e6;
+}
+
+// Runs the event loop (sleeping while there is nothing to do, so the GUI thread's time is only
+// what the preview costs) until done or the time is up.
+void waitFor(const std::function<bool()>& done, int milliseconds) {
+    QEventLoop loop;
+    QTimer check;
+    QElapsedTimer timer;
+    timer.start();
+    QObject::connect(&check, &QTimer::timeout, &loop, [&] {
+        if (done() || timer.elapsed() >= milliseconds)
+            loop.quit();
+    });
+    check.start(10);
+    loop.exec();
+}
+
+av::GstHandle<GstSample> testFrame(int width, int height) {
+    av::GstHandle<GstCaps> caps(gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, "I420",
+                                                    "width", G_TYPE_INT, width, "height",
+                                                    G_TYPE_INT, height, "framerate",
+                                                    GST_TYPE_FRACTION, 60, 1, nullptr),
+                                av::GstRef::adopt);
+    GstVideoInfo info;
+    gst_video_info_from_caps(&info, caps.get());
+    av::GstHandle<GstBuffer> buffer(gst_buffer_new_allocate(nullptr, info.size, nullptr),
+                                    av::GstRef::adopt);
+    GstMapInfo map;
+    gst_buffer_map(buffer.get(), &map, GST_MAP_WRITE);
+    for (gsize i = 0; i < map.size; ++i)
+        map.data[i] = guint8(i * 7 + i / 1920);
+    gst_buffer_unmap(buffer.get(), &map);
+    return av::GstHandle<GstSample>(gst_sample_new(buffer.get(), caps.get(), nullptr, nullptr),
+                                    av::GstRef::adopt);
+}
+
+// Converting alone, filled into a view of the given size.
+void convert(const char* name, const QSize& view) {
+    const av::GstHandle<GstSample> frame = testFrame(1920, 1080);
+    av::VideoFrameConverter converter;
+    QImage image;
+    const double scale = std::max(view.width() / 1920.0, view.height() / 1080.0);
+    const QSizeF shown(1920 * scale, 1080 * scale);
+    const QRectF target(
+        QPointF((view.width() - shown.width()) / 2, (view.height() - shown.height()) / 2), shown);
+    constexpr int rounds = 300;
+    for (int i = 0; i < 10; ++i)
+        converter.convert(frame.get(), view, target, 0, &image);
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < rounds; ++i)
+        converter.convert(frame.get(), view, target, 0, &image);
+    std::printf("%s %.3f ms\n", name, double(timer.nsecsElapsed()) / 1e6 / rounds);
+}
+
+// The view, timing its own painting and how old each painted frame is.
+class TimedPreview : public CKFPreviewView {
+public:
+    double paintMilliseconds = 0;
+    int paints = 0;
+    std::vector<double> ages;
+
+protected:
+    void paintEvent(QPaintEvent* event) override {
+        QElapsedTimer timer;
+        timer.start();
+        const quint64 before = previewLayer() ? previewLayer()->framesDisplayed() : 0;
+        CKFPreviewView::paintEvent(event);
+        paintMilliseconds += double(timer.nsecsElapsed()) / 1e6;
+        ++paints;
+        if (!previewLayer() || previewLayer()->framesDisplayed() == before)
+            return;
+        GstElement* pipeline = session()->session()->pipeline();
+        GstClock* clock = pipeline ? gst_element_get_clock(pipeline) : nullptr;
+        const GstClockTime shown = previewLayer()->contentsTimestamp();
+        if (clock && GST_CLOCK_TIME_IS_VALID(shown)) {
+            const GstClockTime now =
+                gst_clock_get_time(clock) - gst_element_get_base_time(pipeline);
+            ages.push_back(double(GST_CLOCK_DIFF(shown, now)) / 1e6);
+        }
+        if (clock)
+            gst_object_unref(clock);
+    }
+};
+
+void live(double seconds) {
+    auto session = std::make_shared<CKFVideoSession>(CKFSession::CameraPosition::back);
+    session->setWidth(1920, 1080, 60);
+    TimedPreview view;
+    view.resize(1280, 720);
+    view.show();
+    view.setSession(session);
+    view.previewLayer()->setVideoGravity(Gravity::resizeAspectFill);
+    if (!session->session()->isRunning()) {
+        std::printf("preview_1080p60_failed 1 bool\n");
+        return;
+    }
+    const av::CapturePreviewOutput* output = view.previewLayer()->output();
+    waitFor([&] { return view.previewLayer()->framesDisplayed() >= 10; }, 10000);
+
+    const quint64 delivered0 = output->framesReceived();
+    const quint64 shown0 = view.previewLayer()->framesDisplayed();
+    view.paintMilliseconds = 0;
+    view.paints = 0;
+    view.ages.clear();
+    const double cpu0 = threadCpuMilliseconds();
+    QElapsedTimer wall;
+    wall.start();
+    waitFor([] { return false; }, int(seconds * 1000));
+    const double elapsed = double(wall.nsecsElapsed()) / 1e9;
+    const double cpu = threadCpuMilliseconds() - cpu0;
+    const quint64 delivered = output->framesReceived() - delivered0;
+    const quint64 shown = view.previewLayer()->framesDisplayed() - shown0;
+
+    std::sort(view.ages.begin(), view.ages.end());
+    const double median = view.ages.empty() ? 0 : view.ages[view.ages.size() / 2];
+    const double worst = view.ages.empty() ? 0 : view.ages.back();
+    std::printf("preview_1080p60_paint_per_frame %.3f ms\n",
+                view.paintMilliseconds / std::max(1, view.paints));
+    std::printf("preview_1080p60_gui_thread_cpu_per_frame %.3f ms\n",
+                cpu / double(std::max<quint64>(1, shown)));
+    std::printf("preview_1080p60_frames_delivered %llu frames\n", (unsigned long long)delivered);
+    std::printf("preview_1080p60_frames_shown %llu frames\n", (unsigned long long)shown);
+    std::printf("preview_1080p60_frames_dropped %llu frames\n",
+                (unsigned long long)(delivered - std::min(delivered, shown)));
+    std::printf("preview_1080p60_delivered_rate %.1f fps\n", double(delivered) / elapsed);
+    std::printf("preview_1080p60_shown_rate %.1f fps\n", double(shown) / elapsed);
+    std::printf("preview_1080p60_frame_age_median %.1f ms\n", median);
+    std::printf("preview_1080p60_frame_age_max %.1f ms\n", worst);
+    std::fflush(stdout);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argc, argv);
+    av::Gst::ensureInitialized();
+    QTemporaryDir documents;
+    qputenv("TESSARO_DOCUMENTS_DIR", documents.path().toUtf8());
+    av::CaptureDeviceDiscoverySession::setCameraSelection(QStringLiteral("virtual"));
+    const double seconds = argc > 1 ? QByteArray(argv[1]).toDouble() : 5.0;
+
+    convert("preview_convert_1080p_into_1280x720", QSize(1280, 720));
+    convert("preview_convert_1080p_into_390x844", QSize(390, 844));
+    convert("preview_convert_1080p_into_2560x1440", QSize(2560, 1440));
+    live(seconds);
+    return 0;
+}

@@ -1,0 +1,149 @@
+#include "capture/CKFPreviewView.h"
+
+#include "capture/CKFGridView.h"
+#include "capture/CKFPinchGestureRecognizer.h"
+#include "capture/CKFSession.h"
+#include "capture/CKFTapGestureRecognizer.h"
+#include "platform/av/CaptureSession.h"
+#include "platform/av/CaptureVideoPreviewLayer.h"
+#include "platform/foundation/Device.h"
+
+#include <QPainter>
+
+#include <algorithm>
+
+CKFPreviewView::CKFPreviewView(QWidget* parent)
+    : QWidget(parent), tapRecognizer(new CKFTapGestureRecognizer(this)),
+      pinchRecognizer(new CKFPinchGestureRecognizer(this)) {
+    // Every pixel is painted, the picture or black around it.
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    connect(tapRecognizer, &CKFTapGestureRecognizer::action, this,
+            &CKFPreviewView::handleTapWithRecognizer);
+    connect(pinchRecognizer, &CKFPinchGestureRecognizer::action, this,
+            &CKFPreviewView::handlePinchWithRecognizer);
+    // A device turned without the window turning sends no resize, so ask for a layout.
+    connect(&foundation::Device::current(), &foundation::Device::orientationDidChange, this,
+            [this] {
+                if (rotates)
+                    setNeedsLayout();
+            });
+}
+
+CKFPreviewView::~CKFPreviewView() = default;
+
+void CKFPreviewView::setPreviewLayer(av::CaptureVideoPreviewLayer* value) {
+    if (value == layer)
+        return;
+    delete std::exchange(layer, value);
+    if (layer) {
+        layer->setParent(this);
+        connect(layer, &av::CaptureVideoPreviewLayer::needsDisplay, this,
+                qOverload<>(&QWidget::update));
+        setNeedsLayout();
+    }
+    update();
+}
+
+void CKFPreviewView::setSession(std::shared_ptr<CKFSession> value) {
+    const std::shared_ptr<CKFSession> previous = std::exchange(boundSession, std::move(value));
+    if (previous)
+        previous->session()->stopRunning();
+    if (!boundSession)
+        return;
+    auto* newLayer = new av::CaptureVideoPreviewLayer(boundSession->session());
+    setPreviewLayer(newLayer);
+    boundSession->setPreviewLayer(newLayer);
+    boundSession->setOverlayView(this);
+    boundSession->session()->startRunning();
+}
+
+void CKFPreviewView::setGridView(CKFGridView* value) {
+    if (value == grid)
+        return;
+    delete std::exchange(grid, value);
+    if (grid) {
+        grid->setParent(this);
+        grid->raise();
+        grid->show();
+    }
+}
+
+void CKFPreviewView::setShowGrid(bool value) {
+    if (std::exchange(gridShown, value) == value)
+        return;
+    setGridView(value ? new CKFGridView(rect()) : nullptr);
+}
+
+void CKFPreviewView::setAutorotate(bool value) {
+    rotates = value;
+    if (!value) {
+        if (layer && layer->connection())
+            layer->connection()->setVideoOrientation(
+                av::CaptureConnection::VideoOrientation::portrait);
+        update();
+    } else {
+        setNeedsLayout();
+    }
+}
+
+void CKFPreviewView::handlePinchWithRecognizer(CKFPinchGestureRecognizer* recognizer) {
+    using State = CKFPinchGestureRecognizer::State;
+    if (recognizer->state() == State::began)
+        recognizer->setScale(pinchEndScale);
+    // The view's own range, whatever the camera could do.
+    const double scale = std::max(std::min(recognizer->scale(), 10.0), 1.0);
+    if (boundSession)
+        boundSession->setZoom(scale);
+    if (recognizer->state() == State::ended)
+        pinchEndScale = scale;
+}
+
+void CKFPreviewView::handleTapWithRecognizer(CKFTapGestureRecognizer* recognizer) {
+    if (!layer)
+        return;
+    const QPointF point = layer->captureDevicePointOfInterestForPoint(recognizer->locationInView() -
+                                                                      layer->frame().topLeft());
+    if (boundSession)
+        boundSession->focusAt(point);
+}
+
+void CKFPreviewView::setNeedsLayout() {
+    if (std::exchange(layoutPending, true))
+        return;
+    QMetaObject::invokeMethod(this, &CKFPreviewView::layoutIfNeeded, Qt::QueuedConnection);
+}
+
+void CKFPreviewView::layoutIfNeeded() {
+    if (layoutPending)
+        layoutSubviews();
+}
+
+void CKFPreviewView::layoutSubviews() {
+    layoutPending = false;
+    if (layer)
+        layer->setFrame(rect());
+    if (grid)
+        grid->setGeometry(rect());
+    if (rotates && layer && layer->connection())
+        layer->connection()->setVideoOrientation(
+            CKFSession::videoOrientation(foundation::Device::current().orientation()));
+    update();
+}
+
+void CKFPreviewView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    layoutSubviews();
+}
+
+void CKFPreviewView::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    QImage picture;
+    if (layer) {
+        layer->setContentsScale(devicePixelRatioF());
+        picture = layer->contents();
+    }
+    if (picture.isNull() || layer->frame() != QRectF(rect()))
+        painter.fillRect(rect(), Qt::black);
+    if (!picture.isNull())
+        painter.drawImage(layer->frame().topLeft(), picture);
+}

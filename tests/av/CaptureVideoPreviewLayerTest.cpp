@@ -1,0 +1,190 @@
+#include "platform/av/CaptureVideoPreviewLayer.h"
+#include "platform/av/CapturePreviewOutput.h"
+#include "platform/av/Gst.h"
+#include "platform/av/VideoFrameConverter.h"
+
+#include <QCoreApplication>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <functional>
+
+namespace av {
+namespace {
+
+using Gravity = CaptureVideoPreviewLayer::VideoGravity;
+using Orientation = CaptureConnection::VideoOrientation;
+using Yuv = std::array<std::uint8_t, 3>;
+
+// An I420 frame whose every 2x2 block has the colour yuv gives for its top-left pixel.
+GstHandle<GstSample> frameOf(int width, int height, const char* colorimetry,
+                             const std::function<Yuv(int x, int y)>& yuv) {
+    Gst::ensureInitialized();
+    GstHandle<GstCaps> caps(gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, "I420",
+                                                "width", G_TYPE_INT, width, "height", G_TYPE_INT,
+                                                height, "framerate", GST_TYPE_FRACTION, 30, 1,
+                                                "colorimetry", G_TYPE_STRING, colorimetry, nullptr),
+                            GstRef::adopt);
+    GstVideoInfo info;
+    EXPECT_TRUE(gst_video_info_from_caps(&info, caps.get()));
+    GstHandle<GstBuffer> buffer(gst_buffer_new_allocate(nullptr, info.size, nullptr),
+                                GstRef::adopt);
+    GstVideoFrame frame;
+    gst_video_frame_map(&frame, &info, buffer.get(), GST_MAP_WRITE);
+    auto plane = [&](int index, int x, int y) {
+        return static_cast<std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, index)) +
+               y * GST_VIDEO_FRAME_PLANE_STRIDE(&frame, index) + x;
+    };
+    for (int y = 0; y < height; y += 2)
+        for (int x = 0; x < width; x += 2) {
+            const Yuv colour = yuv(x, y);
+            for (int dy = 0; dy < 2; ++dy)
+                for (int dx = 0; dx < 2; ++dx)
+                    *plane(0, x + dx, y + dy) = colour[0];
+            *plane(1, x / 2, y / 2) = colour[1];
+            *plane(2, x / 2, y / 2) = colour[2];
+        }
+    gst_video_frame_unmap(&frame);
+    return GstHandle<GstSample>(gst_sample_new(buffer.get(), caps.get(), nullptr, nullptr),
+                                GstRef::adopt);
+}
+
+void expectColour(QRgb actual, QColor expected, const std::string& what) {
+    const QColor colour = QColor::fromRgb(actual);
+    EXPECT_NEAR(colour.red(), expected.red(), 3) << what;
+    EXPECT_NEAR(colour.green(), expected.green(), 3) << what;
+    EXPECT_NEAR(colour.blue(), expected.blue(), 3) << what;
+}
+
+TEST(VideoFrameConverter, coloursFollowTheFramesMatrixAndRange) {
+    struct Case {
+        const char* colorimetry;
+        Yuv yuv;
+        QColor rgb;
+    };
+    const Case cases[] = {
+        {"bt601", {81, 90, 240}, Qt::red},
+        {"bt601", {145, 54, 34}, Qt::green},
+        {"bt601", {41, 240, 110}, Qt::blue},
+        {"bt601", {235, 128, 128}, Qt::white},
+        {"bt601", {16, 128, 128}, Qt::black},
+        {"bt709", {63, 102, 240}, Qt::red},
+        {"bt709", {173, 42, 26}, Qt::green},
+        {"bt709", {32, 240, 118}, Qt::blue},
+        {"jpeg", {76, 85, 255}, Qt::red},
+        {"jpeg", {255, 128, 128}, Qt::white},
+        {"bt601", {235, 128, 255}, {255, 152, 255}}, // red past the range: clamped, not wrapped
+    };
+    VideoFrameConverter converter;
+    for (const Case& c : cases) {
+        const GstHandle<GstSample> frame =
+            frameOf(8, 8, c.colorimetry, [&](int, int) { return c.yuv; });
+        QImage image;
+        ASSERT_TRUE(converter.convert(frame.get(), QSize(4, 4), QRectF(0, 0, 4, 4), 0, &image));
+        expectColour(image.pixel(1, 1), c.rgb,
+                     std::string(c.colorimetry) + " " + std::to_string(c.yuv[0]));
+    }
+}
+
+// Quadrants: red top left, green top right, blue bottom left, white bottom right.
+const QColor quadrantColours[2][2] = {{Qt::red, Qt::green}, {Qt::blue, Qt::white}};
+
+Yuv quadrantYuv(int x, int y, int width, int height) {
+    static const Yuv yuv[2][2] = {{Yuv{81, 90, 240}, Yuv{145, 54, 34}},
+                                  {Yuv{41, 240, 110}, Yuv{235, 128, 128}}};
+    return yuv[y >= height / 2][x >= width / 2];
+}
+
+class Layer : public ::testing::Test {
+protected:
+    void show(const GstHandle<GstSample>& frame) {
+        layer.output()->handleSample(MediaType::video, frame.get());
+        QCoreApplication::processEvents();
+    }
+
+    CaptureVideoPreviewLayer layer{nullptr};
+};
+
+// What the layer draws at a point is the part of the camera's picture that a tap there names,
+// for every gravity and turn; outside the picture it is black.
+TEST_F(Layer, drawsEachPointWhereThePointOfInterestSaysItIs) {
+    show(frameOf(64, 36, "bt601", [](int x, int y) { return quadrantYuv(x, y, 64, 36); }));
+    for (const Gravity gravity :
+         {Gravity::resize, Gravity::resizeAspect, Gravity::resizeAspectFill})
+        for (const Orientation orientation :
+             {Orientation::portrait, Orientation::landscapeLeft, Orientation::portraitUpsideDown,
+              Orientation::landscapeRight})
+            for (const QSizeF size : {QSizeF(120, 50), QSizeF(50, 120)}) {
+                layer.setVideoGravity(gravity);
+                layer.connection()->setVideoOrientation(orientation);
+                layer.setFrame(QRectF(QPointF(30, 40), size));
+                const QImage picture = layer.contents();
+                ASSERT_EQ(picture.size(), size.toSize());
+                int checked = 0;
+                for (int y = 0; y < size.height(); y += 3)
+                    for (int x = 0; x < size.width(); x += 3) {
+                        const QPointF poi =
+                            layer.captureDevicePointOfInterestForPoint(QPointF(x + 0.5, y + 0.5));
+                        const std::string where = std::to_string(int(gravity)) + "/" +
+                                                  std::to_string(int(orientation)) + " at " +
+                                                  std::to_string(x) + "," + std::to_string(y);
+                        const bool outside =
+                            poi.x() <= 0 || poi.x() >= 1 || poi.y() <= 0 || poi.y() >= 1;
+                        if (outside && gravity == Gravity::resizeAspect) {
+                            // The bars, or the picture's very edge.
+                            const QColor colour = picture.pixelColor(x, y);
+                            EXPECT_TRUE(colour == Qt::black || poi.x() == 0 || poi.x() == 1 ||
+                                        poi.y() == 0 || poi.y() == 1)
+                                << where;
+                            continue;
+                        }
+                        if (std::abs(poi.x() - 0.5) < 0.06 || std::abs(poi.y() - 0.5) < 0.06)
+                            continue;
+                        expectColour(picture.pixel(x, y),
+                                     quadrantColours[poi.y() > 0.5][poi.x() > 0.5], where);
+                        ++checked;
+                    }
+                EXPECT_GT(checked, 100);
+            }
+}
+
+TEST_F(Layer, fittedPicturesHaveBarsAndFilledOnesNone) {
+    show(frameOf(64, 36, "bt601", [](int, int) { return Yuv{235, 128, 128}; }));
+    layer.setFrame(QRectF(0, 0, 100, 100));
+    layer.setVideoGravity(Gravity::resizeAspect);
+    QImage picture = layer.contents();
+    // 100 x 56.25 in the middle.
+    EXPECT_EQ(picture.pixelColor(50, 20), QColor(Qt::black));
+    EXPECT_EQ(picture.pixelColor(50, 22), QColor(Qt::white));
+    EXPECT_EQ(picture.pixelColor(50, 77), QColor(Qt::white));
+    EXPECT_EQ(picture.pixelColor(50, 79), QColor(Qt::black));
+    layer.setVideoGravity(Gravity::resizeAspectFill);
+    picture = layer.contents();
+    EXPECT_EQ(picture.pixelColor(0, 0), QColor(Qt::white));
+    EXPECT_EQ(picture.pixelColor(99, 99), QColor(Qt::white));
+
+    // On a denser screen the picture has the screen's pixels, drawn at the same size.
+    layer.setContentsScale(2);
+    picture = layer.contents();
+    EXPECT_EQ(picture.size(), QSize(200, 200));
+    EXPECT_EQ(picture.deviceIndependentSize(), QSizeF(100, 100));
+}
+
+TEST_F(Layer, onlyTheNewestOfTheFramesThatArrivedMeanwhileIsConverted) {
+    layer.setFrame(QRectF(0, 0, 16, 16));
+    for (std::uint8_t luma : {50, 100, 150, 200})
+        layer.output()->handleSample(MediaType::video, frameOf(16, 16, "bt601", [&](int, int) {
+                                                           return Yuv{luma, 128, 128};
+                                                       }).get());
+    QCoreApplication::processEvents();
+    const QImage picture = layer.contents();
+    EXPECT_EQ(layer.framesDisplayed(), 1u);
+    EXPECT_EQ(layer.output()->framesTaken(), 1u);
+    EXPECT_NEAR(QColor(picture.pixel(8, 8)).red(), (200 - 16) * 255 / 219, 2);
+    // Drawing again without a new frame converts nothing.
+    layer.contents();
+    EXPECT_EQ(layer.framesDisplayed(), 1u);
+}
+
+} // namespace
+} // namespace av

@@ -1,0 +1,363 @@
+#include "capture/CKFPreviewView.h"
+#include "capture/CKFGridView.h"
+#include "capture/CKFPinchGestureRecognizer.h"
+#include "capture/CKFVideoSession.h"
+#include "platform/av/CaptureDeviceDiscoverySession.h"
+#include "platform/av/CapturePreviewOutput.h"
+#include "platform/av/CaptureSession.h"
+#include "platform/av/CaptureVideoPreviewLayer.h"
+#include "platform/foundation/Device.h"
+
+#include <QNativeGestureEvent>
+#include <QPointer>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QWheelEvent>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+using Orientation = foundation::Device::Orientation;
+using VideoOrientation = av::CaptureConnection::VideoOrientation;
+using Gravity = av::CaptureVideoPreviewLayer::VideoGravity;
+
+// A session without devices that remembers what the view asked of it.
+struct ProbeSession : CKFSession {
+    std::vector<double> zooms;
+    std::vector<QPointF> focusPoints;
+    void setZoom(double value) override {
+        CKFSession::setZoom(value);
+        zooms.push_back(value);
+    }
+    void focusAt(const QPointF& point) override { focusPoints.push_back(point); }
+};
+
+class PreviewViewTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(documents.isValid());
+        qputenv("TESSARO_DOCUMENTS_DIR", documents.path().toUtf8());
+        av::CaptureDeviceDiscoverySession::setSystemDevicesEnabled(false);
+        foundation::Device::current().setOrientationForTesting(Orientation::portrait);
+    }
+    void TearDown() override {
+        foundation::Device::current().setOrientationForTesting(Orientation::unknown);
+    }
+
+    static void send(QWidget& view, QEvent&& event) { QCoreApplication::sendEvent(&view, &event); }
+
+    // A touchpad pinch: each value is how much the spread grew since the previous report.
+    static void touchpad(QWidget& view, std::initializer_list<double> steps, bool finish = true) {
+        const QPointF at(10, 10);
+        auto gesture = [&](Qt::NativeGestureType type, double value) {
+            send(view, QNativeGestureEvent(type, QPointingDevice::primaryPointingDevice(), 2, at,
+                                           at, at, value, QPointF()));
+        };
+        gesture(Qt::BeginNativeGesture, 0);
+        for (double step : steps)
+            gesture(Qt::ZoomNativeGesture, step);
+        if (finish)
+            gesture(Qt::EndNativeGesture, 0);
+    }
+    // A pinch that spreads the fingers by factor in two steps.
+    static void pinch(QWidget& view, double factor, bool finish = true) {
+        const double half = std::sqrt(factor);
+        touchpad(view, {half - 1, half - 1}, finish);
+    }
+    static void wheel(QWidget& view, int eighths, Qt::KeyboardModifiers modifiers) {
+        const QPointF at(10, 10);
+        send(view, QWheelEvent(at, at, QPoint(), QPoint(0, eighths), Qt::NoButton, modifiers,
+                               Qt::NoScrollPhase, false));
+    }
+
+    static std::shared_ptr<CKFVideoSession> backCamera() {
+        return std::make_shared<CKFVideoSession>(CKFSession::CameraPosition::back);
+    }
+    static bool waitForFrames(const CKFPreviewView& view, quint64 count) {
+        const av::CapturePreviewOutput* output = view.previewLayer()->output();
+        return QTest::qWaitFor([&] { return output->framesTaken() >= count; }, 10000);
+    }
+    static bool hasOutput(const CKFSession& session, const av::CaptureOutput* output) {
+        const auto& outputs = session.session()->outputs();
+        return std::find(outputs.begin(), outputs.end(), output) != outputs.end();
+    }
+
+    QTemporaryDir documents;
+};
+
+TEST_F(PreviewViewTest, aPinchZoomsBetweenOneAndTenOnly) {
+    for (const auto& [factor, expected] : {std::pair{0.4, 1.0}, {25.0, 10.0}, {2.5, 2.5}}) {
+        CKFPreviewView view;
+        auto session = std::make_shared<ProbeSession>();
+        view.setSession(session);
+        pinch(view, factor);
+        ASSERT_FALSE(session->zooms.empty());
+        EXPECT_DOUBLE_EQ(session->zooms.back(), expected) << factor;
+        EXPECT_DOUBLE_EQ(session->zoom(), expected);
+        EXPECT_DOUBLE_EQ(view.lastScale(), expected);
+    }
+}
+
+TEST_F(PreviewViewTest, eachPinchContinuesFromWhereTheLastOneEnded) {
+    CKFPreviewView view;
+    auto session = std::make_shared<ProbeSession>();
+    view.setSession(session);
+    pinch(view, 2.0);
+    EXPECT_DOUBLE_EQ(view.lastScale(), 2.0);
+
+    // The ramp moving the zoom in between does not move where the next pinch starts.
+    session->setZoom(7.0);
+    session->zooms.clear();
+    pinch(view, 1.5);
+    ASSERT_EQ(session->zooms.size(), 4u); // began, two steps, ended
+    EXPECT_DOUBLE_EQ(session->zooms.front(), 2.0);
+    EXPECT_DOUBLE_EQ(session->zooms.back(), 3.0);
+    EXPECT_DOUBLE_EQ(view.lastScale(), 3.0);
+
+    // Without a session only lastScale follows.
+    view.setSession(nullptr);
+    pinch(view, 2.0);
+    EXPECT_DOUBLE_EQ(view.lastScale(), 6.0);
+    EXPECT_DOUBLE_EQ(session->zoom(), 3.0);
+}
+
+TEST_F(PreviewViewTest, aCancelledPinchZoomsButDoesNotMoveLastScale) {
+    CKFPreviewView view;
+    view.show();
+    auto session = std::make_shared<ProbeSession>();
+    view.setSession(session);
+    pinch(view, 2.0);
+    pinch(view, 3.0, false);
+    EXPECT_DOUBLE_EQ(session->zoom(), 6.0);
+    // Going out of sight cancels what is under way.
+    view.hide();
+    EXPECT_EQ(view.pinchGestureRecognizer()->state(), CKFPinchGestureRecognizer::State::cancelled);
+    EXPECT_DOUBLE_EQ(view.lastScale(), 2.0);
+    EXPECT_DOUBLE_EQ(session->zoom(), 6.0);
+
+    // Touchpad begin and end around a turn of the fingers, with no spread, is no pinch.
+    session->zooms.clear();
+    touchpad(view, {});
+    EXPECT_TRUE(session->zooms.empty());
+}
+
+TEST_F(PreviewViewTest, eachCtrlWheelNotchIsAShortPinch) {
+    CKFPreviewView view;
+    auto session = std::make_shared<ProbeSession>();
+    view.setSession(session);
+    wheel(view, 120, Qt::ControlModifier);
+    EXPECT_NEAR(session->zoom(), std::pow(2.0, 1.0 / 8), 1e-9);
+    EXPECT_NEAR(view.lastScale(), session->zoom(), 1e-12);
+    for (int notch = 1; notch < 8; ++notch)
+        wheel(view, 120, Qt::ControlModifier);
+    EXPECT_NEAR(view.lastScale(), 2.0, 1e-9);
+
+    // Plain scrolling is not zooming; scrolling far back stops at 1.
+    const size_t written = session->zooms.size();
+    wheel(view, 120, Qt::NoModifier);
+    EXPECT_EQ(session->zooms.size(), written);
+    wheel(view, -120 * 20, Qt::ControlModifier);
+    EXPECT_DOUBLE_EQ(view.lastScale(), 1.0);
+
+    // A notch inside a touchpad pinch adds to that pinch.
+    pinch(view, 2.0, false);
+    wheel(view, 120 * 8, Qt::ControlModifier);
+    touchpad(view, {});
+    EXPECT_NEAR(view.lastScale(), 4.0, 1e-9);
+}
+
+TEST_F(PreviewViewTest, twoFingersSpreadOnATouchScreenPinch) {
+    // Inside a window, as in the app.
+    QWidget window;
+    window.resize(500, 500);
+    auto* view = new CKFPreviewView(&window);
+    view->setGeometry(50, 50, 400, 400);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    auto session = std::make_shared<ProbeSession>();
+    view->setSession(session);
+    QPointingDevice* screen = QTest::createTouchDevice();
+    QTest::touchEvent(view, screen).press(0, QPoint(150, 200)).press(1, QPoint(250, 200));
+    for (int step = 1; step <= 50; ++step)
+        QTest::touchEvent(view, screen)
+            .move(0, QPoint(150 - step, 200))
+            .move(1, QPoint(250 + step, 200));
+    QTest::touchEvent(view, screen).release(0, QPoint(100, 200)).release(1, QPoint(300, 200));
+    // The recogniser takes the first step of the fingers to notice the pinch.
+    EXPECT_NEAR(view->lastScale(), 2.0, 0.05);
+    EXPECT_NEAR(session->zoom(), view->lastScale(), 1e-12);
+    EXPECT_TRUE(session->focusPoints.empty());
+}
+
+TEST_F(PreviewViewTest, aClickOrATouchFocusesWhereItLandsButADragDoesNot) {
+    CKFPreviewView view;
+    view.resize(300, 600);
+    view.setShowGrid(true);
+    view.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
+    auto session = std::make_shared<ProbeSession>();
+    view.setSession(session);
+    QCoreApplication::processEvents();
+
+    // Through the window, so the grid on top has to let the click through.
+    QTest::mouseClick(view.windowHandle(), Qt::LeftButton, {}, QPoint(75, 150));
+    ASSERT_EQ(session->focusPoints.size(), 1u);
+    EXPECT_NEAR(session->focusPoints[0].x(), 0.25, 1e-9);
+    EXPECT_NEAR(session->focusPoints[0].y(), 0.25, 1e-9);
+
+    const QPointF from(10, 10), to(80, 10);
+    send(view, QMouseEvent(QEvent::MouseButtonPress, from, from, from, Qt::LeftButton,
+                           Qt::LeftButton, {}));
+    send(view, QMouseEvent(QEvent::MouseMove, to, to, to, Qt::NoButton, Qt::LeftButton, {}));
+    send(view, QMouseEvent(QEvent::MouseButtonRelease, to, to, to, Qt::LeftButton, {}, {}));
+    QTest::mouseClick(&view, Qt::RightButton, {}, QPoint(30, 30));
+    EXPECT_EQ(session->focusPoints.size(), 1u);
+
+    QPointingDevice* screen = QTest::createTouchDevice();
+    QTest::touchEvent(&view, screen).press(0, QPoint(150, 300));
+    QTest::touchEvent(&view, screen).release(0, QPoint(150, 300));
+    QCoreApplication::processEvents();
+    ASSERT_EQ(session->focusPoints.size(), 2u);
+    EXPECT_NEAR(session->focusPoints[1].x(), 0.5, 1e-9);
+    EXPECT_NEAR(session->focusPoints[1].y(), 0.5, 1e-9);
+}
+
+TEST_F(PreviewViewTest, thePointOfInterestUndoesTheFillAndTheTurn) {
+    // A 1920x1080 picture filling a 390x844 view shows its middle 0.26 across, all the way down.
+    CKFPreviewView view;
+    view.resize(390, 844);
+    view.show();
+    auto session = backCamera();
+    view.setSession(session);
+    ASSERT_TRUE(session->session()->isRunning());
+    view.previewLayer()->setVideoGravity(Gravity::resizeAspectFill);
+    view.layoutIfNeeded();
+    const double half = 390.0 / 844 * 1080 / 1920 / 2;
+    auto poi = [&](double x, double y) {
+        return view.previewLayer()->captureDevicePointOfInterestForPoint(QPointF(x, y));
+    };
+    auto expectNear = [](QPointF actual, QPointF expected) {
+        EXPECT_NEAR(actual.x(), expected.x(), 1e-3) << actual.x() << "," << actual.y();
+        EXPECT_NEAR(actual.y(), expected.y(), 1e-3) << actual.x() << "," << actual.y();
+    };
+    expectNear(poi(0, 0), {0.5 - half, 0});
+    expectNear(poi(390, 844), {0.5 + half, 1});
+    expectNear(poi(195, 422), {0.5, 0.5});
+
+    // Turned landscape left, the picture is turned a quarter back, so the view's left edge
+    // shows the picture's top edge, and the view's top the picture's right side.
+    foundation::Device::current().setOrientationForTesting(Orientation::landscapeLeft);
+    view.setAutorotate(true);
+    view.resize(844, 390);
+    view.layoutIfNeeded();
+    ASSERT_EQ(view.previewLayer()->connection()->videoOrientation(),
+              VideoOrientation::landscapeRight);
+    expectNear(poi(0, 0), {0.5 + half, 0});
+    expectNear(poi(0, 390), {0.5 - half, 0});
+    expectNear(poi(844, 0), {0.5 + half, 1});
+    expectNear(poi(844, 390), {0.5 - half, 1});
+}
+
+TEST_F(PreviewViewTest, rebindingStopsTheOldSessionAndStartsTheNewOneOnItsOwnLayer) {
+    CKFPreviewView view;
+    view.resize(320, 180);
+    auto first = backCamera();
+    view.setSession(first);
+    ASSERT_TRUE(first->session()->isRunning());
+    QPointer<av::CaptureVideoPreviewLayer> firstLayer = view.previewLayer();
+    const av::CapturePreviewOutput* firstOutput = firstLayer->output();
+    EXPECT_EQ(first->previewLayer(), firstLayer.data());
+    EXPECT_EQ(first->overlayView(), &view);
+    ASSERT_TRUE(waitForFrames(view, 2));
+
+    auto second = backCamera();
+    view.setSession(second);
+    EXPECT_FALSE(first->session()->isRunning());
+    EXPECT_TRUE(second->session()->isRunning());
+    EXPECT_TRUE(firstLayer.isNull());
+    EXPECT_FALSE(hasOutput(*first, firstOutput));
+    ASSERT_NE(view.previewLayer(), nullptr);
+    EXPECT_EQ(view.previewLayer()->session(), second->session());
+    EXPECT_EQ(second->previewLayer(), view.previewLayer());
+    ASSERT_TRUE(waitForFrames(view, 2));
+
+    // Unbinding stops the session and leaves its layer with the last picture.
+    av::CaptureVideoPreviewLayer* secondLayer = view.previewLayer();
+    view.setSession(nullptr);
+    EXPECT_FALSE(second->session()->isRunning());
+    EXPECT_EQ(view.previewLayer(), secondLayer);
+    EXPECT_EQ(view.session(), nullptr);
+    EXPECT_FALSE(view.grab().toImage().pixelColor(160, 90) == QColor(Qt::black));
+}
+
+TEST_F(PreviewViewTest, theViewMayGoWhileItsSessionRunsOn) {
+    auto session = backCamera();
+    auto view = std::make_unique<CKFPreviewView>();
+    view->setSession(session);
+    ASSERT_TRUE(waitForFrames(*view, 2));
+    QPointer<av::CapturePreviewOutput> output = view->previewLayer()->output();
+    view.reset();
+    // The pipeline hands frames to the output until the session has rebuilt without it.
+    EXPECT_FALSE(output.isNull());
+    EXPECT_FALSE(hasOutput(*session, output));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return output.isNull(); }, 5000));
+    EXPECT_TRUE(session->session()->isRunning());
+}
+
+TEST_F(PreviewViewTest, theGridIsMadeOnceAndFollowsTheView) {
+    CKFPreviewView view;
+    view.resize(300, 600);
+    view.show();
+    view.setShowGrid(true);
+    CKFGridView* grid = view.gridView();
+    ASSERT_NE(grid, nullptr);
+    view.setShowGrid(true);
+    EXPECT_EQ(view.gridView(), grid);
+    EXPECT_EQ(view.findChildren<CKFGridView*>().size(), 1);
+    EXPECT_EQ(grid->geometry(), QRect(0, 0, 300, 600));
+    view.resize(600, 300);
+    EXPECT_EQ(grid->geometry(), QRect(0, 0, 600, 300));
+
+    view.setShowGrid(false);
+    EXPECT_EQ(view.gridView(), nullptr);
+    EXPECT_TRUE(view.findChildren<CKFGridView*>().isEmpty());
+    view.setShowGrid(false);
+    view.setShowGrid(true);
+    EXPECT_EQ(view.findChildren<CKFGridView*>().size(), 1);
+}
+
+TEST_F(PreviewViewTest, autorotateOffHoldsPortraitAndOnFollowsTheDevice) {
+    CKFPreviewView view;
+    view.resize(300, 600);
+    view.show();
+    view.setSession(std::make_shared<ProbeSession>());
+    av::CaptureConnection* connection = view.previewLayer()->connection();
+    ASSERT_NE(connection, nullptr);
+
+    foundation::Device::current().setOrientationForTesting(Orientation::landscapeLeft);
+    view.resize(600, 300);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(connection->videoOrientation(), VideoOrientation::portrait);
+
+    // On: at the next layout, and at each turn of the device after it.
+    view.setAutorotate(true);
+    view.layoutIfNeeded();
+    EXPECT_EQ(connection->videoOrientation(), VideoOrientation::landscapeRight);
+    foundation::Device::current().setOrientationForTesting(Orientation::landscapeRight);
+    view.layoutIfNeeded();
+    EXPECT_EQ(connection->videoOrientation(), VideoOrientation::landscapeLeft);
+    foundation::Device::current().setOrientationForTesting(Orientation::faceUp);
+    view.layoutIfNeeded();
+    EXPECT_EQ(connection->videoOrientation(), VideoOrientation::portrait);
+    foundation::Device::current().setOrientationForTesting(Orientation::portraitUpsideDown);
+    view.layoutIfNeeded();
+    EXPECT_EQ(connection->videoOrientation(), VideoOrientation::portraitUpsideDown);
+
+    // Off puts it back to portrait at once.
+    view.setAutorotate(false);
+    EXPECT_EQ(connection->videoOrientation(), VideoOrientation::portrait);
+}
+
+} // namespace
