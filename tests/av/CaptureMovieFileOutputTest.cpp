@@ -14,9 +14,11 @@
 #include <gst/pbutils/pbutils.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <functional>
+#include <mutex>
 #include <thread>
 
 namespace {
@@ -51,7 +53,17 @@ void spin(int milliseconds) {
 // their streaming threads, timestamped in the pipeline's running time.
 class FakeSession {
 public:
-    FakeSession(av::CaptureOutput* output, int width, int height, bool withAudio) : output(output) {
+    // The time stamps of what the output took in for its latest recording: its first and last
+    // frame written, and the end of the sound handed to it from that first frame on, until a
+    // frame shows that it stopped taking them (so at most a frame's time too late).
+    struct Fed {
+        GstClockTime firstFrame = GST_CLOCK_TIME_NONE;
+        GstClockTime lastFrame = GST_CLOCK_TIME_NONE;
+        GstClockTime soundEnd = GST_CLOCK_TIME_NONE;
+    };
+
+    FakeSession(CaptureMovieFileOutput* output, int width, int height, bool withAudio)
+        : output(output) {
         const QString description =
             QStringLiteral("videotestsrc is-live=true pattern=ball ! "
                            "video/x-raw,format=I420,width=%1,height=%2,framerate=30/1,"
@@ -79,6 +91,11 @@ public:
         output->sessionDidStart(caps(videoSink).get(), audioSink ? caps(audioSink).get() : nullptr);
     }
 
+    Fed fed() const {
+        std::lock_guard lock(fedLock);
+        return m_fed;
+    }
+
     std::atomic<bool> feeding{true};
 
 private:
@@ -98,7 +115,7 @@ private:
             if (!sample)
                 return GST_FLOW_EOS;
             if (link->session->feeding)
-                link->session->output->handleSample(link->type, sample);
+                link->session->feed(link->type, sample);
             gst_sample_unref(sample);
             return GST_FLOW_OK;
         };
@@ -106,12 +123,45 @@ private:
                                    [](gpointer data) { delete static_cast<Link*>(data); });
     }
 
+    // On the type's streaming thread.
+    void feed(MediaType type, GstSample* sample) {
+        GstBuffer* buffer = gst_sample_get_buffer(sample);
+        const GstClockTime pts = GST_BUFFER_PTS(buffer);
+        if (type == MediaType::audio) {
+            output->handleSample(type, sample);
+            const GstClockTime duration = GST_BUFFER_DURATION(buffer);
+            const GstClockTime end = pts + (GST_CLOCK_TIME_IS_VALID(duration) ? duration : 0);
+            std::lock_guard lock(fedLock);
+            if (soundOpen && (!GST_CLOCK_TIME_IS_VALID(m_fed.soundEnd) || end > m_fed.soundEnd))
+                m_fed.soundEnd = end;
+            return;
+        }
+        const qint64 written = output->framesWritten();
+        const qint64 dropped = output->framesDropped();
+        output->handleSample(type, sample);
+        const qint64 writtenNow = output->framesWritten();
+        std::lock_guard lock(fedLock);
+        // Only this thread counts up, and a new recording only resets the counts to 0: a count
+        // of written frames that moved and is not 0 took this frame, and 1 begins a recording.
+        if (writtenNow != written && writtenNow > 0) {
+            if (writtenNow == 1)
+                m_fed = Fed{pts, pts, GST_CLOCK_TIME_NONE};
+            m_fed.lastFrame = pts;
+            soundOpen = true;
+        } else if (writtenNow == written && output->framesDropped() == dropped) {
+            soundOpen = false; // not recording
+        }
+    }
+
     static GstHandle<GstCaps> caps(const GstHandle<GstElement>& sink) {
         GstHandle<GstPad> pad(gst_element_get_static_pad(sink.get(), "sink"), GstRef::adopt);
         return GstHandle<GstCaps>(gst_pad_get_current_caps(pad.get()), GstRef::adopt);
     }
 
-    av::CaptureOutput* output;
+    CaptureMovieFileOutput* output;
+    mutable std::mutex fedLock; // guards the two below
+    Fed m_fed;
+    bool soundOpen = false;
     GstHandle<GstElement> pipeline;
     GstHandle<GstElement> videoSink;
     GstHandle<GstElement> audioSink;
@@ -236,15 +286,24 @@ int decodedFrames(const QString& path) {
     return complete ? frames : -1;
 }
 
-// The movie lasts as long as the frames fed to it: those written, and at most those dropped on
-// top (a loaded machine drops some), give or take a frame and the sound's last blocks (a source
-// block and the encoder's padding to whole AAC blocks).
-void expectDurationOfWhatWasFed(const Movie& movie, const CaptureMovieFileOutput& output,
+// The movie starts at the first frame written and lasts at least to the end of the last one; it
+// ends no later than the sound fed after them, which runs on past the pictures when a loaded
+// machine makes the picture source fall behind real time. Its length comes from the time stamps,
+// not from a count of frames, give or take a frame and the sound's last blocks (a source block
+// and the encoder's padding to whole AAC blocks).
+void expectDurationOfWhatWasFed(const Movie& movie, const FakeSession::Fed& fed,
                                 bool withSound = true) {
+    ASSERT_TRUE(GST_CLOCK_TIME_IS_VALID(fed.firstFrame));
     const double frame = 1 / 30.0;
     const double slack = frame + (withSound ? 3 * 1024 / 48000.0 : 0.001);
-    EXPECT_GE(movie.seconds, output.framesWritten() * frame - slack);
-    EXPECT_LE(movie.seconds, (output.framesWritten() + output.framesDropped()) * frame + slack);
+    const auto since = [&fed](GstClockTime time) {
+        return double(GST_CLOCK_DIFF(fed.firstFrame, time)) / GST_SECOND;
+    };
+    const double pictures = since(fed.lastFrame) + frame;
+    const double sound = GST_CLOCK_TIME_IS_VALID(fed.soundEnd) ? since(fed.soundEnd) : 0.0;
+    EXPECT_EQ(GST_CLOCK_TIME_IS_VALID(fed.soundEnd), withSound);
+    EXPECT_GE(movie.seconds, pictures - slack);
+    EXPECT_LE(movie.seconds, std::max(pictures, sound) + slack);
 }
 
 class CaptureMovieFileOutputTest : public ::testing::Test {
@@ -309,7 +368,7 @@ TEST_F(CaptureMovieFileOutputTest, RecordsAQuickTimeMovieWithH264AndAac) {
     EXPECT_EQ(movie.width, 640);
     EXPECT_EQ(movie.height, 360);
     EXPECT_EQ(movie.audio, "audio/mpeg.4");
-    expectDurationOfWhatWasFed(movie, output);
+    expectDurationOfWhatWasFed(movie, session.fed());
     EXPECT_EQ(decodedFrames(url.toLocalFile()), output.framesWritten());
 }
 
@@ -326,7 +385,8 @@ TEST_F(CaptureMovieFileOutputTest, RecordsFullHdAtItsSize) {
     EXPECT_EQ(movie.width, 1920);
     EXPECT_EQ(movie.height, 1080);
     EXPECT_EQ(movie.audio, "audio/mpeg.4");
-    expectDurationOfWhatWasFed(movie, output);
+    expectDurationOfWhatWasFed(movie, session.fed());
+    EXPECT_EQ(decodedFrames(url.toLocalFile()), output.framesWritten());
 }
 
 TEST_F(CaptureMovieFileOutputTest, IgnoresASecondStartWhileStartingOrRecording) {
@@ -404,7 +464,7 @@ TEST_F(CaptureMovieFileOutputTest, RecordingTwiceToOneUrlLeavesTheNewerClip) {
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 1);
     const Movie movie = discover(url.toLocalFile());
     EXPECT_GT(movie.seconds, firstSeconds + 0.5);
-    expectDurationOfWhatWasFed(movie, output);
+    expectDurationOfWhatWasFed(movie, session.fed());
 }
 
 TEST_F(CaptureMovieFileOutputTest, WritesTheConnectionsOrientationAsRotation) {
@@ -491,7 +551,7 @@ TEST_F(CaptureMovieFileOutputTest, RecordsPicturesOnlyWithoutAMicrophone) {
     const Movie movie = discover(url.toLocalFile());
     EXPECT_EQ(movie.video, "video/x-h264");
     EXPECT_EQ(movie.audioStreams, 0);
-    expectDurationOfWhatWasFed(movie, output, false);
+    expectDurationOfWhatWasFed(movie, session.fed(), false);
 }
 
 TEST_F(CaptureMovieFileOutputTest, SessionWillStopCompletesTheFileBeforeReturning) {
@@ -507,7 +567,7 @@ TEST_F(CaptureMovieFileOutputTest, SessionWillStopCompletesTheFileBeforeReturnin
     EXPECT_FALSE(output.isRecording());
     const Movie movie = discover(url.toLocalFile());
     EXPECT_TRUE(movie.readable);
-    expectDurationOfWhatWasFed(movie, output);
+    expectDurationOfWhatWasFed(movie, session.fed());
     ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }));
     EXPECT_FALSE(delegate.error);
 
