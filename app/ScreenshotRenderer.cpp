@@ -5,6 +5,7 @@
 #include "capture/CKFVideoSession.h"
 #include "platform/av/CapturePreviewOutput.h"
 #include "platform/av/CaptureVideoPreviewLayer.h"
+#include "recording/CameraButton.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -41,6 +42,19 @@ ScreenshotRenderer::Scene grid() {
     return {std::move(backdrop), {}};
 }
 
+// The record button on a dark backdrop, idle or recording once its morph has ended.
+ScreenshotRenderer::Scene recordButton(bool recording) {
+    auto backdrop = std::make_unique<QWidget>();
+    backdrop->setStyleSheet(QStringLiteral("background: #202428;"));
+    backdrop->resize(120, 120);
+    auto* button = new CameraButton(backdrop.get());
+    button->setType(CameraButtonType::video);
+    button->move((120 - CameraButton::side) / 2, (120 - CameraButton::side) / 2);
+    if (recording)
+        button->setSelected(true);
+    return {std::move(backdrop), [button] { return !button->isAnimating(); }};
+}
+
 } // namespace
 
 const std::vector<ScreenshotRenderer::Screen>& ScreenshotRenderer::screens() {
@@ -48,6 +62,8 @@ const std::vector<ScreenshotRenderer::Screen>& ScreenshotRenderer::screens() {
         {QStringLiteral("preview"), [] { return preview(phone); }},
         {QStringLiteral("preview-landscape"), [] { return preview(phone.transposed()); }},
         {QStringLiteral("grid"), grid},
+        {QStringLiteral("record-button"), [] { return recordButton(false); }},
+        {QStringLiteral("record-button-recording"), [] { return recordButton(true); }},
     };
     return registry;
 }
