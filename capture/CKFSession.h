@@ -14,6 +14,7 @@
 #include <optional>
 
 namespace av {
+class CaptureDevice;
 class CaptureDeviceInput;
 class CaptureSession;
 } // namespace av

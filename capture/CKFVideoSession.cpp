@@ -63,34 +63,34 @@ void CKFVideoSession::swapCameraInput() {
     session()->addInput(cameraInput);
 }
 
+void CKFVideoSession::configureCamera(const std::function<void(av::CaptureDevice&)>& change) {
+    av::CaptureDevice* device = cameraInput ? cameraInput->device() : nullptr;
+    if (!device)
+        return;
+    try {
+        device->lockForConfiguration();
+    } catch (const av::Error&) {
+        return;
+    }
+    change(*device);
+    device->unlockForConfiguration();
+}
+
 void CKFVideoSession::setZoom(double value) {
     CKFSession::setZoom(value);
     if (!cameraInput || !cameraInput->device())
         return;
-    av::CaptureDevice* device = cameraInput->device();
-    try {
-        device->lockForConfiguration();
-        device->setVideoZoomFactor(value);
-        device->unlockForConfiguration();
-    } catch (const av::Error&) {
-    }
+    configureCamera([value](av::CaptureDevice& device) { device.setVideoZoomFactor(value); });
     notifyDelegate(value, QStringLiteral("zoom"));
 }
 
 void CKFVideoSession::setFlashMode(FlashMode value) {
     flash = value;
-    if (!cameraInput || !cameraInput->device())
-        return;
-    av::CaptureDevice* device = cameraInput->device();
-    try {
-        device->lockForConfiguration();
-    } catch (const av::Error&) {
-        return;
-    }
-    const auto torch = av::CaptureDevice::TorchMode(int(value));
-    if (device->isTorchModeSupported(torch))
-        device->setTorchMode(torch);
-    device->unlockForConfiguration();
+    configureCamera([value](av::CaptureDevice& device) {
+        const auto torch = av::CaptureDevice::TorchMode(int(value));
+        if (device.isTorchModeSupported(torch))
+            device.setTorchMode(torch);
+    });
 }
 
 void CKFVideoSession::setWidth(qint64 width, qint64 height, qint64 frameRate) {
@@ -103,17 +103,12 @@ void CKFVideoSession::setWidth(qint64 width, qint64 height, qint64 frameRate) {
         deviceInputFormat(*cameraInput, width, height, frameRate);
     if (!format)
         return;
-    av::CaptureDevice* device = cameraInput->device();
-    try {
-        device->lockForConfiguration();
-    } catch (const av::Error&) {
-        return;
-    }
-    device->setActiveFormat(*format);
-    const av::FrameDuration oneFrame{1, qint32(frameRate)};
-    device->setActiveVideoMinFrameDuration(oneFrame);
-    device->setActiveVideoMaxFrameDuration(oneFrame);
-    device->unlockForConfiguration();
+    configureCamera([&](av::CaptureDevice& device) {
+        device.setActiveFormat(*format);
+        const av::FrameDuration oneFrame{1, qint32(frameRate)};
+        device.setActiveVideoMinFrameDuration(oneFrame);
+        device.setActiveVideoMaxFrameDuration(oneFrame);
+    });
 }
 
 QUrl CKFVideoSession::defaultFileURL() {

@@ -52,6 +52,9 @@ public:
 
 private:
     void swapCameraInput();
+    // Changes the camera under its configuration lock; no camera, or a lock that fails (the
+    // camera is gone), changes nothing and says nothing.
+    void configureCamera(const std::function<void(av::CaptureDevice&)>& change);
 
     bool recording = false;
     CameraPosition position = CameraPosition::back;
