@@ -1,25 +1,25 @@
 #include "capture/CKFPreviewView.h"
 
 #include "capture/CKFGridView.h"
-#include "capture/CKFPinchGestureRecognizer.h"
 #include "capture/CKFSession.h"
-#include "capture/CKFTapGestureRecognizer.h"
 #include "platform/av/CaptureSession.h"
 #include "platform/av/CaptureVideoPreviewLayer.h"
 #include "platform/foundation/Device.h"
+#include "platform/ui/PinchGestureRecognizer.h"
+#include "platform/ui/TapGestureRecognizer.h"
 
 #include <QPainter>
 
 #include <algorithm>
 
 CKFPreviewView::CKFPreviewView(QWidget* parent)
-    : QWidget(parent), tapRecognizer(new CKFTapGestureRecognizer(this)),
-      pinchRecognizer(new CKFPinchGestureRecognizer(this)) {
+    : QWidget(parent), tapRecognizer(new ui::TapGestureRecognizer(this)),
+      pinchRecognizer(new ui::PinchGestureRecognizer(this)) {
     // Every pixel is painted, the picture or black around it.
     setAttribute(Qt::WA_OpaquePaintEvent);
-    connect(tapRecognizer, &CKFTapGestureRecognizer::action, this,
+    connect(tapRecognizer, &ui::TapGestureRecognizer::action, this,
             &CKFPreviewView::handleTapWithRecognizer);
-    connect(pinchRecognizer, &CKFPinchGestureRecognizer::action, this,
+    connect(pinchRecognizer, &ui::PinchGestureRecognizer::action, this,
             &CKFPreviewView::handlePinchWithRecognizer);
     // A device turned without the window turning sends no resize, so ask for a layout.
     connect(&foundation::Device::current(), &foundation::Device::orientationDidChange, this,
@@ -86,8 +86,8 @@ void CKFPreviewView::setAutorotate(bool value) {
     }
 }
 
-void CKFPreviewView::handlePinchWithRecognizer(CKFPinchGestureRecognizer* recognizer) {
-    using State = CKFPinchGestureRecognizer::State;
+void CKFPreviewView::handlePinchWithRecognizer(ui::PinchGestureRecognizer* recognizer) {
+    using State = ui::PinchGestureRecognizer::State;
     if (recognizer->state() == State::began)
         recognizer->setScale(pinchEndScale);
     // The view's own range, whatever the camera could do.
@@ -98,7 +98,7 @@ void CKFPreviewView::handlePinchWithRecognizer(CKFPinchGestureRecognizer* recogn
         pinchEndScale = scale;
 }
 
-void CKFPreviewView::handleTapWithRecognizer(CKFTapGestureRecognizer* recognizer) {
+void CKFPreviewView::handleTapWithRecognizer(ui::TapGestureRecognizer* recognizer) {
     if (!layer)
         return;
     const QPointF point = layer->captureDevicePointOfInterestForPoint(recognizer->locationInView() -

@@ -8,10 +8,13 @@ namespace av {
 class CaptureVideoPreviewLayer;
 } // namespace av
 
+namespace ui {
+class PinchGestureRecognizer;
+class TapGestureRecognizer;
+} // namespace ui
+
 class CKFGridView;
-class CKFPinchGestureRecognizer;
 class CKFSession;
-class CKFTapGestureRecognizer;
 
 // The live picture of a session. Binding a session gives it a new preview layer and starts it
 // (stopping the one bound before); a pinch sets the session's zoom between 1 and 10, continuing
@@ -49,11 +52,11 @@ public:
     // The zoom at which the last pinch ended.
     double lastScale() const { return pinchEndScale; }
 
-    CKFTapGestureRecognizer* tapGestureRecognizer() const { return tapRecognizer; }
-    CKFPinchGestureRecognizer* pinchGestureRecognizer() const { return pinchRecognizer; }
+    ui::TapGestureRecognizer* tapGestureRecognizer() const { return tapRecognizer; }
+    ui::PinchGestureRecognizer* pinchGestureRecognizer() const { return pinchRecognizer; }
 
-    void handleTapWithRecognizer(CKFTapGestureRecognizer* recognizer);
-    void handlePinchWithRecognizer(CKFPinchGestureRecognizer* recognizer);
+    void handleTapWithRecognizer(ui::TapGestureRecognizer* recognizer);
+    void handlePinchWithRecognizer(ui::PinchGestureRecognizer* recognizer);
 
     // Layout runs on resizing, and once soon after a change asks for it.
     void setNeedsLayout();
@@ -73,6 +76,6 @@ private:
     bool gridShown = false;
     bool rotates = false;
     bool layoutPending = false;
-    CKFTapGestureRecognizer* tapRecognizer;
-    CKFPinchGestureRecognizer* pinchRecognizer;
+    ui::TapGestureRecognizer* tapRecognizer;
+    ui::PinchGestureRecognizer* pinchRecognizer;
 };

@@ -1,12 +1,12 @@
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFGridView.h"
-#include "capture/CKFPinchGestureRecognizer.h"
 #include "capture/CKFVideoSession.h"
 #include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/CapturePreviewOutput.h"
 #include "platform/av/CaptureSession.h"
 #include "platform/av/CaptureVideoPreviewLayer.h"
 #include "platform/foundation/Device.h"
+#include "platform/ui/PinchGestureRecognizer.h"
 
 #include <QNativeGestureEvent>
 #include <QPointer>
@@ -133,7 +133,7 @@ TEST_F(PreviewViewTest, aCancelledPinchZoomsButDoesNotMoveLastScale) {
     EXPECT_DOUBLE_EQ(session->zoom(), 6.0);
     // Going out of sight cancels what is under way.
     view.hide();
-    EXPECT_EQ(view.pinchGestureRecognizer()->state(), CKFPinchGestureRecognizer::State::cancelled);
+    EXPECT_EQ(view.pinchGestureRecognizer()->state(), ui::PinchGestureRecognizer::State::cancelled);
     EXPECT_DOUBLE_EQ(view.lastScale(), 2.0);
     EXPECT_DOUBLE_EQ(session->zoom(), 6.0);
 

@@ -1,4 +1,4 @@
-#include "capture/CKFPinchGestureRecognizer.h"
+#include "platform/ui/PinchGestureRecognizer.h"
 
 #include <QGestureEvent>
 #include <QNativeGestureEvent>
@@ -8,22 +8,24 @@
 
 #include <cmath>
 
-CKFPinchGestureRecognizer::CKFPinchGestureRecognizer(QWidget* view) : QObject(view) {
+namespace ui {
+
+PinchGestureRecognizer::PinchGestureRecognizer(QWidget* view) : QObject(view) {
     view->setAttribute(Qt::WA_AcceptTouchEvents);
     view->grabGesture(Qt::PinchGesture);
     view->installEventFilter(this);
 }
 
-QWidget* CKFPinchGestureRecognizer::view() const {
+QWidget* PinchGestureRecognizer::view() const {
     return static_cast<QWidget*>(parent());
 }
 
-void CKFPinchGestureRecognizer::enter(State state) {
+void PinchGestureRecognizer::enter(State state) {
     currentState = state;
     emit action(this);
 }
 
-void CKFPinchGestureRecognizer::scaleBy(double factor) {
+void PinchGestureRecognizer::scaleBy(double factor) {
     if (!std::isfinite(factor) || factor <= 0)
         return;
     if (!active()) {
@@ -34,17 +36,17 @@ void CKFPinchGestureRecognizer::scaleBy(double factor) {
     enter(State::changed);
 }
 
-void CKFPinchGestureRecognizer::end() {
+void PinchGestureRecognizer::end() {
     if (active())
         enter(State::ended);
 }
 
-void CKFPinchGestureRecognizer::cancel() {
+void PinchGestureRecognizer::cancel() {
     if (active())
         enter(State::cancelled);
 }
 
-bool CKFPinchGestureRecognizer::eventFilter(QObject* watched, QEvent* event) {
+bool PinchGestureRecognizer::eventFilter(QObject* watched, QEvent* event) {
     if (watched != parent())
         return false;
     switch (event->type()) {
@@ -104,3 +106,5 @@ bool CKFPinchGestureRecognizer::eventFilter(QObject* watched, QEvent* event) {
         return false;
     }
 }
+
+} // namespace ui

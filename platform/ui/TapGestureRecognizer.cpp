@@ -1,29 +1,31 @@
-#include "capture/CKFTapGestureRecognizer.h"
+#include "platform/ui/TapGestureRecognizer.h"
 
 #include <QApplication>
 #include <QMouseEvent>
 #include <QTouchEvent>
 #include <QWidget>
 
-CKFTapGestureRecognizer::CKFTapGestureRecognizer(QWidget* view) : QObject(view) {
+namespace ui {
+
+TapGestureRecognizer::TapGestureRecognizer(QWidget* view) : QObject(view) {
     view->setAttribute(Qt::WA_AcceptTouchEvents);
     view->installEventFilter(this);
 }
 
-QWidget* CKFTapGestureRecognizer::view() const {
+QWidget* TapGestureRecognizer::view() const {
     return static_cast<QWidget*>(parent());
 }
 
-void CKFTapGestureRecognizer::press(const QPointF& point) {
+void TapGestureRecognizer::press(const QPointF& point) {
     pressedAt = point;
 }
 
-void CKFTapGestureRecognizer::move(const QPointF& point) {
+void TapGestureRecognizer::move(const QPointF& point) {
     if (pressedAt && (point - *pressedAt).manhattanLength() >= QApplication::startDragDistance())
         pressedAt.reset();
 }
 
-void CKFTapGestureRecognizer::release(const QPointF& point) {
+void TapGestureRecognizer::release(const QPointF& point) {
     move(point);
     if (!pressedAt)
         return;
@@ -32,7 +34,7 @@ void CKFTapGestureRecognizer::release(const QPointF& point) {
     emit action(this);
 }
 
-bool CKFTapGestureRecognizer::eventFilter(QObject* watched, QEvent* event) {
+bool TapGestureRecognizer::eventFilter(QObject* watched, QEvent* event) {
     if (watched != parent())
         return false;
     switch (event->type()) {
@@ -80,3 +82,5 @@ bool CKFTapGestureRecognizer::eventFilter(QObject* watched, QEvent* event) {
         return false;
     }
 }
+
+} // namespace ui

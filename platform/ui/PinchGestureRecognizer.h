@@ -4,12 +4,14 @@
 
 class QWidget;
 
+namespace ui {
+
 // One pinch, whatever makes it: two fingers on a touch screen, a touchpad pinch, or Ctrl with
 // the mouse wheel (each notch a short pinch of its own). The action is sent at every state:
 // began (scale 1), changed, then ended or cancelled. Each step multiplies the scale as it is
 // then, so an action that writes the scale at began makes the gesture continue from there.
 // Hiding the view cancels a pinch under way.
-class CKFPinchGestureRecognizer : public QObject {
+class PinchGestureRecognizer : public QObject {
     Q_OBJECT
 
 public:
@@ -20,7 +22,7 @@ public:
     static constexpr double wheelNotchFactor = 1.0905077326652577;
 
     // Watches the view's events; the view is the parent.
-    explicit CKFPinchGestureRecognizer(QWidget* view);
+    explicit PinchGestureRecognizer(QWidget* view);
 
     QWidget* view() const;
     State state() const { return currentState; }
@@ -34,7 +36,7 @@ public:
     void cancel();
 
 signals:
-    void action(CKFPinchGestureRecognizer* recognizer);
+    void action(PinchGestureRecognizer* recognizer);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -46,3 +48,5 @@ private:
     State currentState = State::possible;
     double currentScale = 1.0;
 };
+
+} // namespace ui
