@@ -6,6 +6,14 @@
 
 namespace av {
 
+AuthorizationStatus CaptureDevice::authorizationStatus(MediaType) {
+    return AuthorizationStatus::authorized;
+}
+
+void CaptureDevice::requestAccess(MediaType type, std::function<void(bool granted)> handler) {
+    handler(authorizationStatus(type) == AuthorizationStatus::authorized);
+}
+
 CaptureDevice::CaptureDevice(QString uniqueID, QString localizedName, MediaType mediaType,
                              DevicePosition position, QObject* parent)
     : QObject(parent), id(std::move(uniqueID)), name(std::move(localizedName)), media(mediaType),

@@ -7,9 +7,14 @@
 #include <QObject>
 #include <QPointF>
 
+#include <functional>
+
 #include <gst/gst.h>
 
 namespace av {
+
+// The platform's raw values.
+enum class AuthorizationStatus { notDetermined = 0, restricted = 1, denied = 2, authorized = 3 };
 
 // A camera or microphone. Devices live for the whole process: discovery hands out the same
 // object for the same device every time, so its settings stay with it. Settings are changed
@@ -20,6 +25,13 @@ class CaptureDevice : public QObject {
 
 public:
     enum class TorchMode { off = 0, on = 1, automatic = 2 };
+
+    // Whether the app may use devices of this kind. Inside a sandbox the desktop portal decides
+    // and the answer is not known until asked; otherwise access is granted unless the camera's
+    // device node refuses this user.
+    static AuthorizationStatus authorizationStatus(MediaType type);
+    // Asks once where the answer is not known yet; the handler may run on any thread.
+    static void requestAccess(MediaType type, std::function<void(bool granted)> handler);
 
     CaptureDevice(QString uniqueID, QString localizedName, MediaType mediaType,
                   DevicePosition position, QObject* parent = nullptr);
