@@ -1,6 +1,9 @@
 #include "app/CommandLine.h"
 
 #include <QCoreApplication>
+#include <QLocale>
+
+#include <cmath>
 
 CommandLine::CommandLine()
     : cameraOption(QStringList{QStringLiteral("camera")},
@@ -13,7 +16,30 @@ CommandLine::CommandLine()
                            "CommandLine", "Draw the screen NAME without a display, write it to "
                                           "FILE.png and leave. The virtual camera is used unless "
                                           "--camera says otherwise."),
-                       QStringLiteral("NAME")) {
+                       QStringLiteral("NAME")),
+      durationOption(QStringList{QStringLiteral("duration")},
+                     QCoreApplication::translate("CommandLine",
+                                                 "record: the ramp's length, 1 to 15 whole seconds "
+                                                 "(default 5)."),
+                     QStringLiteral("S")),
+      zoomOption(QStringList{QStringLiteral("zoom")},
+                 QCoreApplication::translate("CommandLine",
+                                             "record: the slider's zoom, above 1 (default 3)."),
+                 QStringLiteral("Z")),
+      zoomInOption(QStringList{QStringLiteral("zoom-in")},
+                   QCoreApplication::translate("CommandLine",
+                                               "record: ramp from 1.0 up to the zoom, for "
+                                               "walking away (default: down to 1.0).")),
+      formatOption(
+          QStringList{QStringLiteral("format")},
+          QCoreApplication::translate("CommandLine", "record: hd (1920×1080 at 30), hd60 or 4k."),
+          QStringLiteral("FORMAT")),
+      outputOption(QStringList{QStringLiteral("output")},
+                   QCoreApplication::translate("CommandLine",
+                                               "record: the clip's file (default: a new "
+                                               "\"Tessaro Demo\" file in the documents "
+                                               "folder). An existing file is never replaced."),
+                   QStringLiteral("FILE")) {
     parser.setApplicationDescription(QCoreApplication::translate(
         "CommandLine", "Tessaro: a dolly-zoom video camera. Frame a subject, set the zoom, press "
                        "record and walk."));
@@ -21,6 +47,17 @@ CommandLine::CommandLine()
     parser.addVersionOption();
     parser.addOption(cameraOption);
     parser.addOption(screenshotOption);
+    parser.addOption(durationOption);
+    parser.addOption(zoomOption);
+    parser.addOption(zoomInOption);
+    parser.addOption(formatOption);
+    parser.addOption(outputOption);
+    parser.addPositionalArgument(
+        QStringLiteral("record"),
+        QCoreApplication::translate("CommandLine",
+                                    "Record one clip without a display, with the options "
+                                    "marked record:, and print where it is."),
+        QStringLiteral("[record]"));
     parser.addPositionalArgument(
         QStringLiteral("file"),
         QCoreApplication::translate("CommandLine", "With --screenshot: the PNG file to write."),
@@ -53,6 +90,84 @@ bool CommandLine::asksForScreenshot(int argc, char** argv) {
             return false;
         if (argument == "--screenshot" || argument.startsWith("--screenshot="))
             return true;
+    }
+    return false;
+}
+
+bool CommandLine::asksForRecording() const {
+    const QStringList positional = parser.positionalArguments();
+    return !positional.isEmpty() && positional.first() == QLatin1String("record");
+}
+
+std::optional<double> CommandLine::parseNumber(const QString& text) {
+    QString plain = text.trimmed();
+    if (plain.count(QLatin1Char(',')) == 1 && !plain.contains(QLatin1Char('.')))
+        plain.replace(QLatin1Char(','), QLatin1Char('.'));
+    bool ok = false;
+    const double value = QLocale::c().toDouble(plain, &ok);
+    if (!ok || !std::isfinite(value))
+        return std::nullopt;
+    return value;
+}
+
+std::optional<RecordDemo::Options> CommandLine::recordOptions(QString* problem) const {
+    RecordDemo::Options options;
+    const auto fail = [problem](const QString& message) {
+        if (problem)
+            *problem = message;
+        return std::nullopt;
+    };
+    if (parser.isSet(durationOption)) {
+        const std::optional<double> seconds = parseNumber(parser.value(durationOption));
+        if (!seconds || *seconds < 1 || *seconds > 15 || *seconds != std::trunc(*seconds))
+            return fail(QCoreApplication::translate(
+                            "CommandLine",
+                            "--duration takes a whole number of seconds from 1 to 15, not "
+                            "\"%1\".")
+                            .arg(parser.value(durationOption)));
+        options.duration = int(*seconds);
+    }
+    if (parser.isSet(zoomOption)) {
+        const std::optional<double> zoom = parseNumber(parser.value(zoomOption));
+        if (!zoom || *zoom <= 1.0 || *zoom > 10.0)
+            return fail(QCoreApplication::translate(
+                            "CommandLine",
+                            "--zoom takes a zoom above 1 and at most 10, such as 2.5, not "
+                            "\"%1\".")
+                            .arg(parser.value(zoomOption)));
+        options.zoom = *zoom;
+    }
+    options.zoomIn = parser.isSet(zoomInOption);
+    if (parser.isSet(formatOption)) {
+        const QString format = parser.value(formatOption).toLower();
+        const QStringList formats{QStringLiteral("hd"), QStringLiteral("hd60"),
+                                  QStringLiteral("4k")};
+        if (!formats.contains(format))
+            return fail(QCoreApplication::translate("CommandLine",
+                                                    "--format takes hd, hd60 or 4k, not \"%1\".")
+                            .arg(parser.value(formatOption)));
+        options.videoMode = int(formats.indexOf(format));
+    }
+    options.output = parser.value(outputOption);
+    const QStringList positional = parser.positionalArguments();
+    if (positional.size() > 1)
+        return fail(
+            QCoreApplication::translate("CommandLine", "record takes options only, not \"%1\".")
+                .arg(positional.at(1)));
+    return options;
+}
+
+bool CommandLine::asksForRecording(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray argument(argv[i]);
+        if (argument == "--")
+            return false;
+        if (!argument.startsWith('-'))
+            return argument == "record";
+        // Options that take a value hide the next argument.
+        if (argument == "--camera" || argument == "--screenshot" || argument == "--duration" ||
+            argument == "--zoom" || argument == "--format" || argument == "--output")
+            ++i;
     }
     return false;
 }

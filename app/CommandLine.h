@@ -3,6 +3,8 @@
 #include <QCommandLineParser>
 #include <QVariantMap>
 
+#include "app/RecordDemo.h"
+
 #include <optional>
 
 class QCoreApplication;
@@ -24,13 +26,27 @@ public:
 
     QVariantMap launchOptions() const;
     std::optional<Screenshot> screenshot() const;
+    // Whether the first argument is the command "record".
+    bool asksForRecording() const;
+    // The demo's options; nullopt with a message for the user when one is out of range.
+    std::optional<RecordDemo::Options> recordOptions(QString* problem) const;
+
+    // Reads "2.5" and "2,5" alike, whatever the locale.
+    static std::optional<double> parseNumber(const QString& text);
 
     // Whether the arguments ask for a screenshot, which runs without a display; answered before
     // the application (and its display) is set up.
     static bool asksForScreenshot(int argc, char** argv);
+    // The same for the headless recording, which runs offscreen even on a desktop.
+    static bool asksForRecording(int argc, char** argv);
 
 private:
     QCommandLineParser parser;
     QCommandLineOption cameraOption;
     QCommandLineOption screenshotOption;
+    QCommandLineOption durationOption;
+    QCommandLineOption zoomOption;
+    QCommandLineOption zoomInOption;
+    QCommandLineOption formatOption;
+    QCommandLineOption outputOption;
 };

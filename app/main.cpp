@@ -1,5 +1,7 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "app/MainStoryboard.h"
+#include "app/RecordDemo.h"
 #include "app/ScreenshotRenderer.h"
 
 #include "platform/av/CaptureDeviceDiscoverySession.h"
@@ -13,7 +15,7 @@
 
 int main(int argc, char** argv) {
     // Screenshots are drawn offscreen even on a desktop, so they look the same everywhere.
-    if (CommandLine::asksForScreenshot(argc, argv))
+    if (CommandLine::asksForScreenshot(argc, argv) || CommandLine::asksForRecording(argc, argv))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     ui::Application application(argc, argv);
     application.setApplicationVersion(foundation::Bundle::main()
@@ -24,6 +26,18 @@ int main(int argc, char** argv) {
     CommandLine commandLine;
     commandLine.process(application);
     const QString camera = commandLine.launchOptions().value(QStringLiteral("camera")).toString();
+    MainStoryboard::registerScenes();
+
+    if (commandLine.asksForRecording()) {
+        QString problem;
+        const std::optional<RecordDemo::Options> options = commandLine.recordOptions(&problem);
+        if (!options) {
+            QTextStream(stderr) << problem << Qt::endl;
+            return 2;
+        }
+        av::CaptureDeviceDiscoverySession::setCameraSelection(camera);
+        return RecordDemo::run(*options);
+    }
 
     if (const std::optional<CommandLine::Screenshot> screenshot = commandLine.screenshot()) {
         av::CaptureDeviceDiscoverySession::setCameraSelection(

@@ -58,6 +58,7 @@ public:
     static constexpr double rampInterval = 0.01;
     // The crop never gets narrower than this many pixels, so the highest zoom stays watchable.
     static constexpr int narrowestSharpCrop = 480;
+    static constexpr double maximumZoom = 10.0;
 
     explicit CameraViewController(QObject* parent = nullptr);
     ~CameraViewController() override;
@@ -80,6 +81,8 @@ public:
     QPointer<ui::Slider> zoomSlider;
     // What is wrong with the camera, over the picture; hidden while all is well.
     QPointer<ui::Label> cameraStatusLabel;
+    // The slider's zoom, beside it.
+    QPointer<ui::Label> zoomValueLabel;
     float zoomFactor = 1.5f;
 
     // Actions.
@@ -93,7 +96,7 @@ public:
     // Opens the duration picker over this screen.
     void durationHandler(ui::Control* sender);
 
-    void updateDurationTitle();
+    Q_INVOKABLE void updateDurationTitle();
     void applySliderZoom();
     void updateZoomModeButton();
     void updateInfoLabels();
@@ -114,7 +117,12 @@ public:
     void didChangeValue(CKFSession* session, const QVariant& value, const QString& key) override;
     bool prefersStatusBarHidden() const override { return true; }
 
+signals:
+    // The clip is complete on disk; sent before the preview screen is presented.
+    void clipFinished(const QUrl& url);
+
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void loadView() override;
     void viewDidLoad() override;
     void viewWillAppear(bool animated) override;
@@ -124,7 +132,9 @@ protected:
 private:
     void showCameraStatus(const QString& message);
     // Keeps the slider within what the camera's current format can zoom sharply.
-    void updateZoomRange();
+    void updateZoomRange(int formatWidth);
+    void updateZoomValueLabel();
+    void layoutControls();
 
     std::shared_ptr<RampState> ramp;
 };

@@ -130,6 +130,8 @@ void CaptureMovieFileOutput::startRecordingToOutputFileURL(const QUrl& fileURL,
     auto next = std::make_shared<Clip>(Clip{fileURL, delegate});
     written = 0;
     dropped = 0;
+    firstPts = GST_CLOCK_TIME_NONE;
+    lastPts = GST_CLOCK_TIME_NONE;
     try {
         if (!sessionVideoCaps)
             throw Error(Error::Code::sessionNotRunning,
@@ -290,7 +292,9 @@ void CaptureMovieFileOutput::handleSample(MediaType type, GstSample* sample) {
         return;
     }
     ++written;
+    lastPts = GST_BUFFER_PTS(buffer);
     if (!feedStarted) {
+        firstPts = GST_BUFFER_PTS(buffer);
         feedStarted = true;
         // Posted under the lock, so it is queued before any did-finish of the same clip.
         QMetaObject::invokeMethod(

@@ -57,6 +57,10 @@ public:
     // because the encoder had fallen a second behind.
     qint64 framesWritten() const { return written.load(); }
     qint64 framesDropped() const { return dropped.load(); }
+    // The session timestamps of the first and last frame in the current or last recording
+    // (GST_CLOCK_TIME_NONE before the first), to match frames against what the session did.
+    GstClockTime firstFrameTime() const { return firstPts.load(); }
+    GstClockTime lastFrameTime() const { return lastPts.load(); }
     // The H.264 encoder of the current or last recording ("x264enc", "vah264enc" ...).
     QString encoderName() const { return encoder; }
 
@@ -102,6 +106,8 @@ private:
 
     std::atomic<qint64> written{0};
     std::atomic<qint64> dropped{0};
+    std::atomic<GstClockTime> firstPts{GST_CLOCK_TIME_NONE};
+    std::atomic<GstClockTime> lastPts{GST_CLOCK_TIME_NONE};
 };
 
 } // namespace av

@@ -35,10 +35,10 @@ public:
     int run(std::unique_ptr<ApplicationDelegate> delegate, const QVariantMap& launchOptions = {});
 
     quint64 supportedInterfaceOrientations(Window* window);
-
-private:
+    // From here on Ctrl-C and SIGTERM close every window and quit; run() does this itself.
     void watchTerminationSignals();
 
+private:
     bool headless;
     std::unique_ptr<ApplicationDelegate> appDelegate;
     QSocketNotifier* signalNotifier = nullptr;

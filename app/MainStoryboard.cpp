@@ -1,0 +1,10 @@
+#include "app/MainStoryboard.h"
+
+#include "platform/ui/Storyboard.h"
+#include "recording/CameraViewController.h"
+
+void MainStoryboard::registerScenes() {
+    const QString main = QStringLiteral("Main");
+    ui::Storyboard::registerFactory(main, QStringLiteral("CameraViewController"),
+                                    [] { return new CameraViewController; });
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QString>
+
+// Records one dolly-zoom clip without a display: the real recording screen runs offscreen, the
+// slider is set and the record button pressed through its control events, and the clip is
+// summarised when the ramp has ended and the file is complete. A contact sheet of five frames
+// is written beside the clip.
+//
+// The run keeps to a private settings and documents folder, so the user's settings and last
+// clip stay as they were; only the finished clip and its sheet land where asked.
+class RecordDemo {
+public:
+    struct Options {
+        int duration = 5;
+        double zoom = 3.0;
+        bool zoomIn = false;
+        // The row of the screen's format table: 0 HD, 1 HD60, 2 4K.
+        int videoMode = 0;
+        // Empty: a new "Tessaro Demo" file in the documents folder.
+        QString output;
+    };
+
+    // Returns the process's exit code: 0 with a clip, 1 when recording failed, 2 for bad options
+    // (nothing recorded), 130 when interrupted (the clip so far is kept).
+    static int run(const Options& options);
+
+    // "Tessaro Demo.mov", else "Tessaro Demo 2.mov" and so on: never an existing file.
+    static QString unusedFileName(const QString& folder);
+    // "clip.mov" → "clip contact sheet.png", in the same folder.
+    static QString contactSheetPath(const QString& clipPath);
+};

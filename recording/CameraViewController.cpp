@@ -1,0 +1,630 @@
+#include "recording/CameraViewController.h"
+
+#include "capture/CKFGridView.h"
+#include "capture/CKFPreviewView.h"
+#include "capture/CKFVideoSession.h"
+#include "platform/av/CaptureDevice.h"
+#include "platform/av/CaptureVideoPreviewLayer.h"
+#include "platform/foundation/Bundle.h"
+#include "platform/foundation/Device.h"
+#include "platform/foundation/Preferences.h"
+#include "platform/foundation/Strings.h"
+#include "platform/ui/Button.h"
+#include "platform/ui/Label.h"
+#include "platform/ui/Slider.h"
+#include "platform/ui/Storyboard.h"
+#include "platform/ui/View.h"
+#include "platform/ui/ViewAnimation.h"
+#include "recording/CameraButton.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QPainter>
+#include <QTimer>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+const QString zoomModeKey = QStringLiteral("zoomMode");
+const QString zoomDurationKey = QStringLiteral("zoomDuration");
+const QString videoModeKey = QStringLiteral("videoMode");
+
+constexpr double fadeDuration = 0.15;
+constexpr int topRowHeight = 56;
+constexpr int topButtonSide = 44;
+constexpr int columnWidth = 440;
+constexpr int margin = 16;
+
+foundation::Preferences& defaults() {
+    return foundation::Preferences::standard();
+}
+
+// The whole seconds of a duration; a value no integer holds is a programming error.
+qint64 wholeSeconds(float seconds, const char* where) {
+    if (!std::isfinite(seconds) || seconds >= 9.2233720368547758e18f ||
+        seconds < -9.2233720368547758e18f)
+        qFatal("CameraViewController::%s: \"zoomDuration\" %g is not a number of seconds", where,
+               double(seconds));
+    return qint64(seconds);
+}
+
+const CameraViewController::VideoFormat& videoFormat(qint64 mode) {
+    if (mode < 0 || mode > 2)
+        qFatal("CameraViewController: \"videoMode\" %lld has no format", mode);
+    return CameraViewController::videoFormats[mode];
+}
+
+template <class T> T* required(const QPointer<T>& outlet, const char* name) {
+    if (!outlet)
+        qFatal("CameraViewController: the outlet %s is missing", name);
+    return outlet.data();
+}
+
+ui::Button* topButton(QWidget* parent, const char* name) {
+    auto* button = new ui::Button(parent);
+    button->setObjectName(QLatin1String(name));
+    button->setImageSize(QSize(26, 26));
+    button->setTitleColor(Qt::white);
+    QFont font = button->font();
+    font.setPixelSize(15);
+    font.setBold(true);
+    button->setFont(font);
+    button->resize(topButtonSide, topButtonSide);
+    return button;
+}
+
+// White text over the picture; the scrims behind keep it legible on a bright scene.
+ui::Label* overlayLabel(QWidget* parent, int pixelSize, bool bold) {
+    auto* label = new ui::Label(parent);
+    label->setTextColor(Qt::white);
+    label->setAlignment(Qt::AlignCenter);
+    label->setNumberOfLines(2);
+    label->setWordWrap(true);
+    QFont font = label->font();
+    font.setPixelSize(pixelSize);
+    font.setBold(bold);
+    label->setFont(font);
+    return label;
+}
+
+// The dark bands behind the top row and the bottom controls, so they read on a bright scene.
+class ScrimView : public QWidget {
+public:
+    using QWidget::QWidget;
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        const bool top = property("top").toBool();
+        QLinearGradient gradient(0, 0, 0, height());
+        gradient.setColorAt(top ? 0.0 : 1.0, QColor(0, 0, 0, 150));
+        gradient.setColorAt(top ? 1.0 : 0.0, QColor(0, 0, 0, 0));
+        painter.fillRect(rect(), gradient);
+    }
+};
+
+} // namespace
+
+CameraViewController::CameraViewController(QObject* parent) : ui::ViewController(parent) {}
+
+CameraViewController::~CameraViewController() = default;
+
+CKFVideoSession* CameraViewController::videoSession() const {
+    if (!previewView)
+        return nullptr;
+    return qobject_cast<CKFVideoSession*>(previewView->session().get());
+}
+
+void CameraViewController::loadView() {
+    auto* root = new QWidget;
+    root->setObjectName(QStringLiteral("CameraView"));
+    root->setAutoFillBackground(true);
+    QPalette palette = root->palette();
+    palette.setColor(QPalette::Window, Qt::black);
+    root->setPalette(palette);
+    root->installEventFilter(this);
+
+    previewView = new CKFPreviewView(root);
+
+    auto* topScrim = new ScrimView(root);
+    topScrim->setObjectName(QStringLiteral("topScrim"));
+    topScrim->setProperty("top", true);
+    topScrim->setAttribute(Qt::WA_TransparentForMouseEvents);
+    auto* bottomScrim = new ScrimView(root);
+    bottomScrim->setObjectName(QStringLiteral("bottomScrim"));
+    bottomScrim->setAttribute(Qt::WA_TransparentForMouseEvents);
+
+    changeCamButton = topButton(root, "changeCamButton");
+    zoomInButton = topButton(root, "zoomInButton");
+    durationButton = topButton(root, "durationButton");
+    gridButton = topButton(root, "gridButton");
+    flashButton = topButton(root, "flashButton");
+    hdButton = topButton(root, "hdButton");
+    hdButton->setTitle(QString::fromLatin1(videoFormats[0].title));
+    durationButton->setTitle(QStringLiteral("5s"));
+    gridButton->setImage(foundation::Bundle::main().image(QStringLiteral("Grid")));
+    flashButton->setImage(foundation::Bundle::main().image(QStringLiteral("FlashA")));
+    changeCamButton->setImage(foundation::Bundle::main().image(QStringLiteral("SwitchCamera")));
+
+    zoomInfoLabel = overlayLabel(root, 13, false);
+    zoomInfoLabel->setObjectName(QStringLiteral("zoomInfoLabel"));
+    cameraInfoLabel = overlayLabel(root, 15, true);
+    cameraInfoLabel->setObjectName(QStringLiteral("cameraInfoLabel"));
+
+    zoomSlider = new ui::Slider(root);
+    zoomSlider->setObjectName(QStringLiteral("zoomSlider"));
+    zoomSlider->setMinimumValue(1.0f);
+    zoomSlider->setMaximumValue(4.0f);
+    zoomSlider->setValue(2.0f);
+    zoomSlider->setMinimumTrackTintColor(QColor(255, 204, 0));
+    zoomSlider->setMaximumTrackTintColor(QColor(255, 255, 255, 110));
+
+    zoomValueLabel = overlayLabel(root, 13, true);
+    zoomValueLabel->setObjectName(QStringLiteral("zoomValueLabel"));
+    zoomValueLabel->setTextColor(QColor(255, 204, 0));
+
+    cameraButton = new CameraButton(root);
+    cameraButton->setObjectName(QStringLiteral("cameraButton"));
+
+    recordingTimerView = new ui::View(root);
+    recordingTimerView->setObjectName(QStringLiteral("recordingTimerView"));
+    recordingTimerView->setBackgroundColor(QColor(0, 0, 0, 140));
+    recordingTimerView->resize(76, 32);
+    recordingeCircle = new ui::View(recordingTimerView);
+    recordingeCircle->setObjectName(QStringLiteral("recordingeCircle"));
+    recordingeCircle->setBackgroundColor(QColor(255, 59, 48));
+    recordingeCircle->setGeometry(14, 11, 10, 10);
+    recordingTimeLabel = new ui::Label(recordingTimerView);
+    recordingTimeLabel->setObjectName(QStringLiteral("recordingTimeLabel"));
+    recordingTimeLabel->setTextColor(Qt::white);
+    QFont timeFont = recordingTimeLabel->font();
+    timeFont.setPixelSize(17);
+    timeFont.setBold(true);
+    recordingTimeLabel->setFont(timeFont);
+    recordingTimeLabel->setGeometry(30, 0, 40, 32);
+    ui::ViewAnimation::setAlpha(recordingTimerView, 0.0);
+
+    cameraStatusLabel = new ui::Label(root);
+    cameraStatusLabel->setObjectName(QStringLiteral("cameraStatusLabel"));
+    cameraStatusLabel->setTextColor(Qt::white);
+    cameraStatusLabel->setAlignment(Qt::AlignCenter);
+    cameraStatusLabel->setNumberOfLines(0);
+    cameraStatusLabel->setWordWrap(true);
+    cameraStatusLabel->setMargin(14);
+    cameraStatusLabel->setStyleSheet(
+        QStringLiteral("background: rgba(0, 0, 0, 170); border-radius: 10px;"));
+    cameraStatusLabel->hide();
+
+    topViews = std::vector<QPointer<QWidget>>{
+        QPointer<QWidget>(changeCamButton), QPointer<QWidget>(zoomInButton),
+        QPointer<QWidget>(durationButton),  QPointer<QWidget>(gridButton),
+        QPointer<QWidget>(flashButton),     QPointer<QWidget>(hdButton),
+        QPointer<QWidget>(zoomInfoLabel),   QPointer<QWidget>(cameraInfoLabel)};
+
+    zoomInButton->addTarget(
+        this, [this](ui::Control* sender) { zoomIn(sender); }, ui::Control::touchUpInside);
+    gridButton->addTarget(
+        this, [this](ui::Control* sender) { gridHandler(sender); }, ui::Control::touchUpInside);
+    changeCamButton->addTarget(
+        this, [this](ui::Control* sender) { changeCamHandler(sender); },
+        ui::Control::touchUpInside);
+    flashButton->addTarget(
+        this, [this](ui::Control* sender) { flashHandler(sender); }, ui::Control::touchUpInside);
+    hdButton->addTarget(
+        this, [this](ui::Control* sender) { hdHandler(sender); }, ui::Control::touchUpInside);
+    durationButton->addTarget(
+        this, [this](ui::Control* sender) { durationHandler(sender); }, ui::Control::touchUpInside);
+    zoomSlider->addTarget(
+        this, [this](ui::Control* sender) { zoomSliderHandler(sender); },
+        ui::Control::valueChanged);
+    cameraButton->addTarget(
+        this, [this](ui::Control* sender) { cameraButtonHandler(sender); },
+        ui::Control::touchUpInside);
+
+    setView(root);
+    layoutControls();
+}
+
+bool CameraViewController::eventFilter(QObject* watched, QEvent* event) {
+    if (isViewLoaded() && watched == view() && event->type() == QEvent::Resize)
+        layoutControls();
+    return ui::ViewController::eventFilter(watched, event);
+}
+
+void CameraViewController::layoutControls() {
+    QWidget* root = view();
+    const int width = root->width();
+    const int height = root->height();
+    if (previewView)
+        previewView->setGeometry(root->rect());
+
+    // The controls keep a phone's column, centred in a wide window.
+    const int column = std::min(width, columnWidth);
+    const int left = (width - column) / 2;
+
+    if (auto* scrim =
+            root->findChild<QWidget*>(QStringLiteral("topScrim"), Qt::FindDirectChildrenOnly))
+        scrim->setGeometry(0, 0, width, topRowHeight + 40);
+    if (auto* scrim =
+            root->findChild<QWidget*>(QStringLiteral("bottomScrim"), Qt::FindDirectChildrenOnly))
+        scrim->setGeometry(0, height - 260, width, 260);
+
+    std::vector<QWidget*> row;
+    for (const QPointer<ui::Button>& button :
+         {changeCamButton, zoomInButton, durationButton, gridButton, flashButton, hdButton})
+        if (button)
+            row.push_back(button);
+    if (!row.empty()) {
+        const int rowWidth = std::min(width, columnWidth + 80) - 2 * margin;
+        const int rowLeft = (width - rowWidth) / 2;
+        const double gap =
+            row.size() > 1 ? double(rowWidth - topButtonSide) / double(row.size() - 1) : 0.0;
+        for (size_t i = 0; i < row.size(); ++i) {
+            const int x = row.size() > 1 ? rowLeft + int(std::lround(gap * double(i)))
+                                         : (width - topButtonSide) / 2;
+            row[i]->setGeometry(x, (topRowHeight - topButtonSide) / 2 + 6, topButtonSide,
+                                topButtonSide);
+        }
+    }
+    if (hdButton)
+        hdButton->resize(std::max(topButtonSide, hdButton->sizeHint().width()), topButtonSide);
+
+    if (recordingTimerView)
+        recordingTimerView->move((width - recordingTimerView->width()) / 2, topRowHeight + 10);
+
+    int y = height - 32 - CameraButton::side;
+    if (cameraButton)
+        cameraButton->setGeometry((width - CameraButton::side) / 2, y, CameraButton::side,
+                                  CameraButton::side);
+    y -= 20 + 36;
+    if (zoomSlider)
+        zoomSlider->setGeometry(left + margin + 44, y, column - 2 * margin - 88, 36);
+    if (zoomValueLabel)
+        zoomValueLabel->setGeometry(left + margin, y, 44, 36);
+    y -= 6 + 40;
+    if (cameraInfoLabel)
+        cameraInfoLabel->setGeometry(left + margin, y, column - 2 * margin, 40);
+    y -= 34;
+    if (zoomInfoLabel)
+        zoomInfoLabel->setGeometry(left + margin, y, column - 2 * margin, 34);
+
+    if (cameraStatusLabel) {
+        const int statusWidth = std::min(column - 2 * margin, 340);
+        const int statusHeight = cameraStatusLabel->heightForWidth(statusWidth);
+        cameraStatusLabel->setGeometry((width - statusWidth) / 2, (height - statusHeight) / 2 - 40,
+                                       statusWidth, std::max(statusHeight, 48));
+    }
+}
+
+void CameraViewController::viewDidLoad() {
+    ui::ViewController::viewDidLoad();
+    if (foundation::Device::current().isTablet() && changeCamButton) {
+        // Removed from the layout: the outlet goes null with it.
+        delete changeCamButton.data();
+        layoutControls();
+    }
+    required(recordingeCircle, "recordingeCircle")
+        ->setCornerRadius(required(recordingeCircle, "recordingeCircle")->width() / 2.0);
+    required(recordingTimerView, "recordingTimerView")->setCornerRadius(4.0);
+    required(previewView, "previewView")->setShowGrid(true);
+    applySliderZoom();
+    required(zoomSlider, "zoomSlider")
+        ->setThumbImage(foundation::Bundle::main().image(QStringLiteral("Thumb")));
+    required(cameraButton, "cameraButton")->setType(CameraButtonType::video);
+    updateDurationTitle();
+    const qint64 mode = defaults().integerForKey(videoModeKey);
+    if (mode >= 0 && mode <= 2)
+        required(hdButton, "hdButton")->setTitle(QString::fromLatin1(videoFormats[mode].title));
+    updateZoomModeButton();
+    updateZoomValueLabel();
+
+    connect(&foundation::Device::current(), &foundation::Device::orientationDidChange, this,
+            &CameraViewController::updateInfoLabels);
+
+    switch (av::CaptureDevice::authorizationStatus(av::MediaType::video)) {
+    case av::AuthorizationStatus::authorized:
+        scheduleSessionSetup();
+        break;
+    case av::AuthorizationStatus::notDetermined: {
+        QPointer<CameraViewController> screen(this);
+        av::CaptureDevice::requestAccess(av::MediaType::video, [screen](bool granted) {
+            if (!granted)
+                return;
+            // May run on any thread: only hand the set-up to the GUI thread.
+            QMetaObject::invokeMethod(
+                QCoreApplication::instance(),
+                [screen] {
+                    if (screen)
+                        screen->scheduleSessionSetup();
+                },
+                Qt::QueuedConnection);
+        });
+        break;
+    }
+    case av::AuthorizationStatus::restricted:
+    case av::AuthorizationStatus::denied:
+        showCameraStatus(foundation::Strings::localizedString("cam_status_denied"));
+        break;
+    }
+}
+
+void CameraViewController::viewWillAppear(bool animated) {
+    ui::ViewController::viewWillAppear(animated);
+    applySliderZoom();
+}
+
+void CameraViewController::viewDidAppear(bool animated) {
+    ui::ViewController::viewDidAppear(animated);
+    updateInfoLabels();
+}
+
+void CameraViewController::viewWillTransition(QSize) {
+    updateInfoLabels();
+}
+
+void CameraViewController::scheduleSessionSetup() {
+    QMetaObject::invokeMethod(this, &CameraViewController::setupSession, Qt::QueuedConnection);
+}
+
+void CameraViewController::setupSession() {
+    auto session = std::make_shared<CKFVideoSession>(CKFSession::CameraPosition::back);
+    session->setDelegate(this);
+    session->setFlashMode(CKFSession::FlashMode::automatic);
+    CKFPreviewView* preview = required(previewView, "previewView");
+    preview->setAutorotate(true);
+    preview->setSession(session);
+    if (av::CaptureVideoPreviewLayer* layer = preview->previewLayer())
+        layer->setVideoGravity(av::CaptureVideoPreviewLayer::VideoGravity::resizeAspectFill);
+    applySliderZoom();
+    updateZoomModeButton();
+    if (preview->gridView())
+        preview->gridView()->raise();
+}
+
+void CameraViewController::updateDurationTitle() {
+    const qint64 seconds =
+        wholeSeconds(defaults().floatForKey(zoomDurationKey), "updateDurationTitle");
+    required(durationButton, "durationButton")
+        ->setTitle(QString::number(seconds) + QLatin1Char('s'));
+}
+
+void CameraViewController::applySliderZoom() {
+    if (!previewView || !previewView->session())
+        return;
+    const double zoom = defaults().integerForKey(zoomModeKey) == 0
+                            ? double(required(zoomSlider, "zoomSlider")->value())
+                            : 1.0;
+    previewView->session()->setZoom(zoom);
+}
+
+void CameraViewController::updateZoomModeButton() {
+    updateInfoLabels();
+    ui::Button* button = required(zoomInButton, "zoomInButton");
+    if (defaults().integerForKey(zoomModeKey) != 0) {
+        button->setImage(foundation::Bundle::main().image(QStringLiteral("ZoomIn")));
+        button->setContentEdgeInsets(QMargins(0, 0, 14, 0));
+    } else {
+        button->setImage(foundation::Bundle::main().image(QStringLiteral("ZoomOut")));
+        // QMargins run left, top, right, bottom.
+        button->setContentEdgeInsets(QMargins(-7, 5, 0, 0));
+    }
+}
+
+void CameraViewController::updateInfoLabels() {
+    QString info = foundation::Strings::localizedString("cam_zoom_info");
+    QString camera = foundation::Strings::localizedString(
+        defaults().integerForKey(zoomModeKey) == 1 ? "cam_zoom_out" : "cam_zoom_in");
+    if (foundation::Device::isLandscape(foundation::Device::current().orientation())) {
+        info.clear();
+        camera.clear();
+    }
+    required(zoomInfoLabel, "zoomInfoLabel")->setText(info);
+    required(cameraInfoLabel, "cameraInfoLabel")->setText(camera);
+}
+
+void CameraViewController::updateZoomValueLabel() {
+    if (zoomValueLabel && zoomSlider)
+        zoomValueLabel->setText(QLocale().toString(double(zoomSlider->value()), 'f', 1) +
+                                QChar(0x00D7));
+}
+
+void CameraViewController::zoomIn(ui::Control*) {
+    defaults().setInteger(zoomModeKey, defaults().integerForKey(zoomModeKey) == 0 ? 1 : 0);
+    updateZoomModeButton();
+    applySliderZoom();
+}
+
+void CameraViewController::gridHandler(ui::Control*) {
+    CKFPreviewView* preview = required(previewView, "previewView");
+    preview->setShowGrid(!preview->showGrid());
+}
+
+void CameraViewController::changeCamHandler(ui::Control*) {
+    CKFVideoSession* session = videoSession();
+    if (!session)
+        return;
+    session->setCameraPosition(session->cameraPosition() == CKFSession::CameraPosition::back
+                                   ? CKFSession::CameraPosition::front
+                                   : CKFSession::CameraPosition::back);
+}
+
+void CameraViewController::flashHandler(ui::Control*) {
+    CKFVideoSession* session = videoSession();
+    if (!session)
+        return;
+    ui::Button* button = required(flashButton, "flashButton");
+    switch (session->flashMode()) {
+    case CKFSession::FlashMode::off:
+        session->setFlashMode(CKFSession::FlashMode::automatic);
+        button->setImage(foundation::Bundle::main().image(QStringLiteral("FlashA")));
+        break;
+    case CKFSession::FlashMode::on:
+        session->setFlashMode(CKFSession::FlashMode::off);
+        button->setImage(foundation::Bundle::main().image(QStringLiteral("FlashD")));
+        break;
+    case CKFSession::FlashMode::automatic:
+        session->setFlashMode(CKFSession::FlashMode::on);
+        button->setImage(foundation::Bundle::main().image(QStringLiteral("Flash")));
+        break;
+    }
+}
+
+void CameraViewController::hdHandler(ui::Control*) {
+    CKFVideoSession* session = videoSession();
+    if (!session)
+        return;
+    qint64 mode = defaults().integerForKey(videoModeKey);
+    if (mode >= 0 && mode <= 2) {
+        mode = (mode + 1) % 3;
+        required(hdButton, "hdButton")->setTitle(QString::fromLatin1(videoFormats[mode].title));
+    }
+    defaults().setInteger(videoModeKey, mode);
+    const VideoFormat& format = videoFormat(mode);
+    session->setWidth(format.width, format.height, format.frameRate);
+    updateZoomRange(format.width);
+    layoutControls();
+    if (defaults().integerForKey(zoomModeKey) == 0)
+        session->setZoom(double(required(zoomSlider, "zoomSlider")->value()));
+}
+
+void CameraViewController::zoomSliderHandler(ui::Control*) {
+    applySliderZoom();
+    updateZoomValueLabel();
+}
+
+void CameraViewController::durationHandler(ui::Control*) {
+    // The picker is a scene of the layout, like every screen.
+    if (ui::ViewController* picker =
+            ui::Storyboard(QStringLiteral("Main"))
+                .instantiate(QStringLiteral("ChoseDurationViewController")))
+        present(picker, true);
+}
+
+void CameraViewController::updateZoomRange(int formatWidth) {
+    ui::Slider* slider = required(zoomSlider, "zoomSlider");
+    const float highest =
+        std::clamp(float(formatWidth) / float(narrowestSharpCrop), 1.0f, float(maximumZoom));
+    slider->setMaximumValue(highest);
+    updateZoomValueLabel();
+}
+
+void CameraViewController::cameraButtonHandler(ui::Control*) {
+    CKFVideoSession* session = videoSession();
+    if (!session)
+        return;
+    if (session->isRecording()) {
+        session->movieFileOutput()->stopRecording();
+        return;
+    }
+    if (topViews)
+        for (const QPointer<QWidget>& topView : *topViews)
+            if (topView)
+                ui::ViewAnimation::animate(fadeDuration,
+                                           [&] { ui::ViewAnimation::setAlpha(topView, 0.0); });
+    QPointer<CameraViewController> screen(this);
+    session->record(
+        std::nullopt,
+        [screen](const QUrl& url) {
+            if (screen)
+                screen->recordingFinished(url);
+        },
+        [](const std::exception&) {});
+    startZoomRamp();
+}
+
+void CameraViewController::startZoomRamp() {
+    const float duration = defaults().floatForKey(zoomDurationKey);
+    QWidget* timerView = required(recordingTimerView, "recordingTimerView");
+    ui::ViewAnimation::animate(fadeDuration, [&] { ui::ViewAnimation::setAlpha(timerView, 1.0); });
+    required(recordingTimeLabel, "recordingTimeLabel")
+        ->setText(QString::number(wholeSeconds(duration, "startZoomRamp")));
+
+    ui::View* circle = required(recordingeCircle, "recordingeCircle");
+    ui::ViewAnimation::setAlpha(circle, 1.0);
+    ui::ViewAnimation::removeAllAnimations(circle);
+    ui::ViewAnimation::animate(0.5, 0.0, ui::ViewAnimation::repeat | ui::ViewAnimation::autoreverse,
+                               [&] { ui::ViewAnimation::setAlpha(circle, 0.0); });
+
+    const float start = required(zoomSlider, "zoomSlider")->value();
+    auto state = std::make_shared<RampState>();
+    state->end = start;
+    state->step = ((start - 1.0f) / duration) / 100.0f;
+    state->current = start;
+    if (defaults().integerForKey(zoomModeKey) == 1)
+        state->current = 1.0f;
+    state->elapsed = 0.0;
+    state->duration = duration;
+
+    auto* timer = new QTimer(this);
+    timer->setTimerType(Qt::PreciseTimer);
+    timer->setInterval(int(rampInterval * 1000));
+    // The callback holds the state; the screen owns the timer, so neither outlives the other.
+    connect(timer, &QTimer::timeout, this, [this, state] { zoomRampTick(state); });
+    state->timer = timer;
+    ramp = state;
+    timer->start();
+}
+
+void CameraViewController::zoomRampTick(const std::shared_ptr<RampState>& state) {
+    const qint64 mode = defaults().integerForKey(zoomModeKey);
+    const bool over = mode == 1 ? state->current > state->end : state->current < 1.0f;
+    if (over) {
+        if (state->timer) {
+            state->timer->stop();
+            state->timer->deleteLater();
+            state->timer = nullptr;
+        }
+        required(cameraButton, "cameraButton")->setSelected(false);
+        if (CKFVideoSession* session = videoSession(); session && session->isRecording())
+            session->movieFileOutput()->stopRecording();
+        return;
+    }
+    if (CKFVideoSession* session = videoSession())
+        session->setZoom(double(state->current));
+    if (defaults().integerForKey(zoomModeKey) == 1)
+        state->current = state->current + state->step;
+    else
+        state->current = state->current - state->step;
+    const qint64 left =
+        wholeSeconds(state->duration, "zoomRampTick") - qint64(std::trunc(state->elapsed)) / 100;
+    required(recordingTimeLabel, "recordingTimeLabel")->setText(QString::number(left));
+    state->elapsed = state->elapsed + 1.0;
+}
+
+void CameraViewController::recordingFinished(const QUrl& url) {
+    if (topViews)
+        for (const QPointer<QWidget>& topView : *topViews)
+            if (topView)
+                ui::ViewAnimation::animate(fadeDuration,
+                                           [&] { ui::ViewAnimation::setAlpha(topView, 1.0); });
+    QWidget* timerView = required(recordingTimerView, "recordingTimerView");
+    ui::ViewAnimation::animate(fadeDuration, [&] { ui::ViewAnimation::setAlpha(timerView, 0.0); });
+    required(cameraButton, "cameraButton")->setSelected(false);
+    emit clipFinished(url);
+
+    const ui::Storyboard storyboard(QStringLiteral("Main"));
+    const QString identifier = QStringLiteral("VideoPreviewViewController");
+    if (!storyboard.contains(identifier))
+        return;
+    ui::ViewController* controller = storyboard.instantiate(identifier);
+    if (!controller || !controller->inherits("VideoPreviewViewController")) {
+        delete controller;
+        return;
+    }
+    // Set by name: the preview screen lives in a layer beside this one.
+    controller->setProperty("videoURL", url);
+    controller->setProperty("cameraVC", QVariant::fromValue<QObject*>(this));
+    present(controller, true);
+}
+
+void CameraViewController::didChangeValue(CKFSession*, const QVariant&, const QString&) {}
+
+void CameraViewController::showCameraStatus(const QString& message) {
+    ui::Label* label = required(cameraStatusLabel, "cameraStatusLabel");
+    label->setText(message);
+    label->setVisible(!message.isEmpty());
+    label->raise();
+    layoutControls();
+}
