@@ -2,9 +2,12 @@
 
 #include "platform/ui/Storyboard.h"
 #include "recording/CameraViewController.h"
+#include "recording/ChoseDurationViewController.h"
 
 void MainStoryboard::registerScenes() {
     const QString main = QStringLiteral("Main");
     ui::Storyboard::registerFactory(main, QStringLiteral("CameraViewController"),
                                     [] { return new CameraViewController; });
+    ui::Storyboard::registerFactory(main, QStringLiteral("ChoseDurationViewController"),
+                                    [] { return new ChoseDurationViewController; });
 }

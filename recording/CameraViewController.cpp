@@ -18,6 +18,7 @@
 #include "recording/CameraButton.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QEvent>
 #include <QPainter>
 #include <QTimer>
@@ -32,6 +33,7 @@ const QString zoomDurationKey = QStringLiteral("zoomDuration");
 const QString videoModeKey = QStringLiteral("videoMode");
 
 constexpr double fadeDuration = 0.15;
+constexpr qint64 tickNanoseconds = 10'000'000;
 constexpr int topRowHeight = 56;
 constexpr int topButtonSide = 44;
 constexpr int columnWidth = 440;
@@ -537,15 +539,23 @@ void CameraViewController::cameraButtonHandler(ui::Control*) {
 void CameraViewController::startZoomRamp() {
     const float duration = defaults().floatForKey(zoomDurationKey);
     QWidget* timerView = required(recordingTimerView, "recordingTimerView");
-    ui::ViewAnimation::animate(fadeDuration, [&] { ui::ViewAnimation::setAlpha(timerView, 1.0); });
+    ui::View* circle = required(recordingeCircle, "recordingeCircle");
     required(recordingTimeLabel, "recordingTimeLabel")
         ->setText(QString::number(wholeSeconds(duration, "startZoomRamp")));
-
-    ui::View* circle = required(recordingeCircle, "recordingeCircle");
     ui::ViewAnimation::setAlpha(circle, 1.0);
     ui::ViewAnimation::removeAllAnimations(circle);
-    ui::ViewAnimation::animate(0.5, 0.0, ui::ViewAnimation::repeat | ui::ViewAnimation::autoreverse,
-                               [&] { ui::ViewAnimation::setAlpha(circle, 0.0); });
+    // Qt cannot paint an opacity effect inside another, so the dot starts blinking once its
+    // container has faded in (and the container holds no effect at full alpha).
+    QPointer<ui::View> dot(circle);
+    ui::ViewAnimation::animate(
+        fadeDuration, [&] { ui::ViewAnimation::setAlpha(timerView, 1.0); },
+        [dot](bool) {
+            if (!dot)
+                return;
+            ui::ViewAnimation::animate(0.5, 0.0,
+                                       ui::ViewAnimation::repeat | ui::ViewAnimation::autoreverse,
+                                       [&] { ui::ViewAnimation::setAlpha(dot, 0.0); });
+        });
 
     const float start = required(zoomSlider, "zoomSlider")->value();
     auto state = std::make_shared<RampState>();
@@ -561,7 +571,18 @@ void CameraViewController::startZoomRamp() {
     timer->setTimerType(Qt::PreciseTimer);
     timer->setInterval(int(rampInterval * 1000));
     // The callback holds the state; the screen owns the timer, so neither outlives the other.
-    connect(timer, &QTimer::timeout, this, [this, state] { zoomRampTick(state); });
+    // A timer that fires late (a busy GUI thread) runs the ticks it missed, so the ramp keeps
+    // to the clock and ends on time instead of stretching.
+    auto clock = std::make_shared<QElapsedTimer>();
+    auto ticksRun = std::make_shared<qint64>(0);
+    connect(timer, &QTimer::timeout, this, [this, state, clock, ticksRun] {
+        const qint64 due = std::max<qint64>(*ticksRun + 1, clock->nsecsElapsed() / tickNanoseconds);
+        while (state->timer && *ticksRun < due) {
+            zoomRampTick(state);
+            ++*ticksRun;
+        }
+    });
+    clock->start();
     state->timer = timer;
     ramp = state;
     timer->start();
@@ -600,6 +621,10 @@ void CameraViewController::recordingFinished(const QUrl& url) {
                 ui::ViewAnimation::animate(fadeDuration,
                                            [&] { ui::ViewAnimation::setAlpha(topView, 1.0); });
     QWidget* timerView = required(recordingTimerView, "recordingTimerView");
+    // The blinking stops while the dot is hidden (see startZoomRamp).
+    QPointer<ui::View> dot(required(recordingeCircle, "recordingeCircle"));
+    ui::ViewAnimation::removeAllAnimations(dot);
+    ui::ViewAnimation::setAlpha(dot, 1.0);
     ui::ViewAnimation::animate(fadeDuration, [&] { ui::ViewAnimation::setAlpha(timerView, 0.0); });
     required(cameraButton, "cameraButton")->setSelected(false);
     emit clipFinished(url);

@@ -22,6 +22,20 @@ bool preroll(GstElement* pipeline) {
     return gst_element_get_state(pipeline, nullptr, nullptr, waitLimit) == GST_STATE_CHANGE_SUCCESS;
 }
 
+QImage imageOf(const GstHandle<GstSample>& sample) {
+    GstVideoInfo info;
+    GstVideoFrame frame;
+    if (!sample || !gst_video_info_from_caps(&info, gst_sample_get_caps(sample.get())) ||
+        !gst_video_frame_map(&frame, &info, gst_sample_get_buffer(sample.get()), GST_MAP_READ))
+        return {};
+    QImage image = QImage(static_cast<const uchar*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, 0)),
+                          GST_VIDEO_FRAME_WIDTH(&frame), GST_VIDEO_FRAME_HEIGHT(&frame),
+                          GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 0), QImage::Format_RGBX8888)
+                       .copy();
+    gst_video_frame_unmap(&frame);
+    return image;
+}
+
 } // namespace
 
 AssetImageGenerator::AssetImageGenerator(QUrl url) : asset(std::move(url)) {
@@ -68,25 +82,18 @@ QImage AssetImageGenerator::imageAt(double seconds, int maximumWidth) const {
         gint64 length = 0;
         gst_element_query_duration(pipeline.get(), GST_FORMAT_TIME, &length);
         gint64 target = gint64(std::max(0.0, seconds) * double(GST_SECOND));
-        // The last frame starts a little before the end.
         if (length > 0)
-            target = std::min(target, std::max<gint64>(0, length - GST_SECOND / 100));
-        gst_element_seek_simple(pipeline.get(), GST_FORMAT_TIME,
-                                GstSeekFlags(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE), target);
-        if (preroll(pipeline.get())) {
-            GstHandle<GstSample> sample(gst_app_sink_pull_preroll(GST_APP_SINK(sink.get())),
-                                        GstRef::adopt);
-            GstVideoInfo info;
-            GstVideoFrame frame;
-            if (sample && gst_video_info_from_caps(&info, gst_sample_get_caps(sample.get())) &&
-                gst_video_frame_map(&frame, &info, gst_sample_get_buffer(sample.get()),
-                                    GST_MAP_READ)) {
-                image = QImage(static_cast<const uchar*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, 0)),
-                               GST_VIDEO_FRAME_WIDTH(&frame), GST_VIDEO_FRAME_HEIGHT(&frame),
-                               GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 0), QImage::Format_RGBX8888)
-                            .copy();
-                gst_video_frame_unmap(&frame);
-            }
+            target = std::min(target, length);
+        // The movie's length is its longest track's: near the end the pictures may have run
+        // out already, so step back until there is one.
+        for (int attempt = 0; image.isNull() && attempt < 12; ++attempt) {
+            gst_element_seek_simple(pipeline.get(), GST_FORMAT_TIME,
+                                    GstSeekFlags(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE),
+                                    std::max<gint64>(0, target - attempt * GST_SECOND / 20));
+            if (!preroll(pipeline.get()))
+                break;
+            image = imageOf(GstHandle<GstSample>(
+                gst_app_sink_pull_preroll(GST_APP_SINK(sink.get())), GstRef::adopt));
         }
     }
     gst_element_set_state(pipeline.get(), GST_STATE_NULL);

@@ -28,6 +28,11 @@
         <source>sec</source>
         <translation>sec</translation>
     </message>
+    <message id="cam_done">
+        <extracomment>Button that closes the duration picker, keeping the duration chosen.</extracomment>
+        <source>Done</source>
+        <translation>Done</translation>
+    </message>
     <message id="tutorial_text_1">
         <extracomment>First-run tutorial, page 1 of 4.</extracomment>
         <source>Frame your subject and set the start zoom with the slider.</source>
