@@ -1,16 +1,24 @@
 #include "app/ScreenshotRenderer.h"
 
+#include "app/MainStoryboard.h"
 #include "capture/CKFGridView.h"
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFVideoSession.h"
 #include "platform/av/CapturePreviewOutput.h"
 #include "platform/av/CaptureVideoPreviewLayer.h"
+#include "platform/foundation/Preferences.h"
+#include "platform/ui/Button.h"
+#include "platform/ui/Slider.h"
+#include "platform/ui/Window.h"
 #include "recording/CameraButton.h"
+#include "recording/CameraViewController.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QPixmap>
+#include <QTemporaryDir>
 #include <QTextStream>
 #include <QWidget>
 
@@ -55,6 +63,55 @@ ScreenshotRenderer::Scene recordButton(bool recording) {
     return {std::move(backdrop), [button] { return !button->isAnimating(); }};
 }
 
+// Settings and clips of a screenshot stay in a folder of their own, so the user's are untouched
+// and every screenshot starts from the defaults.
+void usePrivateFolders() {
+    static QTemporaryDir folder;
+    qputenv("TESSARO_CONFIG_DIR", QFile::encodeName(folder.filePath(QStringLiteral("config"))));
+    qputenv("TESSARO_DOCUMENTS_DIR",
+            QFile::encodeName(folder.filePath(QStringLiteral("documents"))));
+    foundation::Preferences::resetStandardForTesting();
+}
+
+enum class CameraScene { idle, recording, zoomIn, picker };
+
+// The recording screen in a window of the given size, once the camera shows a picture and the
+// animations of the scene have ended.
+ScreenshotRenderer::Scene cameraScreen(const QSize& size, CameraScene what) {
+    usePrivateFolders();
+    if (what == CameraScene::zoomIn)
+        foundation::Preferences::standard().setInteger(QStringLiteral("zoomMode"), 1);
+    MainStoryboard::registerScenes();
+    auto window = std::make_unique<ui::Window>();
+    auto* screen = new CameraViewController;
+    window->setRootViewController(screen);
+    window->resize(size);
+    screen->view();
+    screen->zoomSlider->setValue(2.5f);
+    screen->zoomSlider->sendActions(ui::Control::valueChanged);
+    auto pressed = std::make_shared<bool>(false);
+    auto since = std::make_shared<QElapsedTimer>();
+    auto ready = [screen, what, pressed, since] {
+        CKFPreviewView* preview = screen->previewView;
+        if (!preview || !preview->previewLayer() ||
+            preview->previewLayer()->output()->framesTaken() < framesBeforeGrab)
+            return false;
+        if (!*pressed) {
+            *pressed = true;
+            since->start();
+            if (what == CameraScene::recording)
+                screen->cameraButton->sendActions(ui::Control::touchDown |
+                                                  ui::Control::touchUpInside);
+            if (what == CameraScene::picker)
+                screen->durationButton->sendActions(ui::Control::touchDown |
+                                                    ui::Control::touchUpInside);
+        }
+        // A second into the ramp, or once the fades and the sheet have settled.
+        return since->elapsed() > (what == CameraScene::recording ? 1200 : 600);
+    };
+    return {std::move(window), ready};
+}
+
 } // namespace
 
 const std::vector<ScreenshotRenderer::Screen>& ScreenshotRenderer::screens() {
@@ -64,6 +121,16 @@ const std::vector<ScreenshotRenderer::Screen>& ScreenshotRenderer::screens() {
         {QStringLiteral("grid"), grid},
         {QStringLiteral("record-button"), [] { return recordButton(false); }},
         {QStringLiteral("record-button-recording"), [] { return recordButton(true); }},
+        {QStringLiteral("camera"), [] { return cameraScreen(phone, CameraScene::idle); }},
+        {QStringLiteral("camera-recording"),
+         [] { return cameraScreen(phone, CameraScene::recording); }},
+        {QStringLiteral("camera-zoom-in"), [] { return cameraScreen(phone, CameraScene::zoomIn); }},
+        {QStringLiteral("camera-landscape"),
+         [] { return cameraScreen(phone.transposed(), CameraScene::idle); }},
+        {QStringLiteral("camera-desktop"),
+         [] { return cameraScreen(QSize(1280, 720), CameraScene::idle); }},
+        {QStringLiteral("duration-picker"),
+         [] { return cameraScreen(phone, CameraScene::picker); }},
     };
     return registry;
 }
