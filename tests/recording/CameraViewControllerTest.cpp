@@ -1,0 +1,329 @@
+#include "recording/CameraViewController.h"
+#include "capture/CKFPreviewView.h"
+#include "capture/CKFVideoSession.h"
+#include "platform/av/CaptureDevice.h"
+#include "platform/av/CaptureDeviceDiscoverySession.h"
+#include "platform/av/CaptureDeviceInput.h"
+#include "platform/av/CaptureMovieFileOutput.h"
+#include "platform/av/CaptureSession.h"
+#include "platform/foundation/Bundle.h"
+#include "platform/foundation/Device.h"
+#include "platform/foundation/PreferenceSchema.h"
+#include "platform/foundation/Preferences.h"
+#include "platform/foundation/Strings.h"
+#include "platform/ui/Button.h"
+#include "platform/ui/Label.h"
+#include "platform/ui/Slider.h"
+#include "platform/ui/Storyboard.h"
+#include "platform/ui/Window.h"
+#include "recording/CameraButton.h"
+#include "recording/ChoseDurationViewController.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+#include <gtest/gtest.h>
+
+namespace {
+
+using foundation::Preferences;
+using foundation::PreferenceSchema;
+
+// What a ramp did, tick by tick: the zoom each tick applied, the label after it, and the tick
+// (1-based) at which the end test fired, or 0 when it had not within the ticks run.
+struct RampRun {
+    std::vector<float> applied;
+    std::vector<QString> labels;
+    int endTick = 0;
+};
+
+// The recording screen as the window's root, on the virtual cameras, with settings and clips
+// in fresh folders.
+class CameraViewControllerTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(folder.isValid());
+        qputenv("TESSARO_CONFIG_DIR", folder.filePath(QStringLiteral("config")).toUtf8());
+        qputenv("TESSARO_DOCUMENTS_DIR", folder.filePath(QStringLiteral("documents")).toUtf8());
+        Preferences::resetStandardForTesting();
+        foundation::Strings::install();
+        av::CaptureDeviceDiscoverySession::setSystemDevicesEnabled(false);
+        foundation::Device::current().setOrientationForTesting(
+            foundation::Device::Orientation::portrait);
+    }
+    void TearDown() override {
+        window.reset();
+        foundation::Device::current().setFormFactorForTesting(std::nullopt);
+        foundation::Device::current().setOrientationForTesting(
+            foundation::Device::Orientation::unknown);
+        ui::Storyboard::unregisterAll(QStringLiteral("Main"));
+        Preferences::resetStandardForTesting();
+    }
+
+    Preferences& defaults() { return Preferences::standard(); }
+
+    // Shows the screen; with a session, waits until the camera runs.
+    CameraViewController* show(bool waitForSession = true) {
+        window = std::make_unique<ui::Window>();
+        screen = new CameraViewController;
+        window->setRootViewController(screen);
+        window->resize(390, 844);
+        window->show();
+        if (waitForSession) {
+            EXPECT_TRUE(QTest::qWaitFor([this] { return screen->videoSession() != nullptr; }));
+        }
+        return screen;
+    }
+
+    av::CaptureDevice* camera() const {
+        for (av::CaptureInput* input : screen->videoSession()->session()->inputs()) {
+            auto* device = qobject_cast<av::CaptureDeviceInput*>(input);
+            if (device && device->device()->mediaType() == av::MediaType::video)
+                return device->device();
+        }
+        return nullptr;
+    }
+
+    // Starts a ramp from the slider without recording, stops its timer and drives the ticks.
+    RampRun runRamp(float slider, int maxTicks) {
+        screen->zoomSlider->setMaximumValue(10.0f);
+        screen->zoomSlider->setValue(slider);
+        screen->startZoomRamp();
+        const std::shared_ptr<CameraViewController::RampState> state = screen->lastRamp();
+        state->timer->stop();
+        RampRun run;
+        for (int tick = 1; tick <= maxTicks; ++tick) {
+            screen->zoomRampTick(state);
+            if (!state->timer) {
+                run.endTick = tick;
+                break;
+            }
+            run.applied.push_back(float(screen->videoSession()->zoom()));
+            run.labels.push_back(screen->recordingTimeLabel->text());
+        }
+        return run;
+    }
+
+    static QImage picture(const QIcon& icon) { return icon.pixmap(32, 32).toImage(); }
+    static QImage image(const char* name) {
+        return picture(foundation::Bundle::main().image(QLatin1String(name)));
+    }
+
+    QTemporaryDir folder;
+    std::unique_ptr<ui::Window> window;
+    QPointer<CameraViewController> screen;
+};
+
+TEST_F(CameraViewControllerTest, FirstStartShowsTheDefaults) {
+    show();
+    EXPECT_EQ(screen->hdButton->currentTitle(), QStringLiteral("HD"));
+    EXPECT_EQ(screen->durationButton->currentTitle(), QStringLiteral("5s"));
+    EXPECT_EQ(picture(screen->zoomInButton->currentImage()), image("ZoomOut"));
+    EXPECT_EQ(screen->zoomInButton->contentEdgeInsets(), QMargins(-7, 5, 0, 0));
+    EXPECT_EQ(screen->cameraInfoLabel->text(), foundation::Strings::localizedString("cam_zoom_in"));
+    EXPECT_EQ(screen->zoomInfoLabel->text(), foundation::Strings::localizedString("cam_zoom_info"));
+    EXPECT_TRUE(screen->previewView->showGrid());
+    EXPECT_TRUE(screen->changeCamButton);
+    EXPECT_EQ(screen->cameraButton->type(), CameraButtonType::video);
+    EXPECT_EQ(screen->videoSession()->flashMode(), CKFSession::FlashMode::automatic);
+    // In the zoom-out mode the preview shows the slider's zoom.
+    EXPECT_DOUBLE_EQ(screen->videoSession()->zoom(), double(screen->zoomSlider->value()));
+    EXPECT_FLOAT_EQ(screen->zoomSlider->minimumValue(), 1.0f);
+    EXPECT_TRUE(screen->prefersStatusBarHidden());
+}
+
+TEST_F(CameraViewControllerTest, TabletsHaveNoCameraSwitchAndLandscapeEmptiesTheLabels) {
+    foundation::Device::current().setFormFactorForTesting(foundation::Device::FormFactor::tablet);
+    show(false);
+    EXPECT_FALSE(screen->changeCamButton);
+
+    foundation::Device::current().setOrientationForTesting(
+        foundation::Device::Orientation::landscapeRight);
+    screen->updateInfoLabels();
+    EXPECT_TRUE(screen->zoomInfoLabel->text().isEmpty());
+    EXPECT_TRUE(screen->cameraInfoLabel->text().isEmpty());
+    // Face up counts as portrait.
+    foundation::Device::current().setOrientationForTesting(foundation::Device::Orientation::faceUp);
+    screen->updateInfoLabels();
+    EXPECT_FALSE(screen->zoomInfoLabel->text().isEmpty());
+    EXPECT_FALSE(screen->cameraInfoLabel->text().isEmpty());
+}
+
+TEST_F(CameraViewControllerTest, FormatButtonCyclesThroughTheThreeFormats) {
+    show();
+    const struct {
+        const char* title;
+        int mode, width, height, rate;
+    } expected[] = {
+        {"HD60", 1, 1920, 1080, 60}, {"4K", 2, 3840, 2160, 30}, {"HD", 0, 1920, 1080, 30}};
+    for (const auto& step : expected) {
+        screen->hdButton->sendActions(ui::Control::touchUpInside);
+        EXPECT_EQ(screen->hdButton->currentTitle(), QLatin1String(step.title));
+        EXPECT_EQ(defaults().integerForKey(PreferenceSchema::videoMode), step.mode);
+        const av::CaptureDeviceFormat& format = camera()->activeFormat();
+        EXPECT_EQ(format.width, step.width) << step.title;
+        EXPECT_EQ(format.height, step.height) << step.title;
+        EXPECT_EQ(camera()->activeVideoMinFrameDuration().timescale, step.rate) << step.title;
+        // The slider never goes past what the format keeps sharp.
+        EXPECT_FLOAT_EQ(screen->zoomSlider->maximumValue(), float(step.width) / 480.0f);
+    }
+
+    // A stored value outside the table is written back and leaves the title alone.
+    defaults().setInteger(PreferenceSchema::videoMode, 7);
+    screen->hdButton->setTitle(QStringLiteral("HD"));
+    EXPECT_DEATH(screen->hdHandler(screen->hdButton), "videoMode");
+}
+
+TEST_F(CameraViewControllerTest, FlashCyclesOffAutoOn) {
+    show();
+    CKFVideoSession* session = screen->videoSession();
+    const std::pair<CKFSession::FlashMode, const char*> expected[] = {
+        {CKFSession::FlashMode::on, "Flash"},
+        {CKFSession::FlashMode::off, "FlashD"},
+        {CKFSession::FlashMode::automatic, "FlashA"},
+    };
+    for (const auto& [mode, icon] : expected) {
+        screen->flashButton->sendActions(ui::Control::touchUpInside);
+        EXPECT_EQ(session->flashMode(), mode);
+        EXPECT_EQ(picture(screen->flashButton->currentImage()), image(icon)) << icon;
+    }
+}
+
+TEST_F(CameraViewControllerTest, OddZoomModeIsNonZeroButNotOne) {
+    defaults().setInteger(PreferenceSchema::zoomMode, 5);
+    show();
+    EXPECT_EQ(picture(screen->zoomInButton->currentImage()), image("ZoomIn"));
+    EXPECT_EQ(screen->zoomInButton->contentEdgeInsets(), QMargins(0, 0, 14, 0));
+    EXPECT_EQ(screen->cameraInfoLabel->text(), foundation::Strings::localizedString("cam_zoom_in"));
+    EXPECT_DOUBLE_EQ(screen->videoSession()->zoom(), 1.0);
+
+    screen->zoomInButton->sendActions(ui::Control::touchUpInside);
+    EXPECT_EQ(defaults().integerForKey(PreferenceSchema::zoomMode), 0);
+    EXPECT_DOUBLE_EQ(screen->videoSession()->zoom(), double(screen->zoomSlider->value()));
+    screen->zoomInButton->sendActions(ui::Control::touchUpInside);
+    EXPECT_EQ(defaults().integerForKey(PreferenceSchema::zoomMode), 1);
+    EXPECT_EQ(screen->cameraInfoLabel->text(),
+              foundation::Strings::localizedString("cam_zoom_out"));
+    EXPECT_DOUBLE_EQ(screen->videoSession()->zoom(), 1.0);
+}
+
+TEST_F(CameraViewControllerTest, DefaultRampAppliesFiveHundredAndOneValues) {
+    show();
+    const RampRun run = runRamp(3.0f, 600);
+    EXPECT_FLOAT_EQ(screen->lastRamp()->step, 0.004f);
+    ASSERT_EQ(run.applied.size(), 501u);
+    EXPECT_EQ(run.endTick, 502);
+    EXPECT_FLOAT_EQ(run.applied[0], 3.0f);
+    EXPECT_FLOAT_EQ(run.applied[1], 2.996f);
+    EXPECT_FLOAT_EQ(run.applied[2], 2.992f);
+    EXPECT_NEAR(run.applied.back(), 1.00003f, 0.00002f);
+    EXPECT_GE(run.applied.back(), 1.0f);
+    // Whole seconds counting down, and "0" for the last tick only.
+    EXPECT_EQ(run.labels[0], QStringLiteral("5"));
+    EXPECT_EQ(run.labels[99], QStringLiteral("5"));
+    EXPECT_EQ(run.labels[100], QStringLiteral("4"));
+    EXPECT_EQ(run.labels[499], QStringLiteral("1"));
+    EXPECT_EQ(run.labels[500], QStringLiteral("0"));
+    EXPECT_EQ(std::count(run.labels.begin(), run.labels.end(), QStringLiteral("0")), 1);
+    // The end resets the button; the ticks after the end change nothing.
+    EXPECT_FALSE(screen->cameraButton->isSelected());
+}
+
+TEST_F(CameraViewControllerTest, RampsOfOtherLengthsAndDirections) {
+    show();
+    // Rounding makes the 1001st value fall below 1: one value fewer, and never a "0".
+    defaults().setFloat(PreferenceSchema::zoomDuration, 10.0f);
+    RampRun run = runRamp(4.0f, 1200);
+    EXPECT_EQ(run.applied.size(), 1000u);
+    EXPECT_EQ(run.endTick, 1001);
+    EXPECT_NEAR(run.applied.back(), 1.003f, 0.0005f);
+    EXPECT_EQ(std::count(run.labels.begin(), run.labels.end(), QStringLiteral("0")), 0);
+
+    // Zoom-in: from 1.0 up to just below the slider's value.
+    defaults().setFloat(PreferenceSchema::zoomDuration, 5.0f);
+    defaults().setInteger(PreferenceSchema::zoomMode, 1);
+    run = runRamp(3.0f, 600);
+    EXPECT_EQ(run.applied.size(), 501u);
+    EXPECT_FLOAT_EQ(run.applied.front(), 1.0f);
+    EXPECT_NEAR(run.applied.back(), 2.99997f, 0.00002f);
+    EXPECT_LE(run.applied.back(), 3.0f);
+
+    // One second: the label reads "1" and at most once "0".
+    defaults().setInteger(PreferenceSchema::zoomMode, 0);
+    defaults().setFloat(PreferenceSchema::zoomDuration, 1.0f);
+    run = runRamp(2.0f, 200);
+    EXPECT_NE(run.endTick, 0);
+    EXPECT_EQ(run.labels.front(), QStringLiteral("1"));
+    EXPECT_LE(std::count(run.labels.begin(), run.labels.end(), QStringLiteral("0")), 1);
+}
+
+TEST_F(CameraViewControllerTest, SliderAtOneNeverEndsAndTheLabelGoesBelowZero) {
+    show();
+    const RampRun run = runRamp(1.0f, 801);
+    EXPECT_EQ(run.endTick, 0);
+    EXPECT_TRUE(std::all_of(run.applied.begin(), run.applied.end(),
+                            [](float zoom) { return zoom == 1.0f; }));
+    EXPECT_EQ(run.labels.back(), QStringLiteral("-3"));
+}
+
+TEST_F(CameraViewControllerTest, ZoomModeChangedMidRampTurnsItAround) {
+    show();
+    defaults().setFloat(PreferenceSchema::zoomDuration, 1.0f);
+    screen->zoomSlider->setValue(3.0f);
+    screen->startZoomRamp();
+    auto state = screen->lastRamp();
+    state->timer->stop();
+    for (int tick = 0; tick < 10; ++tick)
+        screen->zoomRampTick(state);
+    EXPECT_NEAR(state->current, 2.8f, 1e-5f);
+    defaults().setInteger(PreferenceSchema::zoomMode, 1);
+    screen->zoomRampTick(state);
+    EXPECT_NEAR(state->current, 2.82f, 1e-5f);
+    // Going up from below the end: the ramp now ends once it passes the slider's value.
+    for (int tick = 0; tick < 20 && state->timer; ++tick)
+        screen->zoomRampTick(state);
+    EXPECT_FALSE(state->timer);
+}
+
+TEST_F(CameraViewControllerTest, RecordingEndsWithTheRampAndAgainOnASecondPress) {
+    defaults().setFloat(PreferenceSchema::zoomDuration, 1.0f);
+    show();
+    CKFVideoSession* session = screen->videoSession();
+    screen->zoomSlider->setValue(2.0f);
+    QUrl finished;
+    QObject::connect(screen, &CameraViewController::clipFinished,
+                     [&](const QUrl& url) { finished = url; });
+
+    // The ramp's own end stops the movie.
+    screen->cameraButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
+    EXPECT_TRUE(screen->cameraButton->isSelected());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !finished.isEmpty(); }, 15000));
+    EXPECT_EQ(finished, CKFVideoSession::defaultFileURL());
+    EXPECT_FALSE(screen->cameraButton->isSelected());
+    EXPECT_FALSE(session->isRecording());
+
+    // A second press stops the movie at once; the ramp runs on to its end.
+    finished.clear();
+    defaults().setFloat(PreferenceSchema::zoomDuration, 3.0f);
+    screen->cameraButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return session->isRecording(); }, 10000));
+    screen->cameraButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !finished.isEmpty(); }, 10000));
+    EXPECT_TRUE(screen->lastRamp()->timer) << "the ramp outlives the movie";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !screen->lastRamp()->timer; }, 6000));
+    EXPECT_FALSE(screen->cameraButton->isSelected());
+}
+
+TEST_F(CameraViewControllerTest, DurationButtonOpensThePickerAndItsChoiceComesBack) {
+    ui::Storyboard::registerFactory(QStringLiteral("Main"),
+                                    QStringLiteral("ChoseDurationViewController"),
+                                    [] { return new ChoseDurationViewController; });
+    show(false);
+    screen->durationButton->sendActions(ui::Control::touchUpInside);
+    auto* picker = qobject_cast<ChoseDurationViewController*>(screen->presentedViewController());
+    ASSERT_TRUE(picker);
+    defaults().setFloat(PreferenceSchema::zoomDuration, 9.0f);
+    picker->dismiss(static_cast<ui::Control*>(nullptr));
+    EXPECT_EQ(screen->durationButton->currentTitle(), QStringLiteral("9s"));
+}
+
+} // namespace
