@@ -42,7 +42,10 @@ CKFSession::videoOrientation(foundation::Device::Orientation orientation) {
     }
 }
 
-CKFSession::CKFSession() : captureSession(std::make_unique<av::CaptureSession>()) {}
+CKFSession::CKFSession() : captureSession(std::make_unique<av::CaptureSession>()) {
+    connect(captureSession.get(), &av::CaptureSession::runtimeError, this,
+            [this](const av::Error& error) { reportDeviceProblem(error.localizedDescription()); });
+}
 
 CKFSession::~CKFSession() {
     captureSession->stopRunning();
@@ -73,6 +76,11 @@ void CKFSession::focusAt(const QPointF&) {}
 void CKFSession::notifyDelegate(const QVariant& value, const QString& key) {
     if (CKFSessionDelegate* target = delegate())
         target->didChangeValue(this, value, key);
+}
+
+void CKFSession::reportDeviceProblem(const QString& description) {
+    QMetaObject::invokeMethod(
+        this, [this, description] { emit deviceProblem(description); }, Qt::QueuedConnection);
 }
 
 std::unique_ptr<av::CaptureDeviceInput> CKFSession::captureDeviceInput(DeviceType type) {

@@ -74,9 +74,16 @@ public:
     deviceInputFormat(const av::CaptureDeviceInput& input, qint64 width, qint64 height,
                       qint64 frameRate);
 
+signals:
+    // A camera could not be opened, or the running session stopped because of its device (in
+    // use, refused, unplugged): one sentence for the user. Queued, so a screen that connects
+    // right after making the session still hears what went wrong while making it.
+    void deviceProblem(const QString& description);
+
 protected:
     // Sends the notice to the delegate, if it is still there.
     void notifyDelegate(const QVariant& value, const QString& key);
+    void reportDeviceProblem(const QString& description);
 
 private:
     std::unique_ptr<av::CaptureSession> captureSession;

@@ -55,6 +55,7 @@ void CKFVideoSession::swapCameraInput() {
         input = captureDeviceInput(DeviceType(int(position)));
     } catch (const std::exception& error) {
         printError(error);
+        reportDeviceProblem(QString::fromUtf8(error.what()));
         return;
     }
     av::CaptureDeviceInput* old = std::exchange(cameraInput, input.release());

@@ -1,17 +1,90 @@
 #include "platform/av/CaptureDevice.h"
 
+#include "platform/av/CameraPortal.h"
+#include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/Error.h"
+#include "platform/av/SystemCaptureDevice.h"
 
 #include <QCoreApplication>
+#include <QDBusConnection>
+#include <QFile>
+
+#include <cerrno>
+#include <optional>
+#include <unistd.h>
 
 namespace av {
 
-AuthorizationStatus CaptureDevice::authorizationStatus(MediaType) {
-    return AuthorizationStatus::authorized;
+namespace {
+
+// The portal's answer, kept for the process; asked on the GUI thread only.
+struct PortalAccess {
+    std::optional<bool> granted;
+    std::vector<std::function<void(bool)>> waiting;
+    CameraPortal* portal = nullptr;
+};
+
+PortalAccess& portalAccess() {
+    static PortalAccess access;
+    return access;
+}
+
+// Sound goes through the sound server, which the sandbox lets the app reach or not.
+bool needsAsking(MediaType type) {
+    return type == MediaType::video;
+}
+
+} // namespace
+
+AuthorizationStatus CaptureDevice::authorizationStatus(MediaType type) {
+    if (!needsAsking(type))
+        return AuthorizationStatus::authorized;
+    if (CameraPortal::isSandboxed()) {
+        const std::optional<bool> granted = portalAccess().granted;
+        return !granted   ? AuthorizationStatus::notDetermined
+               : *granted ? AuthorizationStatus::authorized
+                          : AuthorizationStatus::denied;
+    }
+    // The camera the app would open; a virtual or file camera needs no access.
+    const std::vector<CaptureDevice*> cameras =
+        CaptureDeviceDiscoverySession(MediaType::video, DevicePosition::unspecified).devices();
+    auto* system = cameras.empty() ? nullptr : qobject_cast<SystemCaptureDevice*>(cameras.front());
+    return authorizationStatusForNode(system ? system->devicePath() : QString());
 }
 
 void CaptureDevice::requestAccess(MediaType type, std::function<void(bool granted)> handler) {
-    handler(authorizationStatus(type) == AuthorizationStatus::authorized);
+    PortalAccess& access = portalAccess();
+    if (!needsAsking(type) || !CameraPortal::isSandboxed()) {
+        // Nothing to ask outside a sandbox: the device node's permissions are the answer.
+        handler(authorizationStatus(type) == AuthorizationStatus::authorized);
+        return;
+    }
+    if (access.granted) {
+        handler(*access.granted);
+        return;
+    }
+    access.waiting.push_back(std::move(handler));
+    if (access.waiting.size() > 1)
+        return;
+    if (!access.portal)
+        access.portal = new CameraPortal(QDBusConnection::sessionBus(), qApp);
+    access.portal->accessCamera([](bool granted) {
+        PortalAccess& answered = portalAccess();
+        answered.granted = granted;
+        for (const auto& waiting : std::exchange(answered.waiting, {}))
+            waiting(granted);
+    });
+}
+
+AuthorizationStatus CaptureDevice::authorizationStatusForNode(const QString& node) {
+    if (!node.startsWith(QLatin1Char('/')))
+        return AuthorizationStatus::authorized;
+    // Asked of the kernel without opening the camera, which would wake it. Capturing needs both
+    // reading and writing (buffer requests).
+    if (::access(QFile::encodeName(node).constData(), R_OK | W_OK) == 0)
+        return AuthorizationStatus::authorized;
+    return errno == EACCES || errno == EPERM ? AuthorizationStatus::denied
+                                             : AuthorizationStatus::authorized;
 }
 
 CaptureDevice::CaptureDevice(QString uniqueID, QString localizedName, MediaType mediaType,

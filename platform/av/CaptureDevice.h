@@ -30,8 +30,11 @@ public:
     // and the answer is not known until asked; otherwise access is granted unless the camera's
     // device node refuses this user.
     static AuthorizationStatus authorizationStatus(MediaType type);
-    // Asks once where the answer is not known yet; the handler may run on any thread.
+    // Asks once where the answer is not known yet; the handler may run on any thread. GUI thread.
     static void requestAccess(MediaType type, std::function<void(bool granted)> handler);
+    // The answer outside a sandbox for a camera at this device node: denied when the node refuses
+    // this user, authorized otherwise (no node, or a node that is gone, is no question of access).
+    static AuthorizationStatus authorizationStatusForNode(const QString& node);
 
     CaptureDevice(QString uniqueID, QString localizedName, MediaType mediaType,
                   DevicePosition position, QObject* parent = nullptr);

@@ -1,7 +1,9 @@
 #include "platform/av/CaptureDeviceDiscoverySession.h"
 
+#include "platform/av/BusWatch.h"
 #include "platform/av/FileCameraDevice.h"
 #include "platform/av/Gst.h"
+#include "platform/av/Logging.h"
 #include "platform/av/SystemCaptureDevice.h"
 #include "platform/av/VirtualCameraDevice.h"
 #include "platform/av/VirtualMicrophoneDevice.h"
@@ -10,12 +12,17 @@
 #include <QHash>
 #include <QLoggingCategory>
 #include <QTextStream>
+#include <QThread>
 
 #include <algorithm>
+#include <memory>
 
 namespace av {
 
 namespace {
+
+struct Catalog;
+Catalog& catalog();
 
 // Every device ever seen, by unique ID; devices live for the process so settings stick.
 struct Catalog {
@@ -27,13 +34,56 @@ struct Catalog {
     QString selection;
     QString warnedSelection;
 
+    GstHandle<GstDeviceMonitor> monitor;
+    std::unique_ptr<BusWatch> monitorWatch;
+    bool monitoring = false;
+
     template <class Device, class... Args>
     CaptureDevice* device(const QString& id, Args&&... args) {
-        if (CaptureDevice* known = byId.value(id))
+        // One that went away and came back is a new device.
+        if (CaptureDevice* known = byId.value(id); known && known->isConnected())
             return known;
         auto* made = new Device(std::forward<Args>(args)...);
         byId.insert(made->uniqueID(), made);
         return made;
+    }
+
+    CaptureDevice* systemDevice(GstDevice* gstDevice) {
+        if (gst_device_has_classes(gstDevice, "Video") &&
+            !SystemCaptureDevice::isUsableCamera(gstDevice))
+            return nullptr;
+        return device<SystemCaptureDevice>(SystemCaptureDevice::uniqueIdOf(gstDevice), gstDevice);
+    }
+
+    void watch() {
+        if (monitor)
+            return;
+        monitor = GstHandle<GstDeviceMonitor>(gst_device_monitor_new(), GstRef::adopt);
+        gst_device_monitor_add_filter(monitor.get(), "Video/Source", nullptr);
+        gst_device_monitor_add_filter(monitor.get(), "Audio/Source", nullptr);
+        // Plug events need the GUI thread's event loop; without one discovery only probes.
+        QCoreApplication* app = QCoreApplication::instance();
+        if (!app || QThread::currentThread() != app->thread())
+            return;
+        monitorWatch = std::make_unique<BusWatch>(gst_device_monitor_get_bus(monitor.get()),
+                                                  [this](GstMessage* message) { handle(message); });
+        monitoring = gst_device_monitor_start(monitor.get());
+        if (!monitoring) {
+            qCDebug(lcAv) << "no device provider reports plugged devices; probing only";
+            monitorWatch.reset();
+            return;
+        }
+        // The watch's notifier must go while the event loop is still there.
+        static bool cleanupAdded = false;
+        if (!std::exchange(cleanupAdded, true))
+            qAddPostRoutine([] { catalog().unwatch(); });
+    }
+
+    void unwatch() {
+        monitorWatch.reset();
+        if (std::exchange(monitoring, false))
+            gst_device_monitor_stop(monitor.get());
+        monitor.reset();
     }
 
     void probe() {
@@ -41,25 +91,49 @@ struct Catalog {
         std::vector<CaptureDevice*> found;
         if (systemEnabled) {
             Gst::ensureInitialized();
-            GstDeviceMonitor* monitor = gst_device_monitor_new();
-            gst_device_monitor_add_filter(monitor, "Video/Source", nullptr);
-            gst_device_monitor_add_filter(monitor, "Audio/Source", nullptr);
-            GList* devices = gst_device_monitor_get_devices(monitor);
-            for (GList* item = devices; item; item = item->next) {
-                GstDevice* gstDevice = GST_DEVICE(item->data);
-                const bool video = gst_device_has_classes(gstDevice, "Video");
-                if (video && !SystemCaptureDevice::isUsableCamera(gstDevice))
-                    continue;
-                const QString id = SystemCaptureDevice::uniqueIdOf(gstDevice);
-                found.push_back(device<SystemCaptureDevice>(id, gstDevice));
-            }
+            watch();
+            GList* devices = gst_device_monitor_get_devices(monitor.get());
+            for (GList* item = devices; item; item = item->next)
+                if (CaptureDevice* known = systemDevice(GST_DEVICE(item->data)))
+                    found.push_back(known);
             g_list_free_full(devices, gst_object_unref);
-            gst_object_unref(monitor);
+        } else {
+            unwatch();
         }
         for (CaptureDevice* old : system)
             if (std::find(found.begin(), found.end(), old) == found.end())
                 old->setDisconnected();
         system = std::move(found);
+    }
+
+    void handle(GstMessage* message) {
+        GstDevice* gstDevice = nullptr;
+        if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_DEVICE_ADDED) {
+            gst_message_parse_device_added(message, &gstDevice);
+            added(gstDevice);
+        } else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_DEVICE_REMOVED) {
+            gst_message_parse_device_removed(message, &gstDevice);
+            removed(SystemCaptureDevice::uniqueIdOf(gstDevice));
+        }
+        if (gstDevice)
+            gst_object_unref(gstDevice);
+    }
+
+    void added(GstDevice* gstDevice) {
+        CaptureDevice* plugged = systemDevice(gstDevice);
+        if (!plugged || std::find(system.begin(), system.end(), plugged) != system.end())
+            return;
+        qCDebug(lcAv).noquote() << "device plugged in:" << plugged->uniqueID();
+        system.push_back(plugged);
+    }
+
+    void removed(const QString& id) {
+        CaptureDevice* gone = byId.value(id);
+        if (!gone)
+            return;
+        qCDebug(lcAv).noquote() << "device unplugged:" << id;
+        std::erase(system, gone);
+        gone->setDisconnected();
     }
 
     CaptureDevice* chosenCamera() {
@@ -106,8 +180,9 @@ std::vector<CaptureDevice*> CaptureDeviceDiscoverySession::devices() const {
         c.probe();
 
     std::vector<CaptureDevice*> real;
+    // A device that failed as unplugged stays out until the monitor or a refresh finds it.
     for (CaptureDevice* device : c.system)
-        if (device->mediaType() == media)
+        if (device->mediaType() == media && device->isConnected())
             real.push_back(device);
 
     std::vector<CaptureDevice*> virtuals;
@@ -164,6 +239,20 @@ void CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(bool enabled) {
 
 void CaptureDeviceDiscoverySession::refresh() {
     catalog().probe();
+}
+
+void CaptureDeviceDiscoverySession::deviceAddedForTesting(GstDevice* device) {
+    Catalog& c = catalog();
+    if (!c.probed)
+        c.probe();
+    c.added(device);
+}
+
+void CaptureDeviceDiscoverySession::deviceRemovedForTesting(const QString& uniqueID) {
+    Catalog& c = catalog();
+    if (!c.probed)
+        c.probe();
+    c.removed(uniqueID);
 }
 
 } // namespace av

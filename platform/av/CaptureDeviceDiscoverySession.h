@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <gst/gst.h>
+
 #include <vector>
 
 namespace av {
@@ -31,6 +33,12 @@ public:
     static void setVirtualDevicesEnabled(bool enabled);
     // Probes the system's devices again (devices that went away are marked disconnected).
     static void refresh();
+
+    // While system devices are enabled, a device monitor watches for cameras and microphones
+    // plugged in or out, on the GUI thread: a new one is listed by the next discovery, one that
+    // goes is marked disconnected (and a session using it stops). Tests stand in for the monitor.
+    static void deviceAddedForTesting(GstDevice* device);
+    static void deviceRemovedForTesting(const QString& uniqueID);
 
 private:
     MediaType media;

@@ -6,6 +6,7 @@
 #include "platform/av/SystemCaptureDevice.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QFileInfo>
 
 #include <cerrno>
@@ -29,18 +30,21 @@ void checkCanOpen(const CaptureDevice* device) {
         const QFileInfo info(file->path());
         if (!info.isFile() || !info.isReadable())
             throw Error(Error::Code::deviceNotFound,
-                        tr("The picture “%1” cannot be read.").arg(file->path()));
+                        tr("The camera file “%1” cannot be read.").arg(file->path()));
         return;
     }
+    // Only a camera's node is opened here: a microphone's "path" names a sound card, not a file.
     auto* system = qobject_cast<const SystemCaptureDevice*>(device);
-    if (!system || !system->devicePath().startsWith(QStringLiteral("/dev/video")))
+    if (!system || system->mediaType() != MediaType::video ||
+        !system->devicePath().startsWith(QLatin1Char('/')))
         return;
-    const int fd = ::open(system->devicePath().toLocal8Bit().constData(), O_RDWR | O_NONBLOCK);
+    const int fd = ::open(QFile::encodeName(system->devicePath()).constData(), O_RDWR | O_NONBLOCK);
+    const int problem = errno;
     if (fd >= 0) {
         ::close(fd);
         return;
     }
-    switch (errno) {
+    switch (problem) {
     case EACCES:
     case EPERM:
         throw Error(Error::Code::permissionDenied,
@@ -53,7 +57,7 @@ void checkCanOpen(const CaptureDevice* device) {
     default:
         throw Error(Error::Code::deviceDisconnected,
                     tr("The camera “%1” cannot be opened: %2.")
-                        .arg(name, QString::fromLocal8Bit(strerror(errno))));
+                        .arg(name, QString::fromLocal8Bit(strerror(problem))));
     }
 }
 

@@ -99,9 +99,13 @@ void CaptureSession::addInput(CaptureInput* input) {
         return;
     input->setParent(this);
     sessionInputs.push_back(input);
-    if (auto* deviceInput = qobject_cast<CaptureDeviceInput*>(input))
-        connect(deviceInput->device(), &CaptureDevice::activeFormatChanged, this,
+    if (auto* deviceInput = qobject_cast<CaptureDeviceInput*>(input)) {
+        CaptureDevice* device = deviceInput->device();
+        connect(device, &CaptureDevice::activeFormatChanged, this,
                 &CaptureSession::scheduleRebuild);
+        connect(device, &CaptureDevice::wasDisconnected, this,
+                [this, device] { deviceWasDisconnected(device); });
+    }
     if (running)
         scheduleRebuild();
 }
@@ -180,7 +184,7 @@ double CaptureSession::frameRateFor(const CaptureDevice& device,
     return best > 0 ? best : asked;
 }
 
-bool CaptureSession::build(QString* problem) {
+bool CaptureSession::build(std::optional<Error>* problem) {
     pipe = GstHandle<GstElement>(gst_pipeline_new("capture"), GstRef::adopt);
     GstBin* bin = GST_BIN(pipe.get());
 
@@ -190,14 +194,23 @@ bool CaptureSession::build(QString* problem) {
     if (videoDevice) {
         format = formatFor(*videoDevice, preset);
         frameRate = frameRateFor(*videoDevice, format);
+        if (!videoDevice->isConnected()) {
+            *problem = Error(
+                Error::Code::deviceDisconnected,
+                tr("The camera “%1” is no longer connected.").arg(videoDevice->localizedName()));
+            return false;
+        }
         if (!format.isValid()) {
-            *problem = tr("The camera “%1” offers no picture format Tessaro can use.")
-                           .arg(videoDevice->localizedName());
+            *problem = Error(Error::Code::sessionNotRunning,
+                             tr("The camera “%1” offers no picture format Tessaro can use.")
+                                 .arg(videoDevice->localizedName()));
             return false;
         }
         GstElement* source = videoDevice->createSourceElement();
         if (!source) {
-            *problem = tr("The camera “%1” cannot be opened.").arg(videoDevice->localizedName());
+            *problem =
+                Error(Error::Code::sessionNotRunning,
+                      tr("The camera “%1” cannot be opened.").arg(videoDevice->localizedName()));
             return false;
         }
         int denominator = 1;
@@ -236,14 +249,16 @@ bool CaptureSession::build(QString* problem) {
             gst_bin_add(bin, element);
         for (size_t i = 1; i < chain.size(); ++i)
             if (!gst_element_link(chain[i - 1], chain[i])) {
-                *problem = tr("The camera “%1” cannot deliver %2×%3 pictures.")
-                               .arg(videoDevice->localizedName())
-                               .arg(format.width)
-                               .arg(format.height);
+                *problem = Error(Error::Code::sessionNotRunning,
+                                 tr("The camera “%1” cannot deliver %2×%3 pictures.")
+                                     .arg(videoDevice->localizedName())
+                                     .arg(format.width)
+                                     .arg(format.height));
                 gst_caps_unref(videoCaps);
                 return false;
             }
         videoDevice->attachPipeline(source, zoom);
+        videoSource = source;
     }
 
     if (CaptureDevice* microphone = deviceOf(int(MediaType::audio))) {
@@ -271,7 +286,11 @@ bool CaptureSession::build(QString* problem) {
     if (change != GST_STATE_CHANGE_FAILURE)
         gst_element_get_state(pipe.get(), nullptr, nullptr, 5 * GST_SECOND);
     if (std::optional<Error> error = errorFromBus(); error || change == GST_STATE_CHANGE_FAILURE) {
-        *problem = error ? error->localizedDescription() : tr("The camera could not be started.");
+        *problem =
+            error ? *error
+                  : Error(Error::Code::sessionNotRunning, tr("The camera could not be started."));
+        if (error && error->code() == Error::Code::deviceDisconnected && videoDevice)
+            videoDevice->setDisconnected();
         if (videoCaps)
             gst_caps_unref(videoCaps);
         if (audioCaps)
@@ -293,19 +312,44 @@ std::optional<Error> CaptureSession::errorFromBus() {
     gst_object_unref(bus);
     if (!message)
         return std::nullopt;
-    GError* error = nullptr;
-    gst_message_parse_error(message, &error, nullptr);
-    const QString name = videoDevice ? videoDevice->localizedName() : QString();
-    Error result(Error::Code::deviceDisconnected, QString::fromUtf8(error->message));
-    if (error->domain == GST_RESOURCE_ERROR && error->code == GST_RESOURCE_ERROR_BUSY)
-        result = Error(Error::Code::deviceBusy,
-                       tr("The camera “%1” is in use by another program.").arg(name));
-    else if (error->domain == GST_RESOURCE_ERROR &&
-             error->code == GST_RESOURCE_ERROR_NOT_AUTHORIZED)
-        result = Error(Error::Code::permissionDenied,
-                       tr("Tessaro may not use the camera “%1”: permission denied.").arg(name));
-    g_error_free(error);
+    const Error error = errorFrom(message);
     gst_message_unref(message);
+    return error;
+}
+
+Error CaptureSession::errorFrom(GstMessage* message) const {
+    GError* error = nullptr;
+    gchar* debug = nullptr;
+    gst_message_parse_error(message, &error, &debug);
+    qCWarning(lcAv) << "capture pipeline error:" << error->message << (debug ? debug : "");
+    GstObject* origin = GST_MESSAGE_SRC(message);
+    const bool fromCamera =
+        videoSource && (origin == GST_OBJECT(videoSource) ||
+                        gst_object_has_as_ancestor(origin, GST_OBJECT(videoSource)));
+    const QString name = videoDevice ? videoDevice->localizedName() : QString();
+    Error result(Error::Code::sessionNotRunning, QString::fromUtf8(error->message));
+    if (fromCamera && error->domain == GST_RESOURCE_ERROR) {
+        switch (error->code) {
+        case GST_RESOURCE_ERROR_BUSY:
+            result = Error(Error::Code::deviceBusy,
+                           tr("The camera “%1” is in use by another program.").arg(name));
+            break;
+        case GST_RESOURCE_ERROR_NOT_AUTHORIZED:
+            result = Error(Error::Code::permissionDenied,
+                           tr("Tessaro may not use the camera “%1”: permission denied.").arg(name));
+            break;
+        case GST_RESOURCE_ERROR_READ:
+        case GST_RESOURCE_ERROR_NOT_FOUND:
+            result = Error(
+                Error::Code::deviceDisconnected,
+                tr("The camera “%1” stopped delivering pictures; was it unplugged?").arg(name));
+            break;
+        default:
+            break;
+        }
+    }
+    g_error_free(error);
+    g_free(debug);
     return result;
 }
 
@@ -320,17 +364,19 @@ void CaptureSession::teardown() {
             deviceInput->device()->detachPipeline();
     pipe.reset();
     videoDevice = nullptr;
+    videoSource = nullptr;
 }
 
 void CaptureSession::startRunning() {
     if (running)
         return;
     rebuildPending = false;
-    QString problem;
+    std::optional<Error> problem;
     if (!build(&problem)) {
         teardown();
-        qCWarning(lcAv).noquote() << "capture session did not start:" << problem;
-        emit runtimeError(Error(Error::Code::sessionNotRunning, problem));
+        qCWarning(lcAv).noquote() << "capture session did not start:"
+                                  << problem->localizedDescription();
+        emit runtimeError(*problem);
         return;
     }
     running = true;
@@ -361,28 +407,30 @@ void CaptureSession::scheduleRebuild() {
 void CaptureSession::handleBusMessage(GstMessage* message) {
     if (GST_MESSAGE_TYPE(message) != GST_MESSAGE_ERROR)
         return;
-    GError* error = nullptr;
-    gchar* debug = nullptr;
-    gst_message_parse_error(message, &error, &debug);
-    qCWarning(lcAv) << "capture pipeline error:" << error->message << (debug ? debug : "");
-    const bool sourceGone =
-        error->domain == GST_RESOURCE_ERROR &&
-        (error->code == GST_RESOURCE_ERROR_READ || error->code == GST_RESOURCE_ERROR_NOT_FOUND);
-    const QString name = videoDevice ? videoDevice->localizedName() : QString();
-    const Error reported =
-        sourceGone
-            ? Error(Error::Code::deviceDisconnected,
-                    tr("The camera “%1” stopped delivering pictures; was it unplugged?").arg(name))
-            : Error(Error::Code::sessionNotRunning, QString::fromUtf8(error->message));
-    g_error_free(error);
-    g_free(debug);
-    if (sourceGone && videoDevice)
+    const Error error = errorFrom(message);
+    fail(error);
+    if (error.code() == Error::Code::deviceDisconnected && videoDevice)
         videoDevice->setDisconnected();
-    // Stopping finishes any recording, so what was recorded stays a playable file. Not from
-    // inside the bus watch's own callback, which stopping deletes.
-    QTimer::singleShot(0, this, [this, reported] {
+}
+
+void CaptureSession::deviceWasDisconnected(CaptureDevice* device) {
+    if (!running)
+        return;
+    fail(Error(Error::Code::deviceDisconnected,
+               device->mediaType() == MediaType::video
+                   ? tr("The camera “%1” was disconnected.").arg(device->localizedName())
+                   : tr("The microphone “%1” was disconnected.").arg(device->localizedName())));
+}
+
+void CaptureSession::fail(const Error& error) {
+    if (std::exchange(failing, true))
+        return;
+    // Stopping finishes any recording, so what was recorded stays a playable file. Not at once:
+    // the caller may be the bus watch that stopping deletes, or discovery amid its bookkeeping.
+    QTimer::singleShot(0, this, [this, error] {
+        failing = false;
         stopRunning();
-        emit runtimeError(reported);
+        emit runtimeError(error);
     });
 }
 

@@ -58,18 +58,23 @@ public:
     static double frameRateFor(const CaptureDevice& device, const CaptureDeviceFormat& format);
 
 signals:
-    // Something stopped the running session (camera unplugged, device error); it is stopped now.
+    // Something stopped the running session (camera unplugged, busy, refused, device error), or
+    // kept it from starting; it is stopped now and any recording is finished.
     void runtimeError(const av::Error& error);
     void didStartRunning();
     void didStopRunning();
 
 private:
     CaptureDevice* deviceOf(int mediaType) const;
-    bool build(QString* problem);
+    bool build(std::optional<Error>* problem);
     void teardown();
     void handleBusMessage(GstMessage* message);
     void scheduleRebuild();
     std::optional<Error> errorFromBus();
+    Error errorFrom(GstMessage* message) const;
+    void deviceWasDisconnected(CaptureDevice* device);
+    // Stops the session and reports the error, once, on the next turn of the event loop.
+    void fail(const Error& error);
 
     QString preset = preset1920x1080;
     std::vector<CaptureInput*> sessionInputs;
@@ -77,10 +82,12 @@ private:
     GstHandle<GstElement> pipe;
     std::unique_ptr<BusWatch> busWatch;
     CaptureDevice* videoDevice = nullptr;
+    GstElement* videoSource = nullptr; // the pipeline's
     CaptureDeviceFormat format;
     double frameRate = 0;
     bool running = false;
     bool rebuildPending = false;
+    bool failing = false;
 };
 
 } // namespace av

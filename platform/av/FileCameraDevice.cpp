@@ -3,27 +3,87 @@
 #include "platform/av/VirtualCameraDevice.h"
 
 #include <QFileInfo>
+#include <QUrl>
+
+#include <gst/app/gstappsink.h>
+#include <gst/app/gstappsrc.h>
 
 namespace av {
+
+namespace {
+
+// Where the player's frames go. The appsink owns it, so it lives while frames can arrive.
+struct Feed {
+    GstHandle<GstElement> target; // the appsrc
+    GstHandle<GstCaps> caps;
+};
+
+GstFlowReturn pushFrame(GstAppSink* sink, gpointer data) {
+    auto* feed = static_cast<Feed*>(data);
+    GstSample* sample = gst_app_sink_pull_sample(sink);
+    if (!sample)
+        return GST_FLOW_EOS;
+    GstCaps* caps = gst_sample_get_caps(sample);
+    if (caps && (!feed->caps || !gst_caps_is_equal(caps, feed->caps.get()))) {
+        feed->caps = GstHandle<GstCaps>(caps, GstRef::add);
+        gst_app_src_set_caps(GST_APP_SRC(feed->target.get()), caps);
+    }
+    // A shallow copy: the pixels are shared. The appsrc stamps it with the session's time.
+    GstBuffer* frame = gst_buffer_copy(gst_sample_get_buffer(sample));
+    GST_BUFFER_PTS(frame) = GST_CLOCK_TIME_NONE;
+    GST_BUFFER_DTS(frame) = GST_CLOCK_TIME_NONE;
+    GST_BUFFER_DURATION(frame) = GST_CLOCK_TIME_NONE;
+    gst_app_src_push_buffer(GST_APP_SRC(feed->target.get()), frame);
+    gst_sample_unref(sample);
+    return GST_FLOW_OK;
+}
+
+void freeFeed(gpointer data) {
+    delete static_cast<Feed*>(data);
+}
+
+// Same file again: playbin switches to it without a gap.
+void playAgain(GstElement* player, gpointer) {
+    gchar* uri = nullptr;
+    g_object_get(player, "current-uri", &uri, nullptr);
+    g_object_set(player, "uri", uri, nullptr);
+    g_free(uri);
+}
+
+GstElement* make(const char* factory, const char* name) {
+    GstElement* element = gst_element_factory_make(factory, name);
+    if (!element)
+        qFatal("av::FileCameraDevice: the GStreamer element \"%s\" is missing", factory);
+    return element;
+}
+
+} // namespace
 
 FileCameraDevice::FileCameraDevice(QString path, QObject* parent)
     : CaptureDevice(QStringLiteral("file:") + path, QFileInfo(path).fileName(), MediaType::video,
                     DevicePosition::back, parent),
       filePath(std::move(path)) {
-    // The picture is scaled to whatever the session asks for.
+    // The file is scaled to whatever the session asks for.
     setFormats(VirtualCameraDevice::sceneFormats());
 }
 
-GstElement* FileCameraDevice::createSourceElement() const {
-    GError* error = nullptr;
-    // Decoders named outright: decodebin's late pads do not link inside a parsed bin here.
+bool FileCameraDevice::isStillPicture() const {
     const QString suffix = QFileInfo(filePath).suffix().toLower();
-    const QByteArray decoder = suffix == QStringLiteral("png") ? "pngdec"
-                               : suffix == QStringLiteral("jpg") || suffix == QStringLiteral("jpeg")
-                                   ? "jpegdec"
-                                   : "decodebin";
+    return suffix == QStringLiteral("png") || suffix == QStringLiteral("jpg") ||
+           suffix == QStringLiteral("jpeg");
+}
+
+GstElement* FileCameraDevice::createSourceElement() const {
+    return isStillPicture() ? createPictureSource() : createVideoSource();
+}
+
+GstElement* FileCameraDevice::createPictureSource() const {
+    // Decoders named outright: decodebin's late pads do not link inside a parsed bin here.
+    const QByteArray decoder =
+        QFileInfo(filePath).suffix().toLower() == QStringLiteral("png") ? "pngdec" : "jpegdec";
     const QByteArray description =
         "filesrc name=file ! " + decoder + " ! videoconvert ! imagefreeze is-live=true";
+    GError* error = nullptr;
     GstElement* bin = gst_parse_bin_from_description(description.constData(), TRUE, &error);
     if (!bin) {
         g_clear_error(&error);
@@ -32,6 +92,40 @@ GstElement* FileCameraDevice::createSourceElement() const {
     GstElement* file = gst_bin_get_by_name(GST_BIN(bin), "file");
     g_object_set(file, "location", filePath.toUtf8().constData(), nullptr);
     gst_object_unref(file);
+    return bin;
+}
+
+GstElement* FileCameraDevice::createVideoSource() const {
+    GstElement* bin = gst_bin_new(nullptr);
+    g_object_set(bin, "async-handling", TRUE, nullptr);
+    GstElement* source = make("appsrc", "frames");
+    // A live source like a camera: the newest frame wins when the session falls behind. Its
+    // caps are the first frame's.
+    g_object_set(source, "is-live", TRUE, "do-timestamp", TRUE, "format", GST_FORMAT_TIME,
+                 "max-buffers", guint64(2), "leaky-type", GST_APP_LEAKY_TYPE_DOWNSTREAM, nullptr);
+
+    GstElement* sink = make("appsink", nullptr);
+    GstCaps* frames = gst_caps_from_string("video/x-raw, format=I420");
+    // Paced at the file's own speed; a frame late on a busy machine is left out.
+    g_object_set(sink, "caps", frames, "sync", TRUE, "max-buffers", 2, nullptr);
+    gst_caps_unref(frames);
+    GstAppSinkCallbacks callbacks{};
+    callbacks.new_sample = pushFrame;
+    gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks,
+                               new Feed{GstHandle<GstElement>(source, GstRef::add), {}}, freeFeed);
+
+    GstElement* player = make("playbin", "player");
+    const QByteArray uri = QUrl::fromLocalFile(QFileInfo(filePath).absoluteFilePath()).toEncoded();
+    constexpr guint videoOnly = 1; // GST_PLAY_FLAG_VIDEO: no sound, no subtitles
+    // An audio sink of our own, or playbin tries (and opens) the machine's to check the sound.
+    g_object_set(player, "uri", uri.constData(), "video-sink", sink, "audio-sink",
+                 make("fakesink", nullptr), "flags", videoOnly, nullptr);
+    g_signal_connect(player, "about-to-finish", G_CALLBACK(playAgain), nullptr);
+
+    gst_bin_add_many(GST_BIN(bin), player, source, nullptr);
+    GstPad* pad = gst_element_get_static_pad(source, "src");
+    gst_element_add_pad(bin, gst_ghost_pad_new("src", pad));
+    gst_object_unref(pad);
     return bin;
 }
 

@@ -4,8 +4,17 @@
 
 namespace av {
 
-// A still picture (PNG or JPEG) shown as a live back camera, for demos and tests
-// (--camera file:PATH).
+// A picture (PNG or JPEG) or a video file shown as a live back camera, for demos and tests
+// (--camera file:PATH). The session scales either to its format, keeping the aspect ratio
+// (black bars), and adapts the frame rate.
+//
+// A video loops forever, without its sound. The source is a bin holding a playbin and a live
+// appsrc; the playbin's frames are pushed into the appsrc, which is what the session links.
+// Playbin loops without a gap when given the same file again as it is about to finish (a
+// segment seek would need the bus), and the appsrc stamps each frame with the session's time on
+// arrival, so the loop's restarting clock never shows. Being in the session's pipeline, the
+// playbin starts and stops with it and its failures reach the session's bus like a camera's.
+// The bin handles the playbin's preroll itself: a live pipeline does not wait for one.
 class FileCameraDevice : public CaptureDevice {
     Q_OBJECT
 
@@ -13,9 +22,13 @@ public:
     explicit FileCameraDevice(QString path, QObject* parent = nullptr);
 
     const QString& path() const { return filePath; }
+    bool isStillPicture() const;
     GstElement* createSourceElement() const override;
 
 private:
+    GstElement* createPictureSource() const;
+    GstElement* createVideoSource() const;
+
     QString filePath;
 };
 

@@ -182,20 +182,29 @@ TEST_F(VideoSessionTest, aLandscapeLeftDeviceRecordsLandscapeRightVideo) {
     EXPECT_EQ(inspect(file).orientation, QStringLiteral("rotate-270"));
 }
 
-TEST_F(VideoSessionTest, aStillPictureRecordsAsTheBackCamera) {
-    const QString picture = documents.filePath(QStringLiteral("subject.png"));
-    const QByteArray launch = "videotestsrc num-buffers=1 ! video/x-raw,width=320,height=240 ! "
-                              "pngenc ! filesink location=" +
-                              picture.toUtf8();
+// Runs a gst-launch description that writes a file, to its end.
+bool writeWith(const QByteArray& launch) {
     GstElement* writer = gst_parse_launch(launch.constData(), nullptr);
-    ASSERT_NE(writer, nullptr);
+    if (!writer)
+        return false;
     gst_element_set_state(writer, GST_STATE_PLAYING);
     GstBus* bus = gst_element_get_bus(writer);
-    gst_message_unref(gst_bus_timed_pop_filtered(
-        bus, 5 * GST_SECOND, GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)));
+    GstMessage* end = gst_bus_timed_pop_filtered(
+        bus, 20 * GST_SECOND, GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
+    const bool written = end && GST_MESSAGE_TYPE(end) == GST_MESSAGE_EOS;
+    if (end)
+        gst_message_unref(end);
     gst_object_unref(bus);
     gst_element_set_state(writer, GST_STATE_NULL);
     gst_object_unref(writer);
+    return written;
+}
+
+TEST_F(VideoSessionTest, aStillPictureRecordsAsTheBackCamera) {
+    const QString picture = documents.filePath(QStringLiteral("subject.png"));
+    ASSERT_TRUE(writeWith("videotestsrc num-buffers=1 ! video/x-raw,width=320,height=240 ! "
+                          "pngenc ! filesink location=" +
+                          picture.toUtf8()));
 
     av::CaptureDeviceDiscoverySession::setCameraSelection(QStringLiteral("file:") + picture);
     CKFVideoSession session(CKFSession::CameraPosition::back);
@@ -208,6 +217,62 @@ TEST_F(VideoSessionTest, aStillPictureRecordsAsTheBackCamera) {
     const MovieInfo info = inspect(file);
     EXPECT_EQ(info.videoCodec, QStringLiteral("video/x-h264"));
     EXPECT_EQ(info.width, 1920);
+}
+
+TEST_F(VideoSessionTest, aShortVideoLoopsForAsLongAsTheRecording) {
+    const QString clip = documents.filePath(QStringLiteral("clip.mp4"));
+    ASSERT_TRUE(writeWith("videotestsrc num-buffers=30 ! video/x-raw,width=320,height=240,"
+                          "framerate=30/1 ! x264enc ! mp4mux ! filesink location=" +
+                          clip.toUtf8()));
+    av::CaptureDeviceDiscoverySession::setCameraSelection(QStringLiteral("file:") + clip);
+    CKFVideoSession session(CKFSession::CameraPosition::back);
+    av::CaptureDeviceDiscoverySession::setCameraSelection({});
+    session.start();
+    const QString file = recordClip(session, 2.5);
+    ASSERT_FALSE(file.isEmpty());
+    // Frames for the whole recording, not just the clip's one second.
+    EXPECT_GT(session.movieFileOutput()->framesWritten(), 60);
+    EXPECT_GT(inspect(file).seconds, 2.2);
+}
+
+TEST_F(VideoSessionTest, anUnpluggedCameraEndsTheRecordingPlayableAndTellsTheScreen) {
+    CKFVideoSession session(CKFSession::CameraPosition::back);
+    QStringList problems;
+    QObject::connect(&session, &CKFSession::deviceProblem,
+                     [&](const QString& description) { problems << description; });
+    session.start();
+    QString finished;
+    session.record(
+        std::nullopt, [&](const QUrl& url) { finished = url.toLocalFile(); },
+        [&](const std::exception&) { finished = QStringLiteral("failed"); });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return session.isRecording(); }, 10000));
+    QTest::qWait(1000);
+
+    av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(camera(session)->uniqueID());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !problems.isEmpty() && !finished.isEmpty(); }, 15000));
+    EXPECT_FALSE(session.session()->isRunning());
+    EXPECT_FALSE(session.isRecording());
+    ASSERT_EQ(finished, CKFVideoSession::defaultFileURL().toLocalFile());
+    EXPECT_EQ(inspect(finished).videoCodec, QStringLiteral("video/x-h264"));
+    EXPECT_GT(inspect(finished).seconds, 0.8);
+    EXPECT_EQ(problems.size(), 1);
+    EXPECT_TRUE(problems.front().contains(QStringLiteral("disconnected")))
+        << problems.front().toStdString();
+
+    // The next session finds the camera again, as a new device.
+    CKFVideoSession next(CKFSession::CameraPosition::back);
+    EXPECT_TRUE(camera(next)->isConnected());
+}
+
+TEST_F(VideoSessionTest, aCameraThatCannotBeOpenedIsReportedToTheScreen) {
+    av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(false);
+    CKFVideoSession session(CKFSession::CameraPosition::back);
+    // Connected after making the session, as a screen does.
+    QStringList problems;
+    QObject::connect(&session, &CKFSession::deviceProblem,
+                     [&](const QString& description) { problems << description; });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !problems.isEmpty(); }, 1000));
+    EXPECT_EQ(problems, QStringList{CKFError::captureDeviceNotFound().localizedDescription()});
 }
 
 TEST_F(VideoSessionTest, zoomGoesToTheCameraAndTellsTheDelegate) {

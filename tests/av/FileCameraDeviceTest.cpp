@@ -1,0 +1,99 @@
+#include "platform/av/FileCameraDevice.h"
+#include "platform/av/CaptureDeviceInput.h"
+#include "platform/av/CapturePreviewOutput.h"
+#include "platform/av/CaptureSession.h"
+#include "platform/av/Gst.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gst/video/video.h>
+#include <gtest/gtest.h>
+
+namespace av {
+namespace {
+
+// A one-second 4:3 clip of colour bars, with sound, which the camera leaves out.
+QString makeClip(const QTemporaryDir& folder) {
+    Gst::ensureInitialized();
+    const QString path = folder.filePath(QStringLiteral("clip.mp4"));
+    const QByteArray launch =
+        "videotestsrc num-buffers=30 pattern=smpte ! video/x-raw,width=320,height=240,"
+        "framerate=30/1 ! x264enc ! mp4mux name=mux ! filesink location=" +
+        path.toUtf8() + " audiotestsrc num-buffers=47 ! avenc_aac ! mux.";
+    GstHandle<GstElement> writer(gst_parse_launch(launch.constData(), nullptr), GstRef::adopt);
+    gst_element_set_state(writer.get(), GST_STATE_PLAYING);
+    GstHandle<GstBus> bus(gst_element_get_bus(writer.get()), GstRef::adopt);
+    GstHandle<GstMessage> end(
+        gst_bus_timed_pop_filtered(bus.get(), 20 * GST_SECOND,
+                                   GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)),
+        GstRef::adopt);
+    gst_element_set_state(writer.get(), GST_STATE_NULL);
+    EXPECT_TRUE(end && GST_MESSAGE_TYPE(end.get()) == GST_MESSAGE_EOS);
+    return path;
+}
+
+int lumaAt(GstSample* sample, int x, int y) {
+    GstVideoInfo info;
+    gst_video_info_from_caps(&info, gst_sample_get_caps(sample));
+    GstVideoFrame frame;
+    gst_video_frame_map(&frame, &info, gst_sample_get_buffer(sample), GST_MAP_READ);
+    const int luma = static_cast<const guint8*>(
+        GST_VIDEO_FRAME_PLANE_DATA(&frame, 0))[y * GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 0) + x];
+    gst_video_frame_unmap(&frame);
+    return luma;
+}
+
+TEST(FileCameraDevice, aVideoLoopsAtTheSessionFormatWithBlackBars) {
+    QTemporaryDir folder;
+    FileCameraDevice camera(makeClip(folder));
+    EXPECT_FALSE(camera.isStillPicture());
+    CaptureSession session;
+    session.setSessionPreset(CaptureSession::preset1280x720);
+    session.addInput(new CaptureDeviceInput(&camera));
+    CapturePreviewOutput preview;
+    session.addOutput(&preview);
+    session.startRunning();
+    ASSERT_TRUE(session.isRunning());
+
+    // Well past the clip's end, frames still come: the clip started over.
+    QTest::qWait(2500);
+    const quint64 early = preview.framesReceived();
+    EXPECT_GT(early, 45u);
+    QTest::qWait(500);
+    EXPECT_GT(preview.framesReceived(), early + 5);
+    GstHandle<GstSample> frame = preview.takeLatestFrame();
+    session.stopRunning();
+    ASSERT_TRUE(frame);
+
+    GstVideoInfo info;
+    ASSERT_TRUE(gst_video_info_from_caps(&info, gst_sample_get_caps(frame.get())));
+    EXPECT_EQ(info.width, 1280);
+    EXPECT_EQ(info.height, 720);
+    EXPECT_EQ(info.fps_n, 30);
+    // 4:3 in 16:9: black at the sides, the bars (light grey at the left) in the middle.
+    EXPECT_LT(lumaAt(frame.get(), 20, 360), 24);
+    EXPECT_GT(lumaAt(frame.get(), 170, 100), 120);
+}
+
+TEST(FileCameraDevice, aFileThatIsNoVideoStopsTheSessionWithAnError) {
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("broken.mp4"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray(4096, 'x'));
+    file.close();
+    FileCameraDevice camera(path);
+    CaptureSession session;
+    session.addInput(new CaptureDeviceInput(&camera));
+    std::optional<Error> reported;
+    QObject::connect(&session, &CaptureSession::runtimeError,
+                     [&](const Error& error) { reported = error; });
+    session.startRunning();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return reported.has_value(); }, 10000));
+    EXPECT_FALSE(session.isRunning());
+}
+
+} // namespace
+} // namespace av
