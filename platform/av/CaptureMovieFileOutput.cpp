@@ -1,5 +1,7 @@
 #include "platform/av/CaptureMovieFileOutput.h"
 
+#include <QThreadPool>
+
 #include "platform/av/Logging.h"
 
 #include "platform/av/MovieWriter.h"
@@ -108,8 +110,11 @@ void CaptureMovieFileOutput::sessionDidStart(GstCaps* videoCaps, GstCaps* audioC
     sessionVideoCaps = GstHandle<GstCaps>(videoCaps, GstRef::add);
     sessionAudioCaps = GstHandle<GstCaps>(audioCaps, GstRef::add);
     // Tries the hardware encoders now rather than when the user presses record.
-    if (videoCaps && state == State::idle)
+    if (videoCaps && state == State::idle) {
         encoder = MovieWriter::chooseVideoEncoder(videoCaps);
+        QThreadPool::globalInstance()->start(
+            [chosen = encoder] { MovieWriter::loadPlugins(chosen); });
+    }
 }
 
 void CaptureMovieFileOutput::sessionWillStop() {

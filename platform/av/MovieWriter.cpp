@@ -241,6 +241,19 @@ GstPadProbeReturn rotateVideoTrack(GstPad*, GstPadProbeInfo* info, gpointer degr
 
 } // namespace
 
+void MovieWriter::loadPlugins(const QString& videoEncoder) {
+    const QByteArray encoder = videoEncoder.toUtf8();
+    for (const char* factory : {encoder.constData(), "appsrc", "audioconvert", "audioresample",
+                                "h264parse", "qtmux", "filesink", "videoconvert"})
+        if (GstElement* element = gst_element_factory_make(factory, nullptr))
+            gst_object_unref(gst_object_ref_sink(element));
+    for (const char* factory : aacEncoders)
+        if (GstElement* element = gst_element_factory_make(factory, nullptr)) {
+            gst_object_unref(gst_object_ref_sink(element));
+            break;
+        }
+}
+
 QString MovieWriter::chooseVideoEncoder(GstCaps* videoCaps) {
     GstVideoInfo info;
     if (!videoCaps || !gst_video_info_from_caps(&info, videoCaps))

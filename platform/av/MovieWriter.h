@@ -49,6 +49,9 @@ public:
     // The H.264 encoder a recording of this format gets: a hardware encoder that has shown it
     // can encode this size (tried once per size), otherwise x264enc. Empty when there is none.
     static QString chooseVideoEncoder(GstCaps* videoCaps);
+    // Loads the plugins a recording with this encoder needs, so the first press of record does
+    // not wait for them (a fifth of a second on a small machine). Any thread.
+    static void loadPlugins(const QString& videoEncoder);
     // Target bit rate in kbit/s: 17 Mbit/s at 1080p30, 25 at 1080p60, 45 at 2160p30, and a
     // power law between and beyond them.
     static int videoBitrate(int width, int height, double frameRate);

@@ -1,5 +1,7 @@
 #include "platform/ui/Window.h"
 
+#include <QGuiApplication>
+
 #include <QResizeEvent>
 #include <QShowEvent>
 
@@ -87,8 +89,11 @@ void Window::makeKeyAndVisible() {
         showFullScreen();
     else
         show();
-    raise();
-    activateWindow();
+    // The offscreen platform has no stacking and says so on every call.
+    if (QGuiApplication::platformName() != QLatin1String("offscreen")) {
+        raise();
+        activateWindow();
+    }
 }
 
 Window* Window::keyWindow() {
