@@ -39,6 +39,10 @@ CKFVideoSession::~CKFVideoSession() {
     session()->stopRunning();
 }
 
+av::CaptureDevice* CKFVideoSession::cameraDevice() const {
+    return cameraInput ? cameraInput->device() : nullptr;
+}
+
 void CKFVideoSession::setCameraPosition(CameraPosition value) {
     position = value;
     swapCameraInput();

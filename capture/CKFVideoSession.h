@@ -44,6 +44,8 @@ public:
     static QUrl defaultFileURL();
 
     av::CaptureMovieFileOutput* movieFileOutput() const { return movieOutput; }
+    // The camera recorded from; null when none could be opened.
+    av::CaptureDevice* cameraDevice() const;
 
     // The movie output's notices, on the GUI thread.
     void didStartRecording(av::CaptureMovieFileOutput* output, const QUrl& fileURL) override;

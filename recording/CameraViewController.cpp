@@ -4,6 +4,7 @@
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFVideoSession.h"
 #include "platform/av/CaptureDevice.h"
+#include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/CaptureVideoPreviewLayer.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/Device.h"
@@ -38,6 +39,7 @@ constexpr int topRowHeight = 56;
 constexpr int topButtonSide = 44;
 constexpr int columnWidth = 440;
 constexpr int margin = 16;
+constexpr int virtualNoticeSeconds = 6;
 
 foundation::Preferences& defaults() {
     return foundation::Preferences::standard();
@@ -383,6 +385,21 @@ void CameraViewController::setupSession() {
     updateZoomModeButton();
     if (preview->gridView())
         preview->gridView()->raise();
+
+    // Every camera state is said on the picture: busy, refused, unplugged; and a stand-in.
+    connect(session.get(), &CKFSession::deviceProblem, this,
+            &CameraViewController::showCameraStatus);
+    const av::CaptureDevice* camera = session->cameraDevice();
+    if (camera && camera->isVirtual() &&
+        av::CaptureDeviceDiscoverySession::cameraSelection() != QLatin1String("virtual")) {
+        showCameraStatus(foundation::Strings::localizedString("cam_status_virtual"));
+        QPointer<ui::Label> label(cameraStatusLabel);
+        const QString shown = label->text();
+        QTimer::singleShot(virtualNoticeSeconds * 1000, this, [label, shown] {
+            if (label && label->text() == shown)
+                label->hide();
+        });
+    }
 }
 
 void CameraViewController::updateDurationTitle() {

@@ -130,6 +130,7 @@ protected:
     void viewWillTransition(QSize size) override;
 
 private:
+    // Over the picture, until the next message; empty hides it.
     void showCameraStatus(const QString& message);
     // Keeps the slider within what the camera's current format can zoom sharply.
     void updateZoomRange(int formatWidth);

@@ -36,7 +36,20 @@ bool needsAsking(MediaType type) {
 
 } // namespace
 
+namespace {
+std::optional<AuthorizationStatus>& statusForTesting() {
+    static std::optional<AuthorizationStatus> status;
+    return status;
+}
+} // namespace
+
+void CaptureDevice::setAuthorizationStatusForTesting(std::optional<AuthorizationStatus> status) {
+    statusForTesting() = status;
+}
+
 AuthorizationStatus CaptureDevice::authorizationStatus(MediaType type) {
+    if (statusForTesting())
+        return *statusForTesting();
     if (!needsAsking(type))
         return AuthorizationStatus::authorized;
     if (CameraPortal::isSandboxed()) {
@@ -54,7 +67,7 @@ AuthorizationStatus CaptureDevice::authorizationStatus(MediaType type) {
 
 void CaptureDevice::requestAccess(MediaType type, std::function<void(bool granted)> handler) {
     PortalAccess& access = portalAccess();
-    if (!needsAsking(type) || !CameraPortal::isSandboxed()) {
+    if (statusForTesting() || !needsAsking(type) || !CameraPortal::isSandboxed()) {
         // Nothing to ask outside a sandbox: the device node's permissions are the answer.
         handler(authorizationStatus(type) == AuthorizationStatus::authorized);
         return;

@@ -8,6 +8,7 @@
 #include <QPointF>
 
 #include <functional>
+#include <optional>
 
 #include <gst/gst.h>
 
@@ -35,6 +36,8 @@ public:
     // The answer outside a sandbox for a camera at this device node: denied when the node refuses
     // this user, authorized otherwise (no node, or a node that is gone, is no question of access).
     static AuthorizationStatus authorizationStatusForNode(const QString& node);
+    // Answers every question of access with this status until reset with nullopt.
+    static void setAuthorizationStatusForTesting(std::optional<AuthorizationStatus> status);
 
     CaptureDevice(QString uniqueID, QString localizedName, MediaType mediaType,
                   DevicePosition position, QObject* parent = nullptr);

@@ -33,6 +33,16 @@
         <source>Done</source>
         <translation>Done</translation>
     </message>
+    <message id="cam_status_denied">
+        <extracomment>Over the camera picture.</extracomment>
+        <source>Tessaro may not use the camera. Allow camera access in your system's privacy settings, or add your user to the "video" group, then start Tessaro again.</source>
+        <translation>Tessaro may not use the camera. Allow camera access in your system's privacy settings, or add your user to the "video" group, then start Tessaro again.</translation>
+    </message>
+    <message id="cam_status_virtual">
+        <extracomment>Over the camera picture.</extracomment>
+        <source>No camera was found, so this is Tessaro's virtual camera: a street that reacts to the zoom like a real one.</source>
+        <translation>No camera was found, so this is Tessaro's virtual camera: a street that reacts to the zoom like a real one.</translation>
+    </message>
     <message id="tutorial_text_1">
         <extracomment>First-run tutorial, page 1 of 4.</extracomment>
         <source>Frame your subject and set the start zoom with the slider.</source>

@@ -326,4 +326,36 @@ TEST_F(CameraViewControllerTest, DurationButtonOpensThePickerAndItsChoiceComesBa
     EXPECT_EQ(screen->durationButton->currentTitle(), QStringLiteral("9s"));
 }
 
+TEST_F(CameraViewControllerTest, WithoutPermissionThereIsNoSessionButControlsRespond) {
+    av::CaptureDevice::setAuthorizationStatusForTesting(av::AuthorizationStatus::denied);
+    show(false);
+    QTest::qWait(50);
+    EXPECT_FALSE(screen->videoSession());
+    EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
+    EXPECT_EQ(screen->cameraStatusLabel->text(),
+              foundation::Strings::localizedString("cam_status_denied"));
+    screen->cameraButton->sendActions(ui::Control::touchUpInside);
+    screen->hdButton->sendActions(ui::Control::touchUpInside);
+    screen->zoomInButton->sendActions(ui::Control::touchUpInside);
+    EXPECT_FALSE(screen->lastRamp());
+    EXPECT_EQ(defaults().integerForKey(PreferenceSchema::zoomMode), 1);
+    av::CaptureDevice::setAuthorizationStatusForTesting(std::nullopt);
+}
+
+TEST_F(CameraViewControllerTest, TheVirtualCameraAndAnUnpluggedCameraAreSaidOnThePicture) {
+    show();
+    EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
+    EXPECT_EQ(screen->cameraStatusLabel->text(),
+              foundation::Strings::localizedString("cam_status_virtual"));
+
+    av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(camera()->uniqueID());
+    EXPECT_TRUE(QTest::qWaitFor([this] {
+        return screen->cameraStatusLabel->text() !=
+               foundation::Strings::localizedString("cam_status_virtual");
+    }));
+    EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
+    EXPECT_FALSE(screen->cameraStatusLabel->text().isEmpty());
+    av::CaptureDeviceDiscoverySession::refresh();
+}
+
 } // namespace
