@@ -22,6 +22,7 @@
 #include <QElapsedTimer>
 #include <QEvent>
 #include <QPainter>
+#include <QShortcut>
 #include <QTimer>
 
 #include <algorithm>
@@ -226,6 +227,14 @@ void CameraViewController::loadView() {
     cameraButton->addTarget(
         this, [this](ui::Control* sender) { cameraButtonHandler(sender); },
         ui::Control::touchUpInside);
+
+    // Space records and stops from anywhere on the screen, as the record button's press.
+    auto* space = new QShortcut(QKeySequence(Qt::Key_Space), root);
+    space->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(space, &QShortcut::activated, this, [this] {
+        if (cameraButton)
+            cameraButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
+    });
 
     setView(root);
     layoutControls();
