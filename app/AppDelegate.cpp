@@ -38,6 +38,10 @@ void AppDelegate::runLaunchSequence() {
     const bool tutorialShowed = foundation::Preferences::standard().boolForKey("tutorialShowed");
     const ui::Storyboard storyboard(QStringLiteral("Main"));
     const char* required = tutorialShowed ? "CameraViewController" : "TutorialViewController";
+    // A build without the tutorial's scene starts on the recording screen rather than on an
+    // empty window.
+    if (!tutorialShowed && !storyboard.contains(QString::fromLatin1(required)))
+        required = "CameraViewController";
 
     std::unique_ptr<ui::ViewController> controller(
         storyboard.instantiate(QString::fromLatin1(required)));

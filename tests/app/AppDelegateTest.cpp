@@ -71,6 +71,12 @@ TEST_F(LaunchTest, laterLaunchesShowTheRecordingScreen) {
     }
 }
 
+TEST_F(LaunchTest, withoutATutorialSceneTheFirstLaunchShowsTheRecordingScreen) {
+    registerScreen<CameraViewController>("CameraViewController");
+    delegate.didFinishLaunchingWithOptions(nullptr, {});
+    EXPECT_EQ(rootClass(), "CameraViewController");
+}
+
 TEST_F(LaunchTest, unregisteredOrMismatchedScreensKeepThePlainRoot) {
     EXPECT_TRUE(delegate.didFinishLaunchingWithOptions(nullptr, {}));
     EXPECT_EQ(window->rootViewController(), plainRoot);
