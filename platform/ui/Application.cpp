@@ -1,5 +1,9 @@
 #include "platform/ui/Application.h"
 
+#include <QScreen>
+
+#include <algorithm>
+
 #include "platform/ui/ApplicationDelegate.h"
 #include "platform/ui/Logging.h"
 #include "platform/ui/ViewController.h"
@@ -75,7 +79,14 @@ int Application::run(std::unique_ptr<ApplicationDelegate> delegate,
     auto* window = new Window;
     window->setAttribute(Qt::WA_DeleteOnClose);
     window->setWindowTitle(applicationName());
-    window->resize(420, 860);
+    // A phone's shape, as tall as the screen allows.
+    QSize size(420, 860);
+    if (const QScreen* screen = primaryScreen()) {
+        const QSize room = screen->availableGeometry().size() - QSize(0, 60);
+        if (room.height() < size.height() && room.height() > 400)
+            size = QSize(std::max(320, room.height() * 420 / 860), room.height());
+    }
+    window->resize(size);
     window->setRootViewController(new PlainViewController);
     appDelegate->setWindow(window);
 
