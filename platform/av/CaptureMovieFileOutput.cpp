@@ -1,5 +1,7 @@
 #include "platform/av/CaptureMovieFileOutput.h"
 
+#include "platform/av/SleepInhibitor.h"
+
 #include <QThreadPool>
 
 #include "platform/av/Logging.h"
@@ -155,6 +157,7 @@ void CaptureMovieFileOutput::startRecordingToOutputFileURL(const QUrl& fileURL,
     clip = next;
     url = fileURL;
     state = State::recording;
+    awake = std::make_unique<SleepInhibitor>(tr("Recording a clip"));
     std::lock_guard lock(feedLock);
     feedWriter = writer.get();
     feedClip = clip;
@@ -254,6 +257,7 @@ void CaptureMovieFileOutput::finish(std::optional<Error> error) {
                             << "frames," << dropped.load() << "dropped";
     std::shared_ptr<Clip> ended = std::move(clip);
     state = State::idle;
+    awake.reset();
     deliverFinish(ended, error);
 }
 
