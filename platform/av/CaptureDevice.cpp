@@ -156,8 +156,11 @@ void CaptureDevice::setTorchMode(TorchMode mode) {
 
 void CaptureDevice::setFocusPointOfInterest(const QPointF& point) {
     requireLock("focusPointOfInterest");
-    if (focusSupported)
-        focusPoint = point;
+    if (!focusSupported)
+        return;
+    focusPoint = point;
+    if (runningSource)
+        applyFocus(runningSource.get(), point);
 }
 
 void CaptureDevice::setActiveFormat(const CaptureDeviceFormat& format) {
@@ -189,10 +192,15 @@ void CaptureDevice::attachPipeline(GstElement* source, GstElement* zoomStage) {
     if (runningSource) {
         applyZoom(runningSource.get(), zoom);
         applyTorch(runningSource.get(), torch);
+        if (focusSupported)
+            applyFocus(runningSource.get(), focusPoint);
     }
 }
 
 void CaptureDevice::detachPipeline() {
+    // The torch is lit only while a session runs.
+    if (runningSource && torch != TorchMode::off)
+        applyTorch(runningSource.get(), TorchMode::off);
     runningSource.reset();
     runningZoom.reset();
 }
@@ -200,5 +208,7 @@ void CaptureDevice::detachPipeline() {
 void CaptureDevice::applyTorch(GstElement*, TorchMode) const {}
 
 void CaptureDevice::applyZoom(GstElement*, double) const {}
+
+void CaptureDevice::applyFocus(GstElement*, QPointF) const {}
 
 } // namespace av

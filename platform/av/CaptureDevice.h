@@ -106,6 +106,7 @@ protected:
     // Applies a setting to the running source where the device has one; the default has none.
     virtual void applyTorch(GstElement* source, TorchMode mode) const;
     virtual void applyZoom(GstElement* source, double factor) const;
+    virtual void applyFocus(GstElement* source, QPointF point) const;
 
 private:
     void requireLock(const char* what) const;

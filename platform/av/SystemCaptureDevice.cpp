@@ -1,5 +1,7 @@
 #include "platform/av/SystemCaptureDevice.h"
 
+#include "platform/av/Logging.h"
+
 #include <algorithm>
 
 namespace av {
@@ -55,6 +57,11 @@ bool isGrey(const GstStructure* structure) {
     return format && g_str_has_prefix(format, "GRAY");
 }
 
+V4l2Controls::Ioctl& controlsForTesting() {
+    static V4l2Controls::Ioctl ioctl;
+    return ioctl;
+}
+
 } // namespace
 
 SystemCaptureDevice::SystemCaptureDevice(GstDevice* gstDevice, QObject* parent)
@@ -68,7 +75,36 @@ SystemCaptureDevice::SystemCaptureDevice(GstDevice* gstDevice, QObject* parent)
         setFormats(formatsFromCaps(caps));
         if (caps)
             gst_caps_unref(caps);
+        // The device monitor opened the node for its caps already; one more look costs nothing new.
+        const V4l2Controls node = controls();
+        setTorchSupported(node.hasTorch());
+        setFocusSupported(node.hasAutofocus());
     }
+}
+
+void SystemCaptureDevice::setControlsForTesting(V4l2Controls::Ioctl ioctl) {
+    controlsForTesting() = std::move(ioctl);
+}
+
+V4l2Controls SystemCaptureDevice::controls() const {
+    // Opened for each change, not kept: an open node keeps some USB cameras powered.
+    if (controlsForTesting())
+        return V4l2Controls(controlsForTesting());
+    return V4l2Controls(path);
+}
+
+void SystemCaptureDevice::applyTorch(GstElement*, TorchMode mode) const {
+    if (!hasTorch())
+        return;
+    // V4L2 does not tell how dark the scene is: an automatic torch stays off rather than light a
+    // bright room.
+    if (!controls().setTorch(mode == TorchMode::on))
+        qCDebug(lcAv).noquote() << "the torch of" << path << "did not change";
+}
+
+void SystemCaptureDevice::applyFocus(GstElement*, QPointF point) const {
+    if (isFocusPointOfInterestSupported() && !controls().focusAt(point))
+        qCDebug(lcAv).noquote() << "the camera" << path << "did not take the focus point";
 }
 
 GstElement* SystemCaptureDevice::createSourceElement() const {

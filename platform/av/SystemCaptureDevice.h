@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/av/CaptureDevice.h"
+#include "platform/av/V4l2Controls.h"
 
 namespace av {
 
@@ -25,7 +26,18 @@ public:
     // Formats from the device's caps, in the order it lists them.
     static std::vector<CaptureDeviceFormat> formatsFromCaps(const GstCaps* caps);
 
+    // Answers the control ioctls of every camera node made from now on, in place of the kernel,
+    // until reset with nullptr.
+    static void setControlsForTesting(V4l2Controls::Ioctl ioctl);
+
+protected:
+    // Torch and focus go to the node's V4L2 controls, whichever element streams from it.
+    void applyTorch(GstElement* source, TorchMode mode) const override;
+    void applyFocus(GstElement* source, QPointF point) const override;
+
 private:
+    V4l2Controls controls() const;
+
     GstHandle<GstDevice> device;
     QString path;
 };

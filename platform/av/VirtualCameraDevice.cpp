@@ -22,7 +22,8 @@ VirtualCameraDevice::VirtualCameraDevice(DevicePosition position, QObject* paren
 std::vector<CaptureDeviceFormat> VirtualCameraDevice::sceneFormats() {
     std::vector<CaptureDeviceFormat> formats;
     for (const VirtualFormat& format : VirtualCameraSource::formats())
-        formats.push_back({format.width, format.height,
+        formats.push_back({format.width,
+                           format.height,
                            {{double(format.minFps), double(format.maxFps)}},
                            QStringLiteral("video/x-raw")});
     return formats;
