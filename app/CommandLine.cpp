@@ -68,6 +68,16 @@ void CommandLine::process(const QCoreApplication& application) {
     parser.process(application);
 }
 
+bool CommandLine::runsOffscreen(int argc, char** argv) {
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    // Errors and --help are left for process(), once the application exists.
+    CommandLine commandLine;
+    commandLine.parser.parse(arguments);
+    return commandLine.screenshot() || commandLine.asksForRecording();
+}
+
 QVariantMap CommandLine::launchOptions() const {
     QVariantMap options;
     if (parser.isSet(cameraOption))
@@ -81,17 +91,6 @@ std::optional<CommandLine::Screenshot> CommandLine::screenshot() const {
     const QStringList positional = parser.positionalArguments();
     return Screenshot{parser.value(screenshotOption),
                       positional.isEmpty() ? QString() : positional.first()};
-}
-
-bool CommandLine::asksForScreenshot(int argc, char** argv) {
-    for (int i = 1; i < argc; ++i) {
-        const QByteArray argument(argv[i]);
-        if (argument == "--")
-            return false;
-        if (argument == "--screenshot" || argument.startsWith("--screenshot="))
-            return true;
-    }
-    return false;
 }
 
 bool CommandLine::asksForRecording() const {
@@ -155,19 +154,4 @@ std::optional<RecordDemo::Options> CommandLine::recordOptions(QString* problem) 
             QCoreApplication::translate("CommandLine", "record takes options only, not \"%1\".")
                 .arg(positional.at(1)));
     return options;
-}
-
-bool CommandLine::asksForRecording(int argc, char** argv) {
-    for (int i = 1; i < argc; ++i) {
-        const QByteArray argument(argv[i]);
-        if (argument == "--")
-            return false;
-        if (!argument.startsWith('-'))
-            return argument == "record";
-        // Options that take a value hide the next argument.
-        if (argument == "--camera" || argument == "--screenshot" || argument == "--duration" ||
-            argument == "--zoom" || argument == "--format" || argument == "--output")
-            ++i;
-    }
-    return false;
 }

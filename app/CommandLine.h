@@ -34,11 +34,9 @@ public:
     // Reads "2.5" and "2,5" alike, whatever the locale.
     static std::optional<double> parseNumber(const QString& text);
 
-    // Whether the arguments ask for a screenshot, which runs without a display; answered before
-    // the application (and its display) is set up.
-    static bool asksForScreenshot(int argc, char** argv);
-    // The same for the headless recording, which runs offscreen even on a desktop.
-    static bool asksForRecording(int argc, char** argv);
+    // Whether the arguments ask for a screenshot or the headless recording, which draw offscreen
+    // even on a desktop; answered before the application (and its display) is set up.
+    static bool runsOffscreen(int argc, char** argv);
 
 private:
     QCommandLineParser parser;

@@ -5,9 +5,7 @@
 #include "capture/CKFVideoSession.h"
 #include "platform/av/AssetImageGenerator.h"
 #include "platform/av/CaptureMovieFileOutput.h"
-#include "platform/av/CapturePreviewOutput.h"
 #include "platform/av/CaptureSession.h"
-#include "platform/av/CaptureVideoPreviewLayer.h"
 #include "platform/av/ZoomFilter.h"
 #include "platform/foundation/FileManager.h"
 #include "platform/foundation/Preferences.h"
@@ -218,9 +216,7 @@ int RecordDemo::run(const Options& options) {
         application->watchTerminationSignals();
 
     const auto frames = [screen] {
-        CKFPreviewView* preview = screen->previewView;
-        return preview && preview->previewLayer() ? preview->previewLayer()->output()->framesTaken()
-                                                  : quint64(0);
+        return screen->previewView ? screen->previewView->framesTaken() : quint64(0);
     };
     if (!waitFor([&] { return screen->videoSession() && frames() > 2; }, secondsForCamera,
                  window)) {

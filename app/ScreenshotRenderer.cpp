@@ -4,7 +4,6 @@
 #include "capture/CKFGridView.h"
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFVideoSession.h"
-#include "platform/av/CapturePreviewOutput.h"
 #include "platform/av/CaptureVideoPreviewLayer.h"
 #include "platform/foundation/Preferences.h"
 #include "platform/ui/Button.h"
@@ -38,8 +37,8 @@ ScreenshotRenderer::Scene preview(const QSize& size) {
     view->previewLayer()->setVideoGravity(
         av::CaptureVideoPreviewLayer::VideoGravity::resizeAspectFill);
     view->setShowGrid(true);
-    const av::CapturePreviewOutput* output = view->previewLayer()->output();
-    return {std::move(view), [output] { return output->framesTaken() >= framesBeforeGrab; }};
+    const CKFPreviewView* shown = view.get();
+    return {std::move(view), [shown] { return shown->framesTaken() >= framesBeforeGrab; }};
 }
 
 ScreenshotRenderer::Scene grid() {
@@ -92,9 +91,7 @@ ScreenshotRenderer::Scene cameraScreen(const QSize& size, CameraScene what) {
     auto pressed = std::make_shared<bool>(false);
     auto since = std::make_shared<QElapsedTimer>();
     auto ready = [screen, what, pressed, since] {
-        CKFPreviewView* preview = screen->previewView;
-        if (!preview || !preview->previewLayer() ||
-            preview->previewLayer()->output()->framesTaken() < framesBeforeGrab)
+        if (!screen->previewView || screen->previewView->framesTaken() < framesBeforeGrab)
             return false;
         if (!*pressed) {
             *pressed = true;

@@ -15,7 +15,7 @@
 
 int main(int argc, char** argv) {
     // Screenshots are drawn offscreen even on a desktop, so they look the same everywhere.
-    if (CommandLine::asksForScreenshot(argc, argv) || CommandLine::asksForRecording(argc, argv))
+    if (CommandLine::runsOffscreen(argc, argv))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     ui::Application application(argc, argv);
     application.setApplicationVersion(foundation::Bundle::main()

@@ -12,9 +12,7 @@
 #include "platform/av/AssetImageGenerator.h"
 #include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/CaptureMovieFileOutput.h"
-#include "platform/av/CapturePreviewOutput.h"
 #include "platform/av/CaptureSession.h"
-#include "platform/av/CaptureVideoPreviewLayer.h"
 #include "platform/av/ZoomFilter.h"
 #include "platform/foundation/Preferences.h"
 #include "platform/ui/Button.h"
@@ -85,9 +83,7 @@ void measure(int videoMode, int seconds) {
     window.resize(390, 844);
     window.show();
     const auto frames = [screen] {
-        CKFPreviewView* preview = screen->previewView;
-        return preview && preview->previewLayer() ? preview->previewLayer()->output()->framesTaken()
-                                                  : quint64(0);
+        return screen->previewView ? screen->previewView->framesTaken() : quint64(0);
     };
     if (!waitFor([&] { return screen->videoSession() && frames() > 2; }, 15000)) {
         std::printf("%s_failed 1 bool\n", name);

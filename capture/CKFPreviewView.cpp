@@ -1,5 +1,7 @@
 #include "capture/CKFPreviewView.h"
 
+#include "platform/av/CapturePreviewOutput.h"
+
 #include "capture/CKFGridView.h"
 #include "capture/CKFSession.h"
 #include "platform/av/CaptureSession.h"
@@ -42,6 +44,10 @@ void CKFPreviewView::setPreviewLayer(av::CaptureVideoPreviewLayer* value) {
         setNeedsLayout();
     }
     update();
+}
+
+quint64 CKFPreviewView::framesTaken() const {
+    return layer ? layer->output()->framesTaken() : 0;
 }
 
 void CKFPreviewView::setSession(std::shared_ptr<CKFSession> value) {

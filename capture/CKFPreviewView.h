@@ -32,6 +32,8 @@ public:
     // The view owns its layer; the one replaced is deleted.
     av::CaptureVideoPreviewLayer* previewLayer() const { return layer; }
     void setPreviewLayer(av::CaptureVideoPreviewLayer* value);
+    // Pictures the current layer has taken from its session; 0 without a layer.
+    quint64 framesTaken() const;
 
     // Held strongly; binding stops the previous session and starts this one, synchronously.
     // Unbinding (null) only stops the previous one and leaves its last picture.

@@ -97,17 +97,21 @@ ui::Label* overlayLabel(QWidget* parent, int pixelSize, bool bold) {
 // The dark bands behind the top row and the bottom controls, so they read on a bright scene.
 class ScrimView : public QWidget {
 public:
-    using QWidget::QWidget;
+    ScrimView(bool top, QWidget* parent) : QWidget(parent), top(top) {
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+    }
 
 protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
-        const bool top = property("top").toBool();
         QLinearGradient gradient(0, 0, 0, height());
         gradient.setColorAt(top ? 0.0 : 1.0, QColor(0, 0, 0, 150));
         gradient.setColorAt(top ? 1.0 : 0.0, QColor(0, 0, 0, 0));
         painter.fillRect(rect(), gradient);
     }
+
+private:
+    bool top;
 };
 
 } // namespace
@@ -133,13 +137,8 @@ void CameraViewController::loadView() {
 
     previewView = new CKFPreviewView(root);
 
-    auto* topScrim = new ScrimView(root);
-    topScrim->setObjectName(QStringLiteral("topScrim"));
-    topScrim->setProperty("top", true);
-    topScrim->setAttribute(Qt::WA_TransparentForMouseEvents);
-    auto* bottomScrim = new ScrimView(root);
-    bottomScrim->setObjectName(QStringLiteral("bottomScrim"));
-    bottomScrim->setAttribute(Qt::WA_TransparentForMouseEvents);
+    topScrim = new ScrimView(true, root);
+    bottomScrim = new ScrimView(false, root);
 
     changeCamButton = topButton(root, "changeCamButton");
     zoomInButton = topButton(root, "zoomInButton");
@@ -257,12 +256,10 @@ void CameraViewController::layoutControls() {
     const int column = std::min(width, columnWidth);
     const int left = (width - column) / 2;
 
-    if (auto* scrim =
-            root->findChild<QWidget*>(QStringLiteral("topScrim"), Qt::FindDirectChildrenOnly))
-        scrim->setGeometry(0, 0, width, topRowHeight + 40);
-    if (auto* scrim =
-            root->findChild<QWidget*>(QStringLiteral("bottomScrim"), Qt::FindDirectChildrenOnly))
-        scrim->setGeometry(0, height - 260, width, 260);
+    if (topScrim)
+        topScrim->setGeometry(0, 0, width, topRowHeight + 40);
+    if (bottomScrim)
+        bottomScrim->setGeometry(0, height - 260, width, 260);
 
     std::vector<QWidget*> row;
     for (const QPointer<ui::Button>& button :
@@ -318,8 +315,8 @@ void CameraViewController::viewDidLoad() {
         delete changeCamButton.data();
         layoutControls();
     }
-    required(recordingeCircle, "recordingeCircle")
-        ->setCornerRadius(required(recordingeCircle, "recordingeCircle")->width() / 2.0);
+    ui::View* circle = required(recordingeCircle, "recordingeCircle");
+    circle->setCornerRadius(circle->width() / 2.0);
     required(recordingTimerView, "recordingTimerView")->setCornerRadius(4.0);
     required(previewView, "previewView")->setShowGrid(true);
     applySliderZoom();
@@ -599,16 +596,15 @@ void CameraViewController::startZoomRamp() {
     // The callback holds the state; the screen owns the timer, so neither outlives the other.
     // A timer that fires late (a busy GUI thread) runs the ticks it missed, so the ramp keeps
     // to the clock and ends on time instead of stretching.
-    auto clock = std::make_shared<QElapsedTimer>();
-    auto ticksRun = std::make_shared<qint64>(0);
-    connect(timer, &QTimer::timeout, this, [this, state, clock, ticksRun] {
-        const qint64 due = std::max<qint64>(*ticksRun + 1, clock->nsecsElapsed() / tickNanoseconds);
-        while (state->timer && *ticksRun < due) {
+    QElapsedTimer clock;
+    clock.start();
+    connect(timer, &QTimer::timeout, this, [this, state, clock, ticksRun = qint64(0)]() mutable {
+        const qint64 due = std::max(ticksRun + 1, clock.nsecsElapsed() / tickNanoseconds);
+        while (state->timer && ticksRun < due) {
             zoomRampTick(state);
-            ++*ticksRun;
+            ++ticksRun;
         }
     });
-    clock->start();
     state->timer = timer;
     ramp = state;
     timer->start();

@@ -138,4 +138,7 @@ private:
     void layoutControls();
 
     std::shared_ptr<RampState> ramp;
+    // The dark bands behind the top row and the bottom controls.
+    QPointer<QWidget> topScrim;
+    QPointer<QWidget> bottomScrim;
 };
