@@ -3,6 +3,6 @@
 // The scenes of the storyboard "Main": every screen by the identifier the app asks for.
 class MainStoryboard {
 public:
-    // Safe to call more than once; a later call registers the same factories again.
+    // Called once by main(), before any screen is made.
     static void registerScenes();
 };

@@ -1,6 +1,5 @@
 #include "app/RecordDemo.h"
 
-#include "app/MainStoryboard.h"
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFVideoSession.h"
 #include "platform/av/AssetImageGenerator.h"
@@ -206,7 +205,6 @@ int RecordDemo::run(const Options& options) {
     // One press of the format button brings it to the mode asked for, as a user would.
     defaults.setInteger(QStringLiteral("videoMode"), (options.videoMode + 2) % 3);
 
-    MainStoryboard::registerScenes();
     auto* screen = new CameraViewController;
     ui::Window window;
     window.setRootViewController(screen);

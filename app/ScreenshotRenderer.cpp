@@ -1,6 +1,5 @@
 #include "app/ScreenshotRenderer.h"
 
-#include "app/MainStoryboard.h"
 #include "capture/CKFGridView.h"
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFVideoSession.h"
@@ -80,7 +79,6 @@ ScreenshotRenderer::Scene cameraScreen(const QSize& size, CameraScene what) {
     usePrivateFolders();
     if (what == CameraScene::zoomIn)
         foundation::Preferences::standard().setInteger(QStringLiteral("zoomMode"), 1);
-    MainStoryboard::registerScenes();
     auto window = std::make_unique<ui::Window>();
     auto* screen = new CameraViewController;
     window->setRootViewController(screen);
