@@ -162,31 +162,27 @@ bool V4l2Controls::set(quint32 id, qint32 value) {
     return call(VIDIOC_S_CTRL, &control);
 }
 
-std::optional<v4l2_rect> V4l2Controls::rect(quint32 id, quint32 which) {
-    v4l2_rect value{};
+bool V4l2Controls::rectControl(unsigned long request, quint32 id, quint32 which, v4l2_rect* value) {
     v4l2_ext_control control{};
     control.id = id;
-    control.size = sizeof value;
-    control.ptr = &value;
+    control.size = sizeof *value;
+    control.ptr = value;
     v4l2_ext_controls controls{};
     controls.which = which;
     controls.count = 1;
     controls.controls = &control;
-    if (!call(VIDIOC_G_EXT_CTRLS, &controls))
+    return call(request, &controls);
+}
+
+std::optional<v4l2_rect> V4l2Controls::rect(quint32 id, quint32 which) {
+    v4l2_rect value{};
+    if (!rectControl(VIDIOC_G_EXT_CTRLS, id, which, &value))
         return std::nullopt;
     return value;
 }
 
 bool V4l2Controls::setRect(quint32 id, v4l2_rect value) {
-    v4l2_ext_control control{};
-    control.id = id;
-    control.size = sizeof value;
-    control.ptr = &value;
-    v4l2_ext_controls controls{};
-    controls.which = V4L2_CTRL_WHICH_CUR_VAL;
-    controls.count = 1;
-    controls.controls = &control;
-    return call(VIDIOC_S_EXT_CTRLS, &controls);
+    return rectControl(VIDIOC_S_EXT_CTRLS, id, V4L2_CTRL_WHICH_CUR_VAL, &value);
 }
 
 } // namespace av

@@ -51,6 +51,8 @@ private:
     bool offers(const v4l2_query_ext_ctrl& menu, quint32 index);
     std::optional<qint32> value(quint32 id);
     bool set(quint32 id, qint32 value);
+    // Gets or sets one rectangle control through the extended-control ioctls.
+    bool rectControl(unsigned long request, quint32 id, quint32 which, v4l2_rect* value);
     std::optional<v4l2_rect> rect(quint32 id, quint32 which);
     bool setRect(quint32 id, v4l2_rect value);
 
