@@ -1,11 +1,10 @@
 #include "platform/av/CameraPortal.h"
 
-#include <QDBusConnection>
+#include "PrivateBus.h"
+
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
-#include <QProcess>
-#include <QStandardPaths>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -46,43 +45,33 @@ namespace av {
 namespace {
 
 TEST(CameraPortal, theUsersAnswerDecidesAndWithoutACameraNothingIsAsked) {
-    const QString program = QStandardPaths::findExecutable(QStringLiteral("dbus-daemon"));
-    if (program.isEmpty())
+    PrivateBus bus;
+    if (!bus.installed)
         GTEST_SKIP() << "dbus-daemon is not installed";
-    QProcess daemon;
-    daemon.start(program, {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                           QStringLiteral("--print-address")});
-    ASSERT_TRUE(daemon.waitForReadyRead(5000));
-    const QString address = QString::fromUtf8(daemon.readLine().trimmed());
+    ASSERT_FALSE(bus.address.isEmpty());
     FakeCameraPortal fake;
-    {
-        QDBusConnection desktop = QDBusConnection::connectToBus(address, QStringLiteral("desktop"));
-        ASSERT_TRUE(desktop.registerService(QStringLiteral("org.freedesktop.portal.Desktop")));
-        ASSERT_TRUE(desktop.registerObject(QStringLiteral("/org/freedesktop/portal/desktop"), &fake,
-                                           QDBusConnection::ExportAllSlots |
-                                               QDBusConnection::ExportAllProperties));
-        CameraPortal portal(QDBusConnection::connectToBus(address, QStringLiteral("app")));
-        auto ask = [&portal] {
-            std::optional<bool> granted;
-            portal.accessCamera([&](bool answer) { granted = answer; });
-            EXPECT_TRUE(QTest::qWaitFor([&] { return granted.has_value(); }, 5000));
-            return granted;
-        };
+    QDBusConnection desktop = bus.connect(QStringLiteral("desktop"));
+    ASSERT_TRUE(desktop.registerService(QStringLiteral("org.freedesktop.portal.Desktop")));
+    ASSERT_TRUE(desktop.registerObject(QStringLiteral("/org/freedesktop/portal/desktop"), &fake,
+                                       QDBusConnection::ExportAllSlots |
+                                           QDBusConnection::ExportAllProperties));
+    CameraPortal portal(bus.connect(QStringLiteral("app")));
+    auto ask = [&portal] {
+        std::optional<bool> granted;
+        portal.accessCamera([&](bool answer) { granted = answer; });
+        EXPECT_TRUE(QTest::qWaitFor([&] { return granted.has_value(); }, 5000));
+        return granted;
+    };
 
-        EXPECT_EQ(ask(), true);
-        fake.response = 1; // refused, or the dialog closed
-        EXPECT_EQ(ask(), false);
-        EXPECT_EQ(fake.asked, 2);
-        fake.cameraPresent = false;
-        EXPECT_EQ(ask(), true);
-        EXPECT_EQ(fake.asked, 2);
-        desktop.unregisterService(QStringLiteral("org.freedesktop.portal.Desktop"));
-        EXPECT_EQ(ask(), false);
-    }
-    QDBusConnection::disconnectFromBus(QStringLiteral("app"));
-    QDBusConnection::disconnectFromBus(QStringLiteral("desktop"));
-    daemon.kill();
-    daemon.waitForFinished();
+    EXPECT_EQ(ask(), true);
+    fake.response = 1; // refused, or the dialog closed
+    EXPECT_EQ(ask(), false);
+    EXPECT_EQ(fake.asked, 2);
+    fake.cameraPresent = false;
+    EXPECT_EQ(ask(), true);
+    EXPECT_EQ(fake.asked, 2);
+    desktop.unregisterService(QStringLiteral("org.freedesktop.portal.Desktop"));
+    EXPECT_EQ(ask(), false);
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 #include "platform/av/SleepInhibitor.h"
 
-#include <QDBusConnection>
-#include <QProcess>
-#include <QStandardPaths>
+#include "PrivateBus.h"
+
+#include <QDBusUnixFileDescriptor>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -63,52 +63,40 @@ namespace av {
 namespace {
 
 TEST(SleepInhibitor, holdsBothLocksWhileItLivesAndLetsGoAfter) {
-    const QString program = QStandardPaths::findExecutable(QStringLiteral("dbus-daemon"));
-    if (program.isEmpty())
+    PrivateBus bus;
+    if (!bus.installed)
         GTEST_SKIP() << "dbus-daemon is not installed";
-    QProcess daemon;
-    daemon.start(program, {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                           QStringLiteral("--print-address")});
-    ASSERT_TRUE(daemon.waitForReadyRead(5000));
-    const QString address = QString::fromUtf8(daemon.readLine().trimmed());
+    ASSERT_FALSE(bus.address.isEmpty());
     FakeLogin login;
     FakeScreenSaver screenSaver;
-    {
-        QDBusConnection services =
-            QDBusConnection::connectToBus(address, QStringLiteral("services"));
-        ASSERT_TRUE(services.registerService(QStringLiteral("org.freedesktop.login1")));
-        ASSERT_TRUE(services.registerService(QStringLiteral("org.freedesktop.ScreenSaver")));
-        ASSERT_TRUE(services.registerObject(QStringLiteral("/org/freedesktop/login1"), &login,
-                                            QDBusConnection::ExportAllSlots));
-        ASSERT_TRUE(services.registerObject(QStringLiteral("/org/freedesktop/ScreenSaver"),
-                                            &screenSaver, QDBusConnection::ExportAllSlots));
-        QDBusConnection app = QDBusConnection::connectToBus(address, QStringLiteral("app"));
-        if (!app.isConnected() ||
-            !(app.connectionCapabilities() & QDBusConnection::UnixFileDescriptorPassing))
-            GTEST_SKIP() << "the bus cannot pass file descriptors";
+    QDBusConnection services = bus.connect(QStringLiteral("services"));
+    ASSERT_TRUE(services.registerService(QStringLiteral("org.freedesktop.login1")));
+    ASSERT_TRUE(services.registerService(QStringLiteral("org.freedesktop.ScreenSaver")));
+    ASSERT_TRUE(services.registerObject(QStringLiteral("/org/freedesktop/login1"), &login,
+                                        QDBusConnection::ExportAllSlots));
+    ASSERT_TRUE(services.registerObject(QStringLiteral("/org/freedesktop/ScreenSaver"),
+                                        &screenSaver, QDBusConnection::ExportAllSlots));
+    QDBusConnection app = bus.connect(QStringLiteral("app"));
+    if (!app.isConnected() ||
+        !(app.connectionCapabilities() & QDBusConnection::UnixFileDescriptorPassing))
+        GTEST_SKIP() << "the bus cannot pass file descriptors";
 
-        auto inhibitor = std::make_unique<SleepInhibitor>(QStringLiteral("Recording"), app, app);
-        ASSERT_TRUE(QTest::qWaitFor(
-            [&] { return inhibitor->holdsSleepLock() && inhibitor->holdsScreenSaverCookie(); },
-            5000));
-        EXPECT_EQ(login.what, QStringLiteral("sleep:idle"));
-        EXPECT_EQ(screenSaver.held.size(), 1);
-        EXPECT_FALSE(login.released());
+    auto inhibitor = std::make_unique<SleepInhibitor>(QStringLiteral("Recording"), app, app);
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return inhibitor->holdsSleepLock() && inhibitor->holdsScreenSaverCookie(); }, 5000));
+    EXPECT_EQ(login.what, QStringLiteral("sleep:idle"));
+    EXPECT_EQ(screenSaver.held.size(), 1);
+    EXPECT_FALSE(login.released());
 
-        inhibitor.reset();
-        EXPECT_TRUE(QTest::qWaitFor([&] { return screenSaver.held.isEmpty(); }, 5000));
-        EXPECT_TRUE(login.released());
+    inhibitor.reset();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return screenSaver.held.isEmpty(); }, 5000));
+    EXPECT_TRUE(login.released());
 
-        // Gone before the answers came: what was granted is still given back.
-        inhibitor = std::make_unique<SleepInhibitor>(QStringLiteral("Recording"), app, app);
-        inhibitor.reset();
-        QTest::qWait(200);
-        EXPECT_TRUE(screenSaver.held.isEmpty());
-        QDBusConnection::disconnectFromBus(QStringLiteral("app"));
-        QDBusConnection::disconnectFromBus(QStringLiteral("services"));
-    }
-    daemon.terminate();
-    daemon.waitForFinished(3000);
+    // Gone before the answers came: what was granted is still given back.
+    inhibitor = std::make_unique<SleepInhibitor>(QStringLiteral("Recording"), app, app);
+    inhibitor.reset();
+    QTest::qWait(200);
+    EXPECT_TRUE(screenSaver.held.isEmpty());
 }
 
 } // namespace

@@ -143,16 +143,21 @@ TEST_F(ZoomFilterTest, ZoomOnePassesFramesThroughBitExact) {
 
 // Linear ramps survive bilinear scaling, so every output sample must show the source position
 // its centre maps to, centre + (i + 0.5 - centre) / zoom - 0.5, within one level. Chroma planes
-// are zoomed at their own size, down to planes one sample wide or high.
-TEST_F(ZoomFilterTest, ZoomShowsTheCentreOfTheFrame) {
+// are zoomed at their own size, down to planes one sample wide or high, and rows just long enough
+// for the vector kernels. Every output sample is made from samples of its own plane: whatever
+// fills the padding after rows and planes (where a tap one past the last sample or row would
+// land), the picture is the same.
+TEST_F(ZoomFilterTest, ZoomShowsTheCentreOfTheFrameFromItsOwnPlanes) {
     const Pattern ramps = [](int component, double x, double y) {
         return component == 0 ? x : component == 1 ? 2 * y : 200 - x;
     };
     for (GstVideoFormat format : formats) {
         for (const Layout& layout :
-             {Layout(format, 256, 128), Layout(format, 255, 127), Layout(format, 3, 1),
+             {Layout(format, 256, 128), Layout(format, 255, 127), Layout(format, 1, 1),
+              Layout(format, 2, 1), Layout(format, 1, 2), Layout(format, 3, 1),
               Layout(format, 1, 3), Layout(format, 2, 2), Layout(format, 3, 3),
-              Layout(format, 67, 1), Layout(format, 1, 67)}) {
+              Layout(format, 5, 3), Layout(format, 35, 3), Layout(format, 67, 1),
+              Layout(format, 1, 67), Layout(format, 642, 362)}) {
             for (double zoom : {2.0, 1.5, 3.7, 100.0}) {
                 SCOPED_TRACE(describe(layout) + " zoom " + std::to_string(zoom));
                 auto h = harness(layout);
@@ -160,8 +165,11 @@ TEST_F(ZoomFilterTest, ZoomShowsTheCentreOfTheFrame) {
                 const Bytes output = pass(h.get(), layout.frame(ramps));
                 ASSERT_EQ(output.size(), layout.info.size);
                 int wrong = 0;
+                // The ramps fit in a byte up to 256 samples across.
                 layout.forEachSample([&](int component, int x, int y, int width, int height,
                                          gsize offset) {
+                    if (layout.info.width > 256)
+                        return;
                     const auto source = [zoom](int i, int n) {
                         return n / 2.0 + (i + 0.5 - n / 2.0) / zoom - 0.5;
                     };
@@ -175,26 +183,6 @@ TEST_F(ZoomFilterTest, ZoomShowsTheCentreOfTheFrame) {
                     EXPECT_NEAR(output[0], 64, 1);
                     EXPECT_NEAR(output[255], 191, 1);
                 }
-            }
-        }
-    }
-}
-
-// Every output sample is made from samples of its own plane: whatever fills the padding after
-// rows and planes (where a tap one past the last sample or row would land), the picture is the
-// same. Small and odd sizes have planes one sample wide or high, and rows just long enough for
-// the vector kernels.
-TEST_F(ZoomFilterTest, EdgeSamplesNeverComeFromOutsideTheirPlane) {
-    for (GstVideoFormat format : formats) {
-        for (const Layout& layout :
-             {Layout(format, 1, 1), Layout(format, 2, 1), Layout(format, 1, 2),
-              Layout(format, 3, 1), Layout(format, 1, 3), Layout(format, 2, 2),
-              Layout(format, 3, 3), Layout(format, 5, 3), Layout(format, 35, 3),
-              Layout(format, 67, 1), Layout(format, 1, 67), Layout(format, 642, 362)}) {
-            for (double zoom : {1.5, 2.0, 3.7, 100.0}) {
-                SCOPED_TRACE(describe(layout) + " zoom " + std::to_string(zoom));
-                auto h = harness(layout);
-                setZoom(h.get(), zoom);
                 const Bytes clear = layout.picture(pass(h.get(), layout.frame(noise, 0, 0x00)));
                 const Bytes filled = layout.picture(pass(h.get(), layout.frame(noise, 0, 0xff)));
                 EXPECT_EQ(clear, filled);
@@ -221,56 +209,43 @@ TEST_F(ZoomFilterTest, FractionalZoomStepsChangeThePicture) {
     }
 }
 
-TEST_F(ZoomFilterTest, InvalidZoomIsKeptButShownClamped) {
+// The observer sees every frame with its own time stamp and the zoom written before it was
+// pushed, clamped for the picture though the property keeps what was written; a removed observer
+// is not called again.
+TEST_F(ZoomFilterTest, WriteLandsOnTheNextFrameShownClamped) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const double inf = std::numeric_limits<double>::infinity();
-    const std::pair<double, double> writtenAndShown[] = {{0.0, 1.0},   {-3.0, 1.0},   {0.5, 1.0},
-                                                         {nan, 1.0},   {-inf, 1.0},   {inf, 100.0},
-                                                         {1e9, 100.0}, {100.0, 100.0}};
+    const std::pair<double, double> writtenAndShown[] = {
+        {1.1, 1.1}, {1.1, 1.1},  {2.5, 2.5},   {0.0, 1.0},   {-3.0, 1.0},    {0.5, 1.0},
+        {nan, 1.0}, {-inf, 1.0}, {inf, 100.0}, {1e9, 100.0}, {100.0, 100.0}, {1.05, 1.05}};
 
     const Layout layout(GST_VIDEO_FORMAT_I420, 642, 362);
     auto h = harness(layout);
-    std::vector<double> shown;
-    ZoomFilter::setFrameObserver(h->element,
-                                 [&](GstClockTime, double zoom) { shown.push_back(zoom); });
-    av::GstHandle<GstBuffer> input(layout.frame(noise), av::GstRef::adopt);
-    std::map<double, Bytes> outputs{{1.0, layout.picture(bytes(input.get()))}};
-    for (auto [written, expected] : writtenAndShown) {
+    std::vector<std::pair<GstClockTime, double>> shown;
+    ZoomFilter::setFrameObserver(
+        h->element, [&](GstClockTime pts, double zoom) { shown.emplace_back(pts, zoom); });
+    const Bytes original = layout.picture(
+        bytes(av::GstHandle<GstBuffer>(layout.frame(noise), av::GstRef::adopt).get()));
+    std::map<double, Bytes> outputs{{1.0, original}};
+    for (std::size_t i = 0; i < std::size(writtenAndShown); ++i) {
+        const auto [written, expected] = writtenAndShown[i];
         SCOPED_TRACE(written);
         setZoom(h.get(), written);
         double readBack = 0.0;
         g_object_get(h->element, "zoom", &readBack, nullptr);
         EXPECT_TRUE(readBack == written || (std::isnan(readBack) && std::isnan(written)));
 
-        const Bytes output = layout.picture(pass(h.get(), gst_buffer_ref(input.get())));
-        ASSERT_FALSE(shown.empty());
-        EXPECT_EQ(shown.back(), expected);
+        const Bytes output = layout.picture(pass(h.get(), layout.frame(noise, i * GST_MSECOND)));
+        ASSERT_EQ(shown.size(), i + 1);
+        EXPECT_EQ(shown[i], std::pair(i * GST_MSECOND, expected));
         if (outputs.contains(expected)) {
             EXPECT_EQ(output, outputs[expected]);
         }
         outputs.emplace(expected, output);
     }
-    EXPECT_EQ(shown.size(), std::size(writtenAndShown));
-}
-
-// The observer sees every frame with its own time stamp and the zoom written before it was
-// pushed; a removed observer is not called again.
-TEST_F(ZoomFilterTest, WriteLandsOnTheNextFrame) {
-    const Layout layout(GST_VIDEO_FORMAT_NV12, 64, 48);
-    auto h = harness(layout);
-    std::vector<std::pair<GstClockTime, double>> seen;
-    ZoomFilter::setFrameObserver(
-        h->element, [&](GstClockTime pts, double zoom) { seen.emplace_back(pts, zoom); });
-    const double zooms[] = {1.0, 1.1, 1.1, 2.5, 1.0, 3.0, 1.05};
-    for (std::size_t i = 0; i < std::size(zooms); ++i) {
-        setZoom(h.get(), zooms[i]);
-        pass(h.get(), layout.frame(noise, i * GST_MSECOND));
-        ASSERT_EQ(seen.size(), i + 1);
-        EXPECT_EQ(seen[i], std::pair(i * GST_MSECOND, zooms[i]));
-    }
     ZoomFilter::setFrameObserver(h->element, {});
     pass(h.get(), layout.frame(noise));
-    EXPECT_EQ(seen.size(), std::size(zooms));
+    EXPECT_EQ(shown.size(), std::size(writtenAndShown));
 }
 
 // A live camera's frames reach the stage late; with follow-capture-time each carries the zoom last
