@@ -1,4 +1,3 @@
-#include <QDir>
 #include <QImage>
 #include <QPainter>
 #include <QPixmap>
@@ -66,12 +65,6 @@ protected:
     }
 };
 
-void saveSnapshot(const QImage& image, const QString& name) {
-    const QString folder = qEnvironmentVariable("TESSARO_UI_SNAPSHOT_DIR");
-    if (!folder.isEmpty())
-        image.save(QDir(folder).filePath(name));
-}
-
 TEST(RenderTest, ControlsAndAnOverCurrentContextDialogDrawAsExpected) {
     Window window;
     window.resize(360, 400);
@@ -80,7 +73,6 @@ TEST(RenderTest, ControlsAndAnOverCurrentContextDialogDrawAsExpected) {
     window.show();
 
     const QImage bare = window.grab().toImage();
-    saveSnapshot(bare, "controls.png");
     const QPointF thumb = screen->slider->thumbRect().center() + QPointF(20, 100);
     EXPECT_EQ(bare.pixelColor(thumb.toPoint()), QColor(Qt::white));
     const QPoint filledTrack(40, 120);
@@ -95,7 +87,6 @@ TEST(RenderTest, ControlsAndAnOverCurrentContextDialogDrawAsExpected) {
     dialog->setModalPresentationStyle(ModalPresentationStyle::overCurrentContext);
     screen->present(dialog, false);
     const QImage veiled = window.grab().toImage();
-    saveSnapshot(veiled, "over-current-context.png");
 
     const QColor underVeil = veiled.pixelColor(10, 380);
     EXPECT_NEAR(underVeil.red(), screenColour.red() / 2, 2);
