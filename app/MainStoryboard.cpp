@@ -1,6 +1,9 @@
 #include "app/MainStoryboard.h"
 
 #include "platform/ui/Storyboard.h"
+#include "rating/RateAppFirstViewController.h"
+#include "rating/RateAppLikedViewController.h"
+#include "rating/RateAppMailViewController.h"
 #include "recording/CameraViewController.h"
 #include "recording/ChoseDurationViewController.h"
 
@@ -10,4 +13,10 @@ void MainStoryboard::registerScenes() {
                                     [] { return new CameraViewController; });
     ui::Storyboard::registerFactory(main, QStringLiteral("ChoseDurationViewController"),
                                     [] { return new ChoseDurationViewController; });
+    ui::Storyboard::registerFactory(main, QStringLiteral("RateAppFirstViewController"),
+                                    [] { return new RateAppFirstViewController; });
+    ui::Storyboard::registerFactory(main, QStringLiteral("RateAppLikedViewController"),
+                                    [] { return new RateAppLikedViewController; });
+    ui::Storyboard::registerFactory(main, QStringLiteral("RateAppMailViewController"),
+                                    [] { return new RateAppMailViewController; });
 }

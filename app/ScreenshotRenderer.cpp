@@ -7,7 +7,9 @@
 #include "platform/foundation/Preferences.h"
 #include "platform/ui/Button.h"
 #include "platform/ui/Slider.h"
+#include "platform/ui/Storyboard.h"
 #include "platform/ui/Window.h"
+#include "rating/AppRating.h"
 #include "recording/CameraButton.h"
 #include "recording/CameraViewController.h"
 
@@ -71,7 +73,21 @@ void usePrivateFolders() {
     foundation::Preferences::resetStandardForTesting();
 }
 
-enum class CameraScene { idle, recording, zoomIn, picker };
+enum class CameraScene { idle, recording, zoomIn, picker, rateFirst, rateLiked, rateMail };
+
+// The rating dialogs as the app shows them: the first one as the scheduler does, the others as
+// the first one's answers do.
+void presentRatingDialog(CameraViewController* screen, CameraScene what) {
+    if (what == CameraScene::rateFirst) {
+        AppRating::promptRateUs(screen);
+        return;
+    }
+    const QString identifier = what == CameraScene::rateLiked
+                                   ? QStringLiteral("RateAppLikedViewController")
+                                   : QStringLiteral("RateAppMailViewController");
+    if (ui::ViewController* dialog = ui::Storyboard(QStringLiteral("Main")).instantiate(identifier))
+        screen->present(dialog, false);
+}
 
 // The recording screen in a window of the given size, once the camera shows a picture and the
 // animations of the scene have ended.
@@ -100,6 +116,9 @@ ScreenshotRenderer::Scene cameraScreen(const QSize& size, CameraScene what) {
             if (what == CameraScene::picker)
                 screen->durationButton->sendActions(ui::Control::touchDown |
                                                     ui::Control::touchUpInside);
+            if (what == CameraScene::rateFirst || what == CameraScene::rateLiked ||
+                what == CameraScene::rateMail)
+                presentRatingDialog(screen, what);
         }
         // A second into the ramp, or once the fades and the sheet have settled.
         return since->elapsed() > (what == CameraScene::recording ? 1200 : 600);
@@ -126,6 +145,9 @@ const std::vector<ScreenshotRenderer::Screen>& ScreenshotRenderer::screens() {
          [] { return cameraScreen(QSize(1280, 720), CameraScene::idle); }},
         {QStringLiteral("duration-picker"),
          [] { return cameraScreen(phone, CameraScene::picker); }},
+        {QStringLiteral("rate-first"), [] { return cameraScreen(phone, CameraScene::rateFirst); }},
+        {QStringLiteral("rate-liked"), [] { return cameraScreen(phone, CameraScene::rateLiked); }},
+        {QStringLiteral("rate-mail"), [] { return cameraScreen(phone, CameraScene::rateMail); }},
     };
     return registry;
 }

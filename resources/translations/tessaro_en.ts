@@ -113,5 +113,70 @@
         <source>Send us a mail; we read every one.</source>
         <translation>Send us a mail; we read every one.</translation>
     </message>
+    <message id="rate_like">
+        <extracomment>First rating dialog: the user likes the app (leads to the review dialog).</extracomment>
+        <source>Yes, I like it</source>
+        <translation>Yes, I like it</translation>
+    </message>
+    <message id="rate_dislike">
+        <extracomment>First rating dialog: the user does not like the app (leads to the feedback dialog).</extracomment>
+        <source>Not really</source>
+        <translation>Not really</translation>
+    </message>
+    <message id="rate_rate">
+        <extracomment>Review dialog: opens Tessaro's page in the software centre.</extracomment>
+        <source>Rate Tessaro</source>
+        <translation>Rate Tessaro</translation>
+    </message>
+    <message id="rate_write">
+        <extracomment>Feedback dialog: opens the mail composer.</extracomment>
+        <source>Write to us</source>
+        <translation>Write to us</translation>
+    </message>
+    <message id="rate_not_now">
+        <extracomment>Review and feedback dialogs: closes the dialog.</extracomment>
+        <source>Not now</source>
+        <translation>Not now</translation>
+    </message>
+    <message id="mail_title">
+        <extracomment>Title of the mail composer.</extracomment>
+        <source>Feedback</source>
+        <translation>Feedback</translation>
+    </message>
+    <message id="mail_cancel">
+        <extracomment>Mail composer: leaves without sending.</extracomment>
+        <source>Cancel</source>
+        <translation>Cancel</translation>
+    </message>
+    <message id="mail_send">
+        <extracomment>Mail composer: hands the mail to the user's mail program.</extracomment>
+        <source>Send</source>
+        <translation>Send</translation>
+    </message>
+    <message id="mail_to">
+        <extracomment>Mail composer: before the recipient's address.</extracomment>
+        <source>To:</source>
+        <translation>To:</translation>
+    </message>
+    <message id="mail_subject">
+        <extracomment>Mail composer: before the subject field.</extracomment>
+        <source>Subject:</source>
+        <translation>Subject:</translation>
+    </message>
+    <message id="mail_body_placeholder">
+        <extracomment>Mail composer: shown in the empty message field.</extracomment>
+        <source>Write your message here.</source>
+        <translation>Write your message here.</translation>
+    </message>
+    <message id="mail_hint">
+        <extracomment>Mail composer: under the message field.</extracomment>
+        <source>Send opens your mail program with this message, ready to go.</source>
+        <translation>Send opens your mail program with this message, ready to go.</translation>
+    </message>
+    <message id="mail_error_no_program">
+        <extracomment>Mail composer: Send could not reach the mail program; the text stays.</extracomment>
+        <source>Your mail program could not be started. Copy your message, or try again.</source>
+        <translation>Your mail program could not be started. Copy your message, or try again.</translation>
+    </message>
 </context>
 </TS>

@@ -1,0 +1,3 @@
+#include "rating/RatingLogging.h"
+
+Q_LOGGING_CATEGORY(lcRating, "tessaro.rating", QtInfoMsg)
