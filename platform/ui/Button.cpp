@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include <QFontMetricsF>
 #include <QPainter>
+#include <QtMath>
 
 namespace ui {
 namespace {
@@ -60,7 +62,7 @@ void Button::setImageSize(QSize size) {
 
 QSize Button::imageSizeFor(const QIcon& image) const {
     if (image.isNull())
-        return {};
+        return QSize(0, 0);
     QSize box = imageSize_;
     if (!box.isValid()) {
         const QList<QSize> sizes = image.availableSizes();
@@ -107,9 +109,10 @@ void Button::contentChanged() {
 QSize Button::sizeHint() const {
     const QSize image = imageSizeFor(imageForState(normal));
     const QString title = titleForState(normal);
-    const QFontMetrics metrics = fontMetrics();
-    const int titleWidth = title.isEmpty() ? 0 : metrics.horizontalAdvance(title);
-    const int titleHeight = title.isEmpty() ? 0 : metrics.height();
+    const QFontMetricsF metrics(font());
+    // Rounded up: a title a fraction wider than its button is drawn elided.
+    const int titleWidth = title.isEmpty() ? 0 : qCeil(metrics.horizontalAdvance(title));
+    const int titleHeight = title.isEmpty() ? 0 : qCeil(metrics.height());
     const QMargins& insets = contentEdgeInsets_;
     return QSize(qMax(0, image.width() + titleWidth + insets.left() + insets.right()),
                  qMax(0, qMax(image.height(), titleHeight) + insets.top() + insets.bottom()));
