@@ -6,10 +6,12 @@
 #include "platform/av/CaptureVideoPreviewLayer.h"
 #include "platform/foundation/Preferences.h"
 #include "platform/ui/Button.h"
+#include "platform/ui/MailComposeViewController.h"
 #include "platform/ui/Slider.h"
 #include "platform/ui/Storyboard.h"
 #include "platform/ui/Window.h"
 #include "rating/AppRating.h"
+#include "rating/RateAppMailViewController.h"
 #include "recording/CameraButton.h"
 #include "recording/CameraViewController.h"
 
@@ -73,7 +75,16 @@ void usePrivateFolders() {
     foundation::Preferences::resetStandardForTesting();
 }
 
-enum class CameraScene { idle, recording, zoomIn, picker, rateFirst, rateLiked, rateMail };
+enum class CameraScene {
+    idle,
+    recording,
+    zoomIn,
+    picker,
+    rateFirst,
+    rateLiked,
+    rateMail,
+    mailComposer
+};
 
 // The rating dialogs as the app shows them: the first one as the scheduler does, the others as
 // the first one's answers do.
@@ -85,8 +96,14 @@ void presentRatingDialog(CameraViewController* screen, CameraScene what) {
     const QString identifier = what == CameraScene::rateLiked
                                    ? QStringLiteral("RateAppLikedViewController")
                                    : QStringLiteral("RateAppMailViewController");
-    if (ui::ViewController* dialog = ui::Storyboard(QStringLiteral("Main")).instantiate(identifier))
-        screen->present(dialog, false);
+    ui::ViewController* dialog = ui::Storyboard(QStringLiteral("Main")).instantiate(identifier);
+    if (!dialog)
+        return;
+    screen->present(dialog, false);
+    // Shown whether or not this machine has a mail program, which only decides the button.
+    if (auto* mail = qobject_cast<RateAppMailViewController*>(dialog);
+        mail && what == CameraScene::mailComposer)
+        mail->present(mail->makeComposer(), false);
 }
 
 // The recording screen in a window of the given size, once the camera shows a picture and the
@@ -117,7 +134,7 @@ ScreenshotRenderer::Scene cameraScreen(const QSize& size, CameraScene what) {
                 screen->durationButton->sendActions(ui::Control::touchDown |
                                                     ui::Control::touchUpInside);
             if (what == CameraScene::rateFirst || what == CameraScene::rateLiked ||
-                what == CameraScene::rateMail)
+                what == CameraScene::rateMail || what == CameraScene::mailComposer)
                 presentRatingDialog(screen, what);
         }
         // A second into the ramp, or once the fades and the sheet have settled.
@@ -148,6 +165,8 @@ const std::vector<ScreenshotRenderer::Screen>& ScreenshotRenderer::screens() {
         {QStringLiteral("rate-first"), [] { return cameraScreen(phone, CameraScene::rateFirst); }},
         {QStringLiteral("rate-liked"), [] { return cameraScreen(phone, CameraScene::rateLiked); }},
         {QStringLiteral("rate-mail"), [] { return cameraScreen(phone, CameraScene::rateMail); }},
+        {QStringLiteral("mail-composer"),
+         [] { return cameraScreen(phone, CameraScene::mailComposer); }},
     };
     return registry;
 }

@@ -56,8 +56,8 @@ void RateAppDialogViewController::loadView() {
     backgroundView->setFixedWidth(cardWidth);
 
     firstLabel = makeLabel(backgroundView, 20, QFont::DemiBold, Qt::white);
-    secondLabel = makeLabel(backgroundView, 15, QFont::Normal, Qt::white);
-    thirdLabel = makeLabel(backgroundView, 14, QFont::Normal, secondaryTextColor);
+    secondLabel = makeLabel(backgroundView, 14, QFont::Normal, Qt::white);
+    thirdLabel = makeLabel(backgroundView, 13, QFont::Normal, secondaryTextColor);
 
     auto* cardLayout = new QVBoxLayout(backgroundView);
     cardLayout->setContentsMargins(20, 22, 20, 18);

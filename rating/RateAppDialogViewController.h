@@ -22,7 +22,7 @@ class RateAppDialogViewController : public ui::ViewController {
 
 public:
     static constexpr qreal cornerRadius = 11;
-    static constexpr int cardWidth = 300;
+    static constexpr int cardWidth = 320;
 
     // Outlets: owned by the view, null until the view is loaded.
     QPointer<ui::View> backgroundView;

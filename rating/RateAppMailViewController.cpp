@@ -14,12 +14,16 @@ void RateAppMailViewController::loadView() {
               [this](ui::Control* sender) { close(sender); });
 }
 
-void RateAppMailViewController::sendEmailBtn(ui::Control*) {
+ui::MailComposeViewController* RateAppMailViewController::makeComposer() {
     auto* composer = new ui::MailComposeViewController(this);
     composer->setMailComposeDelegate(this);
     composer->setToRecipients({supportAddress});
     composer->setSubject(subject);
-    QPointer<ui::MailComposeViewController> pending(composer);
+    return composer;
+}
+
+void RateAppMailViewController::sendEmailBtn(ui::Control*) {
+    QPointer<ui::MailComposeViewController> pending(makeComposer());
     ui::MailComposeViewController::canSendMail(this, [this, pending](bool canSend) {
         if (!pending)
             return;

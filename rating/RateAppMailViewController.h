@@ -16,6 +16,8 @@ public:
     explicit RateAppMailViewController(QObject* parent = nullptr);
 
     void sendEmailBtn(ui::Control* sender);
+    // A composer addressed to support with the subject, this dialog its delegate; not shown.
+    ui::MailComposeViewController* makeComposer();
     void close(ui::Control* sender);
 
     // Whatever the result: the composer goes, then this dialog.

@@ -136,6 +136,9 @@ void MailComposeViewController::loadView() {
     sendButton->addTarget(
         this, [this](Control* sender) { send(sender); }, Control::touchUpInside);
 
+    // The title gives way to the buttons, never the other way round.
+    cancelButton->setMinimumSize(cancelButton->sizeHint());
+    sendButton->setMinimumSize(sendButton->sizeHint());
     auto* bar = new QGridLayout;
     bar->addWidget(cancelButton, 0, 0, Qt::AlignLeft | Qt::AlignVCenter);
     bar->addWidget(title, 0, 1, Qt::AlignCenter);
@@ -154,6 +157,8 @@ void MailComposeViewController::loadView() {
     subjectField = new QLineEdit(subject_, screen);
     subjectField->setFont(fontOf(subjectField, 15));
     subjectField->setStyleSheet(fieldStyle);
+    // Its text starts where the recipient's does.
+    subjectField->setTextMargins(-2, 0, 0, 0);
 
     auto* header = new QGridLayout;
     header->setHorizontalSpacing(8);
