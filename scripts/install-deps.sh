@@ -13,6 +13,7 @@ packages=(
     gstreamer1.0-plugins-ugly gstreamer1.0-libav
     fonts-dejavu-core fontconfig
     xvfb xauth dbus-daemon
+    xdg-utils
 )
 
 missing=()
