@@ -12,7 +12,9 @@ class RateAppLikedViewController : public RateAppDialogViewController {
 
 public:
     // The app's page in the software centre, under the id its desktop file and metainfo use.
-    static inline const QString reviewLink = QStringLiteral("appstream://org.tessaro.Tessaro");
+    // Not "appstream://": as a host the id would be lowercased on its way through QUrl, and
+    // software centres take the id from the path as well.
+    static inline const QString reviewLink = QStringLiteral("appstream:org.tessaro.Tessaro");
 
     // How the review link is opened (QDesktopServices::openUrl); tests replace it.
     static std::function<bool(const QUrl& url)> openURL;
