@@ -103,8 +103,10 @@ TEST_F(LaunchTest, launchSetsThePromptDelayEveryTime) {
     delegate.didFinishLaunchingWithOptions(nullptr, {});
     EXPECT_EQ(AppRating::daysUntilPrompt, 3);
 
-    // The checked setter refuses zero, the launch assignment does not go through it.
+    // The checked setter turns zero into 10; the launch assigns directly, so 3 wins again.
     AppRating::setDaysUntilPrompt(0);
+    EXPECT_EQ(AppRating::daysUntilPrompt, 10);
+    delegate.didFinishLaunchingWithOptions(nullptr, {});
     EXPECT_EQ(AppRating::daysUntilPrompt, 3);
 }
 
