@@ -149,7 +149,6 @@ void MailComposeViewController::loadView() {
     toLabel = new Label(toRecipients_.join(QStringLiteral(", ")), screen);
     toLabel->setTextColor(fieldTextColor);
     toLabel->setFont(fontOf(toLabel, 15));
-    toLabel->setTextInteractionFlags(Qt::TextSelectableByMouse);
 
     const QString fieldStyle = QStringLiteral("background: transparent; border: none; color: "
                                               "rgb(235, 235, 245); selection-background-color: "
