@@ -128,7 +128,7 @@ TEST_F(PreferencesTest, EveryTypeSurvivesAReloadExactly) {
         {"largest", largest},
         {"smallest", std::numeric_limits<qint64>::min()},
         {"beyondDoublePrecision", (qint64(1) << 53) + 1},
-        {"zoomDuration", 0.1f},
+        {"tenth", 0.1f},
         {"five", 5.0f},
         {"infinite", -std::numeric_limits<float>::infinity()},
         {"third", 1.0 / 3.0},
@@ -155,7 +155,7 @@ TEST_F(PreferencesTest, EveryTypeSurvivesAReloadExactly) {
     EXPECT_EQ(date.timeSpec(), Qt::UTC);
 
     // Float and double reads accept either real type; the value keeps its own.
-    EXPECT_EQ(again.doubleForKey("zoomDuration"), double(0.1f));
+    EXPECT_EQ(again.doubleForKey("tenth"), double(0.1f));
     EXPECT_EQ(again.floatForKey("third"), float(1.0 / 3.0));
 
     const QByteArray text = readAll(filePath());
@@ -286,6 +286,46 @@ TEST_F(PreferencesTest, EntriesOfUnknownTypeAreSkipped) {
     EXPECT_EQ(warnings.lines().size(), 5) << warnings.lines().join('\n').toStdString();
     EXPECT_TRUE(warnings.lines().join('\n').contains("\"colour\""));
     EXPECT_EQ(folderEntries(), QStringList{"preferences.json"});
+}
+
+TEST_F(PreferencesTest, StoredValuesTheSchemaForbidsReadAsTheDefault) {
+    const struct {
+        const char* key;
+        const char* entry;
+    } rows[] = {
+        {"zoomMode", R"({"type": "string", "value": "x"})"},
+        {"zoomMode", R"({"type": "integer", "value": 7})"},
+        {"videoMode", R"({"type": "integer", "value": 99})"},
+        {"videoMode", R"({"type": "integer", "value": -1})"},
+        {"zoomDuration", R"({"type": "float", "value": -5})"},
+        {"zoomDuration", R"({"type": "float", "value": 1e9})"},
+        {"zoomDuration", R"({"type": "double", "value": "nan"})"},
+        {"zoomDuration", R"({"type": "integer", "value": 5})"},
+        {"tutorialShowed", R"({"type": "integer", "value": 1})"},
+        {"AppRatingFirstUsed", R"({"type": "string", "value": "2026-01-01"})"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.entry);
+        const QByteArray file = QByteArray(R"({"version": 1, "values": {")") + row.key +
+                                "\": " + row.entry +
+                                R"(, "ratio": {"type": "double", "value": 2}}})";
+        writeAll(filePath(), file);
+        WarningCollector warnings;
+        Preferences& preferences = reloaded();
+        EXPECT_FALSE(preferences.hasStoredValue(row.key));
+        EXPECT_EQ(preferences.valueForKey(row.key), PreferenceSchema::defaultValue(row.key));
+        EXPECT_EQ(preferences.doubleForKey("ratio"), 2.0) << "its neighbours are kept";
+        ASSERT_EQ(warnings.lines().size(), 1);
+        EXPECT_TRUE(warnings.lines().first().contains(QLatin1String(row.key)));
+        EXPECT_EQ(folderEntries(), QStringList{"preferences.json"}) << "nothing moved aside";
+    }
+
+    // Either real type stands for the other, and the ends of a range are in it.
+    writeAll(filePath(), R"({"version": 1, "values": {
+        "zoomDuration": {"type": "double", "value": 15}, "videoMode": {"type": "integer", "value": 2}
+    }})");
+    EXPECT_EQ(reloaded().floatForKey("zoomDuration"), 15.0f);
+    EXPECT_EQ(Preferences::standard().integerForKey("videoMode"), 2);
 }
 
 TEST_F(PreferencesTest, UnwritableFolderKeepsTheValueInMemory) {
