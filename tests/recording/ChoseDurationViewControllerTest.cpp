@@ -1,5 +1,7 @@
-#include <cmath>
-#include <limits>
+#include <functional>
+#include <utility>
+
+#include <QFile>
 
 #include <QPointer>
 #include <QTemporaryDir>
@@ -104,19 +106,34 @@ TEST_F(ChoseDurationViewControllerTest, TurningToNineStoresItAndEitherButtonOrEs
     ASSERT_TRUE(closed());
     EXPECT_EQ(Preferences::standard().floatForKey(durationKey), 9.0f) << "no cancel";
 
-    present();
-    EXPECT_EQ(shownRow(), 8);
-    QTest::mouseClick(sheet->doneButton, Qt::LeftButton);
-    ASSERT_TRUE(closed());
-
-    present();
-    QTest::keyClick(sheet->pickerView, Qt::Key_Escape);
-    ASSERT_TRUE(closed());
+    // Closed while the wheel still turns, by each way out: the row it shows is kept at once.
+    const std::pair<const char*, std::function<void()>> ways[] = {
+        {"close", [this] { QTest::mouseClick(sheet->closeButton, Qt::LeftButton); }},
+        {"Done", [this] { QTest::mouseClick(sheet->doneButton, Qt::LeftButton); }},
+        {"Esc", [this] { QTest::keyClick(sheet->pickerView, Qt::Key_Escape); }},
+    };
+    float expected = 9.0f;
+    for (const auto& [name, close] : ways) {
+        SCOPED_TRACE(name);
+        present();
+        EXPECT_EQ(shownRow(), int(expected) - 1);
+        QTest::keyClick(sheet->pickerView, Qt::Key_Down);
+        close();
+        expected += 1.0f;
+        EXPECT_EQ(Preferences::standard().floatForKey(durationKey), expected);
+        ASSERT_TRUE(closed());
+        EXPECT_EQ(Preferences::standard().floatForKey(durationKey), expected);
+    }
 }
 
-TEST_F(ChoseDurationViewControllerTest, ADurationThatIsNoNumberStopsTheProgram) {
-    Preferences::standard().setFloat(durationKey, std::numeric_limits<float>::infinity());
-    EXPECT_DEATH(present(), "zoomDuration");
+TEST_F(ChoseDurationViewControllerTest, ADurationFromDiskThatIsNoNumberOpensOnFiveSeconds) {
+    QFile file(Preferences::standardFilePath());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(R"({"version": 1, "values": {"zoomDuration": {"type": "float", "value": "inf"}}})");
+    file.close();
+    Preferences::resetStandardForTesting();
+    present();
+    EXPECT_EQ(shownRow(), 4);
 }
 
 } // namespace
