@@ -54,7 +54,7 @@ protected:
         session.record(
             std::nullopt, [&](const QUrl& url) { finished = url.toLocalFile(); },
             [&](const std::exception&) { failed = true; });
-        if (!QTest::qWaitFor([&] { return session.isRecording(); }, 10000))
+        if (!QTest::qWaitFor([&] { return session.movieFileOutput()->framesWritten() > 0; }, 10000))
             return {};
         QTest::qWait(int(seconds * 1000));
         session.stopRecording();
@@ -143,31 +143,52 @@ TEST_F(VideoSessionTest, recordsAPlayableMovieToTheDefaultFileAndReplacesItNextT
     EXPECT_EQ(secondInfo.orientation, QStringLiteral("rotate-270"));
 }
 
-TEST_F(VideoSessionTest, recordingStateFollowsTheOutputNotOurCalls) {
+TEST_F(VideoSessionTest, oneRecordingFromTheRequestUntilItsCallback) {
     CKFVideoSession session(CKFSession::CameraPosition::back);
     session.start();
-    int firstFinished = 0, secondFinished = 0;
-    session.record(
-        std::nullopt, [&](const QUrl&) { ++firstFinished; }, [](const std::exception&) {});
-    // Not recording until the output says so; stopping before that does nothing.
-    EXPECT_FALSE(session.isRecording());
-    session.stopRecording();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return session.isRecording(); }, 10000));
+    QStringList first, second;
+    const auto into = [&](QStringList& calls) {
+        return std::pair{[&calls](const QUrl& url) { calls << url.toLocalFile(); },
+                         [&calls](const std::exception& error) {
+                             calls << QStringLiteral("error: ") + QString::fromUtf8(error.what());
+                         }};
+    };
+    const auto record = [&](QStringList& calls) {
+        auto [recorded, failed] = into(calls);
+        return session.record(std::nullopt, recorded, failed);
+    };
 
-    // A second record while recording keeps the first callbacks.
-    session.record(
-        std::nullopt, [&](const QUrl&) { ++secondFinished; }, [](const std::exception&) {});
+    // A paused camera sends no frame, so everything below happens before the first.
+    GstElement* pipeline = session.session()->pipeline();
+    gst_element_set_state(pipeline, GST_STATE_PAUSED);
+    QTest::qWait(200);
+    ASSERT_TRUE(record(first));
+    EXPECT_TRUE(session.isRecording()) << "from the request on";
+    EXPECT_FALSE(record(second)) << "refused while starting";
     session.stopRecording();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return firstFinished == 1; }, 15000));
-    EXPECT_EQ(secondFinished, 0);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !first.isEmpty(); }, 5000));
+    EXPECT_TRUE(first.front().startsWith(QStringLiteral("error: "))) << first.front().toStdString();
+    EXPECT_FALSE(session.isRecording());
+    gst_element_set_state(pipeline, GST_STATE_PLAYING);
+
+    // While recording, a second request leaves the clip alone, callbacks and file.
+    first.clear();
+    ASSERT_TRUE(record(first));
+    ASSERT_TRUE(
+        QTest::qWaitFor([&] { return session.movieFileOutput()->framesWritten() > 5; }, 10000));
+    EXPECT_FALSE(record(second));
+    session.stopRecording();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !first.isEmpty(); }, 15000));
+    EXPECT_EQ(first, QStringList{CKFVideoSession::defaultFileURL().toLocalFile()});
+    EXPECT_EQ(inspect(first.front()).videoCodec, QStringLiteral("video/x-h264"));
 
     // A stray finish after that reaches nobody.
     session.didFinishRecording(session.movieFileOutput(), CKFVideoSession::defaultFileURL(),
                                std::nullopt);
     session.didFinishRecording(session.movieFileOutput(), CKFVideoSession::defaultFileURL(),
                                av::Error(av::Error::Code::recordingFailed, QStringLiteral("late")));
-    EXPECT_EQ(firstFinished, 1);
-    EXPECT_EQ(secondFinished, 0);
+    EXPECT_EQ(first.size(), 1);
+    EXPECT_TRUE(second.isEmpty()) << second.join('\n').toStdString();
 }
 
 // Runs a gst-launch description that writes a file, to its end.
@@ -232,7 +253,8 @@ TEST_F(VideoSessionTest, anUnpluggedCameraEndsTheRecordingPlayableAndTellsTheScr
     session.record(
         std::nullopt, [&](const QUrl& url) { finished = url.toLocalFile(); },
         [&](const std::exception&) { finished = QStringLiteral("failed"); });
-    ASSERT_TRUE(QTest::qWaitFor([&] { return session.isRecording(); }, 10000));
+    ASSERT_TRUE(
+        QTest::qWaitFor([&] { return session.movieFileOutput()->framesWritten() > 0; }, 10000));
     QTest::qWait(1000);
 
     av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(camera(session)->uniqueID());
