@@ -121,10 +121,11 @@ QUrl CKFVideoSession::defaultFileURL() {
                                    .filePath(QStringLiteral("Tessaro Video.mov")));
 }
 
-void CKFVideoSession::record(const std::optional<QUrl>& url, RecordCallback onRecorded,
+bool CKFVideoSession::record(const std::optional<QUrl>& url, RecordCallback onRecorded,
                              ErrorCallback onError) {
-    if (recording)
-        return;
+    if (isRecording())
+        return false;
+    recording = true;
     recordCallback = std::move(onRecorded);
     errorCallback = std::move(onError);
     QUrl target;
@@ -143,16 +144,15 @@ void CKFVideoSession::record(const std::optional<QUrl>& url, RecordCallback onRe
                 av::CaptureConnection::VideoStabilizationMode::cinematic);
     }
     movieOutput->startRecordingToOutputFileURL(target, this);
+    return true;
 }
 
 void CKFVideoSession::stopRecording() {
-    if (recording)
+    if (isRecording())
         movieOutput->stopRecording();
 }
 
-void CKFVideoSession::didStartRecording(av::CaptureMovieFileOutput*, const QUrl&) {
-    recording = true;
-}
+void CKFVideoSession::didStartRecording(av::CaptureMovieFileOutput*, const QUrl&) {}
 
 void CKFVideoSession::didFinishRecording(av::CaptureMovieFileOutput*, const QUrl& fileURL,
                                          const std::optional<av::Error>& error) {

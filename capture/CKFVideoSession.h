@@ -22,8 +22,10 @@ public:
     explicit CKFVideoSession(CameraPosition position);
     ~CKFVideoSession() override;
 
-    bool isRecording() const { return recording; }
-    void setIsRecording(bool value) { recording = value; }
+    // From the record request until its callback has run, so that a press before the first
+    // frame stops the recording instead of starting another; also while the movie output
+    // records for anyone else.
+    bool isRecording() const { return recording || movieOutput->isRecording(); }
 
     CameraPosition cameraPosition() const { return position; }
     void setCameraPosition(CameraPosition value);
@@ -35,7 +37,9 @@ public:
     void setZoom(double zoom) override;
 
     // Records to url, or to the default file (replacing the previous clip) when none is given.
-    void record(const std::optional<QUrl>& url, RecordCallback onRecorded, ErrorCallback onError);
+    // While recording, refuses with false and changes nothing: not the callbacks, not the file.
+    bool record(const std::optional<QUrl>& url, RecordCallback onRecorded, ErrorCallback onError);
+    // Also before the first frame: the movie output then finishes with an error.
     void stopRecording();
     void togglePosition();
     void setWidth(qint64 width, qint64 height, qint64 frameRate);
@@ -58,6 +62,7 @@ private:
     // camera is gone), changes nothing and says nothing.
     void configureCamera(const std::function<void(av::CaptureDevice&)>& change);
 
+    // A record request whose callbacks have not run yet.
     bool recording = false;
     CameraPosition position = CameraPosition::back;
     av::CaptureDeviceInput* cameraInput = nullptr;

@@ -41,6 +41,7 @@ constexpr int topButtonSide = 44;
 constexpr int columnWidth = 440;
 constexpr int margin = 16;
 constexpr int virtualNoticeSeconds = 6;
+constexpr int failureNoticeSeconds = 10;
 
 foundation::Preferences& defaults() {
     return foundation::Preferences::standard();
@@ -59,6 +60,15 @@ const CameraViewController::VideoFormat& videoFormat(qint64 mode) {
     if (mode < 0 || mode > 2)
         qFatal("CameraViewController: \"videoMode\" %lld has no format", mode);
     return CameraViewController::videoFormats[mode];
+}
+
+// Stops a ramp's ticks; the timer goes once its current tick has returned.
+void stopTicking(CameraViewController::RampState& state) {
+    if (state.timer) {
+        state.timer->stop();
+        state.timer->deleteLater();
+        state.timer = nullptr;
+    }
 }
 
 template <class T> T* required(const QPointer<T>& outlet, const char* name) {
@@ -227,9 +237,11 @@ void CameraViewController::loadView() {
         this, [this](ui::Control* sender) { cameraButtonHandler(sender); },
         ui::Control::touchUpInside);
 
-    // Space records and stops from anywhere on the screen, as the record button's press.
+    // Space records and stops from anywhere on the screen, as the record button's press. A held
+    // key is one press: repeats would stop the take and record over it.
     auto* space = new QShortcut(QKeySequence(Qt::Key_Space), root);
     space->setContext(Qt::WidgetWithChildrenShortcut);
+    space->setAutoRepeat(false);
     connect(space, &QShortcut::activated, this, [this] {
         if (cameraButton)
             cameraButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
@@ -394,17 +406,12 @@ void CameraViewController::setupSession() {
 
     // Every camera state is said on the picture: busy, refused, unplugged; and a stand-in.
     connect(session.get(), &CKFSession::deviceProblem, this,
-            &CameraViewController::showCameraStatus);
+            qOverload<const QString&>(&CameraViewController::showCameraStatus));
     const av::CaptureDevice* camera = session->cameraDevice();
     if (camera && camera->isVirtual() &&
         av::CaptureDeviceDiscoverySession::cameraSelection() != QLatin1String("virtual")) {
-        showCameraStatus(foundation::Strings::localizedString("cam_status_virtual"));
-        QPointer<ui::Label> label(cameraStatusLabel);
-        const QString shown = label->text();
-        QTimer::singleShot(virtualNoticeSeconds * 1000, this, [label, shown] {
-            if (label && label->text() == shown)
-                label->hide();
-        });
+        showCameraStatus(foundation::Strings::localizedString("cam_status_virtual"),
+                         virtualNoticeSeconds);
     }
 }
 
@@ -539,8 +546,12 @@ void CameraViewController::cameraButtonHandler(ui::Control*) {
     CKFVideoSession* session = videoSession();
     if (!session)
         return;
+    if (!failureShown.isEmpty() && cameraStatusLabel && cameraStatusLabel->text() == failureShown)
+        showCameraStatus(QString());
     if (session->isRecording()) {
-        session->movieFileOutput()->stopRecording();
+        // Before the first frame too; the ramp ends with the take, or it would cut the next one.
+        session->stopRecording();
+        endZoomRamp();
         return;
     }
     if (topViews)
@@ -555,11 +566,16 @@ void CameraViewController::cameraButtonHandler(ui::Control*) {
             if (screen)
                 screen->recordingFinished(url);
         },
-        [](const std::exception&) {});
+        [screen](const std::exception& error) {
+            if (screen)
+                screen->recordingFailed(QString::fromUtf8(error.what()));
+        });
     startZoomRamp();
 }
 
 void CameraViewController::startZoomRamp() {
+    if (ramp)
+        stopTicking(*ramp);
     const float duration = defaults().floatForKey(zoomDurationKey);
     QWidget* timerView = required(recordingTimerView, "recordingTimerView");
     ui::View* circle = required(recordingeCircle, "recordingeCircle");
@@ -612,16 +628,15 @@ void CameraViewController::startZoomRamp() {
 
 void CameraViewController::zoomRampTick(const std::shared_ptr<RampState>& state) {
     const qint64 mode = defaults().integerForKey(zoomModeKey);
-    const bool over = mode == 1 ? state->current > state->end : state->current < 1.0f;
+    // The tick count ends the ramps whose zoom never passes its end: a flat one from 1.0, or a
+    // step too small to move a float.
+    const bool over = (mode == 1 ? state->current > state->end : state->current < 1.0f) ||
+                      state->elapsed > double(state->duration) * 100.0;
     if (over) {
-        if (state->timer) {
-            state->timer->stop();
-            state->timer->deleteLater();
-            state->timer = nullptr;
-        }
-        required(cameraButton, "cameraButton")->setSelected(false);
+        stopTicking(*state);
         if (CKFVideoSession* session = videoSession(); session && session->isRecording())
-            session->movieFileOutput()->stopRecording();
+            session->stopRecording();
+        endZoomRamp();
         return;
     }
     if (CKFVideoSession* session = videoSession())
@@ -636,7 +651,15 @@ void CameraViewController::zoomRampTick(const std::shared_ptr<RampState>& state)
     state->elapsed = state->elapsed + 1.0;
 }
 
-void CameraViewController::recordingFinished(const QUrl& url) {
+void CameraViewController::endZoomRamp() {
+    if (ramp)
+        stopTicking(*ramp);
+    required(cameraButton, "cameraButton")->setSelected(false);
+    applySliderZoom();
+}
+
+void CameraViewController::showIdleControls() {
+    endZoomRamp();
     if (topViews)
         for (const QPointer<QWidget>& topView : *topViews)
             if (topView)
@@ -648,7 +671,16 @@ void CameraViewController::recordingFinished(const QUrl& url) {
     ui::ViewAnimation::removeAllAnimations(dot);
     ui::ViewAnimation::setAlpha(dot, 1.0);
     ui::ViewAnimation::animate(fadeDuration, [&] { ui::ViewAnimation::setAlpha(timerView, 0.0); });
-    required(cameraButton, "cameraButton")->setSelected(false);
+}
+
+void CameraViewController::recordingFailed(const QString& description) {
+    showIdleControls();
+    failureShown = foundation::Strings::localizedString("cam_recording_failed").arg(description);
+    showCameraStatus(failureShown, failureNoticeSeconds);
+}
+
+void CameraViewController::recordingFinished(const QUrl& url) {
+    showIdleControls();
     emit clipFinished(url);
 
     const ui::Storyboard storyboard(QStringLiteral("Main"));
@@ -674,4 +706,13 @@ void CameraViewController::showCameraStatus(const QString& message) {
     label->setVisible(!message.isEmpty());
     label->raise();
     layoutControls();
+}
+
+void CameraViewController::showCameraStatus(const QString& message, int seconds) {
+    showCameraStatus(message);
+    QPointer<ui::Label> label(cameraStatusLabel);
+    QTimer::singleShot(seconds * 1000, this, [label, message] {
+        if (label && label->text() == message)
+            label->hide();
+    });
 }

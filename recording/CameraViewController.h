@@ -26,7 +26,8 @@ class View;
 // The main screen: the live picture with the controls around it, and the zoom ramp that makes
 // the clip. A press of the record button starts the movie and a 10 ms timer on the GUI thread
 // that walks the zoom linearly between the slider's value and 1.0 for the chosen duration; the
-// ramp's end stops the movie, and the finished file goes to the clip preview.
+// ramp's end, or a second press, stops the movie and the ramp together, and the finished file
+// goes to the clip preview. Every ramp ends after its duration, a flat one from 1.0 too.
 class CameraViewController : public ui::ViewController, public CKFSessionDelegate {
     Q_OBJECT
 
@@ -108,6 +109,8 @@ public:
     void startZoomRamp();
     void zoomRampTick(const std::shared_ptr<RampState>& state);
     void recordingFinished(const QUrl& url);
+    // Brings the controls back and says on the picture what failed.
+    void recordingFailed(const QString& description);
     // The ramp started by the latest press, or null.
     const std::shared_ptr<RampState>& lastRamp() const { return ramp; }
 
@@ -132,12 +135,21 @@ protected:
 private:
     // Over the picture, until the next message; empty hides it.
     void showCameraStatus(const QString& message);
+    // The same, hidden after a while unless another message took its place.
+    void showCameraStatus(const QString& message, int seconds);
+    // Stops the ramp, if it still runs, and puts the preview back at the slider's zoom, so that
+    // the next take starts without a jump.
+    void endZoomRamp();
+    // After every take, finished or failed.
+    void showIdleControls();
     // Keeps the slider within what the camera's current format can zoom sharply.
     void updateZoomRange(int formatWidth);
     void updateZoomValueLabel();
     void layoutControls();
 
     std::shared_ptr<RampState> ramp;
+    // The failure on the picture; the next press clears it.
+    QString failureShown;
     // The dark bands behind the top row and the bottom controls.
     QPointer<QWidget> topScrim;
     QPointer<QWidget> bottomScrim;

@@ -179,6 +179,9 @@ void ChoseDurationViewController::didSelectRow(ui::PickerView*, int row, int) {
 }
 
 void ChoseDurationViewController::dismiss(ui::Control*) {
+    // The row the wheel shows is the choice, even while it still turns.
+    if (pickerView)
+        pickerView->finishTurning();
     // Found by class name, so that the sheet needs nothing of the recording screen but its name.
     ui::ViewController* presenter = presentingViewController();
     if (presenter && presenter->inherits("CameraViewController"))

@@ -14,8 +14,9 @@ class Label;
 } // namespace ui
 
 // The small sheet, over the recording screen, on which the user picks how long the zoom ramp lasts:
-// 1 to 15 whole seconds. The wheel writes "zoomDuration" each time it settles on a row, so either
-// button only closes the sheet and there is no cancel that restores the earlier value.
+// 1 to 15 whole seconds. The wheel writes "zoomDuration" each time it settles on a row, and
+// either button or Esc settles a turning wheel at once, so there is no cancel that restores the
+// earlier value.
 class ChoseDurationViewController : public ui::ViewController,
                                     public ui::PickerViewDataSource,
                                     public ui::PickerViewDelegate {

@@ -11,11 +11,17 @@ namespace foundation {
 // The one table of the app's preference keys, their types and what an absent key reads as.
 class PreferenceSchema {
 public:
+    // The numbers a key may hold, both ends included.
+    struct Range {
+        double minimum;
+        double maximum;
+    };
     struct Entry {
         const char* key;
         PreferenceValue::Type type;
         // nullopt: absence itself means something (a date not yet recorded).
         std::optional<PreferenceValue> defaultValue;
+        std::optional<Range> range = std::nullopt;
     };
 
     static constexpr const char* tutorialShowed = "tutorialShowed";
@@ -30,6 +36,10 @@ public:
     // nullptr for a key outside the table.
     static const Entry* find(const QString& key);
     static std::optional<PreferenceValue> defaultValue(const QString& key);
+    // Why value cannot stand for key (another type, a number out of its range), or an empty
+    // string when it can. Float and double stand for each other; keys outside the table take
+    // anything.
+    static QString rejection(const QString& key, const PreferenceValue& value);
 };
 
 } // namespace foundation

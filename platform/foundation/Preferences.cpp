@@ -190,6 +190,14 @@ void Preferences::load() {
                        .arg(entry.key(), m_filePath, error);
             continue;
         }
+        // Read as the default, so that a hand-edited or foreign file cannot stop the app.
+        const QString rejection = PreferenceSchema::rejection(entry.key(), *value);
+        if (!rejection.isEmpty()) {
+            qCWarning(lcFoundation).noquote()
+                << QStringLiteral("Ignoring preference \"%1\" in %2: %3; using the default")
+                       .arg(entry.key(), m_filePath, rejection);
+            continue;
+        }
         if (!entry.key().isEmpty())
             m_values.insert(entry.key(), *value);
     }

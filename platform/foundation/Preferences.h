@@ -15,7 +15,8 @@ class Preferences : public QObject {
     Q_OBJECT
 
 public:
-    // Reads filePath now; a missing file is an empty store, a damaged one is moved aside.
+    // Reads filePath now; a missing file is an empty store, a damaged one is moved aside, and a
+    // value the schema does not allow there is left out with a warning.
     explicit Preferences(QString filePath, QObject* parent = nullptr);
     ~Preferences() override;
 
@@ -36,8 +37,8 @@ public:
     bool hasStoredValue(const QString& key) const { return m_values.contains(key); }
 
     // Forced reads: an absent key without a default gives false, 0, 0.0, a null string or an
-    // invalid date; a value of another type stops the program. Float and double reads accept
-    // either real type.
+    // invalid date; a value of another type (which only the code can store) stops the program.
+    // Float and double reads accept either real type.
     bool boolForKey(const QString& key) const;
     qint64 integerForKey(const QString& key) const;
     float floatForKey(const QString& key) const;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include <QFocusEvent>
 #include <QKeyEvent>
@@ -206,6 +207,21 @@ void PickerView::settle(int index, int row, bool byUser, int milliseconds) {
     connect(animation, &QVariantAnimation::finished, this, arrive);
     c.animation = animation;
     animation->start(QAbstractAnimation::DeleteWhenStopped);
+}
+
+void PickerView::finishTurning() {
+    if (dragComponent_ >= 0) {
+        const int index = std::exchange(dragComponent_, -1);
+        dragMoved_ = false;
+        Component& c = components_[size_t(index)];
+        settle(index, clampRow(c, c.offset), true, 0);
+    }
+    if (wheelComponent_ >= 0)
+        endWheelScroll();
+    // Jumping to the end runs the animation's own arrival, with whoever started it.
+    for (Component& c : components_)
+        if (c.animation && c.animation->state() == QAbstractAnimation::Running)
+            c.animation->setCurrentTime(c.animation->totalDuration());
 }
 
 void PickerView::turnBy(int index, int rows) {

@@ -82,6 +82,10 @@ public:
 
     // Whether a wheel is turning: dragged, coasting or settling.
     bool isMoving() const;
+    // Brings every turning wheel to rest at once on the row it was heading for (the nearest
+    // row under a finger), telling the delegate as if it had settled: what the wheel shows is
+    // the choice, also when the sheet closes mid-turn.
+    void finishTurning();
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;

@@ -43,6 +43,11 @@
         <source>No camera was found, so this is Tessaro's virtual camera: a street that reacts to the zoom like a real one.</source>
         <translation>No camera was found, so this is Tessaro's virtual camera: a street that reacts to the zoom like a real one.</translation>
     </message>
+    <message id="cam_recording_failed">
+        <extracomment>Over the camera picture after a take failed; %1 says what went wrong.</extracomment>
+        <source>The recording failed. %1</source>
+        <translation>The recording failed. %1</translation>
+    </message>
     <message id="tutorial_text_1">
         <extracomment>First-run tutorial, page 1 of 4.</extracomment>
         <source>Frame your subject and set the start zoom with the slider.</source>

@@ -128,7 +128,7 @@ TEST_F(PreferencesTest, EveryTypeSurvivesAReloadExactly) {
         {"largest", largest},
         {"smallest", std::numeric_limits<qint64>::min()},
         {"beyondDoublePrecision", (qint64(1) << 53) + 1},
-        {"zoomDuration", 0.1f},
+        {"tenth", 0.1f},
         {"five", 5.0f},
         {"infinite", -std::numeric_limits<float>::infinity()},
         {"third", 1.0 / 3.0},
@@ -155,7 +155,7 @@ TEST_F(PreferencesTest, EveryTypeSurvivesAReloadExactly) {
     EXPECT_EQ(date.timeSpec(), Qt::UTC);
 
     // Float and double reads accept either real type; the value keeps its own.
-    EXPECT_EQ(again.doubleForKey("zoomDuration"), double(0.1f));
+    EXPECT_EQ(again.doubleForKey("tenth"), double(0.1f));
     EXPECT_EQ(again.floatForKey("third"), float(1.0 / 3.0));
 
     const QByteArray text = readAll(filePath());
@@ -266,24 +266,29 @@ TEST_F(PreferencesTest, DamagedFilesAreMovedAsideNeverOverwritten) {
     }
 }
 
-TEST_F(PreferencesTest, EntriesOfUnknownTypeAreSkipped) {
+TEST_F(PreferencesTest, EntriesOfUnknownTypeOrThatTheSchemaForbidsAreSkipped) {
     writeAll(filePath(), R"({"version": 1, "values": {
-        "zoomMode": {"type": "integer", "value": 1},
+        "zoomMode": {"type": "string", "value": "x"},
+        "videoMode": {"type": "integer", "value": 99},
+        "tutorialShowed": {"type": "integer", "value": 1},
         "colour": {"type": "colour", "value": "red"},
         "half": {"type": "integer", "value": 2.5},
         "quoted": {"type": "integer", "value": "5"},
         "when": {"type": "date", "value": "yesterday"},
         "bare": 3,
-        "zoomDuration": {"type": "float", "value": 3}
+        "zoomDuration": {"type": "double", "value": 3}
     }})");
     WarningCollector warnings;
     Preferences& preferences = reloaded();
 
-    EXPECT_EQ(preferences.integerForKey("zoomMode"), 1);
+    // A wrong type or a number out of range reads as the default instead of stopping the app.
+    EXPECT_EQ(preferences.integerForKey("zoomMode"), 0);
+    EXPECT_EQ(preferences.integerForKey("videoMode"), 0);
+    EXPECT_FALSE(preferences.boolForKey("tutorialShowed"));
     EXPECT_EQ(preferences.floatForKey("zoomDuration"), 3.0f);
-    for (const char* key : {"colour", "half", "quoted", "when", "bare"})
+    for (const char* key : {"colour", "half", "quoted", "when", "bare", "zoomMode", "videoMode"})
         EXPECT_FALSE(preferences.hasStoredValue(key)) << key;
-    EXPECT_EQ(warnings.lines().size(), 5) << warnings.lines().join('\n').toStdString();
+    EXPECT_EQ(warnings.lines().size(), 8) << warnings.lines().join('\n').toStdString();
     EXPECT_TRUE(warnings.lines().join('\n').contains("\"colour\""));
     EXPECT_EQ(folderEntries(), QStringList{"preferences.json"});
 }

@@ -15,12 +15,15 @@
 #include "platform/ui/Label.h"
 #include "platform/ui/Slider.h"
 #include "platform/ui/Storyboard.h"
+#include "platform/ui/ViewAnimation.h"
 #include "platform/ui/Window.h"
 #include "recording/CameraButton.h"
 #include "recording/ChoseDurationViewController.h"
 
+#include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTest>
+#include <gst/gst.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -103,6 +106,10 @@ protected:
         return run;
     }
 
+    void press() {
+        screen->cameraButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
+    }
+
     static QImage picture(const QIcon& icon) { return icon.pixmap(32, 32).toImage(); }
     static QImage image(const char* name) {
         return picture(foundation::Bundle::main().image(QLatin1String(name)));
@@ -166,11 +173,6 @@ TEST_F(CameraViewControllerTest, FormatButtonCyclesThroughTheThreeFormats) {
         // The slider never goes past what the format keeps sharp.
         EXPECT_FLOAT_EQ(screen->zoomSlider->maximumValue(), float(step.width) / 480.0f);
     }
-
-    // A stored value outside the table is written back and leaves the title alone.
-    defaults().setInteger(PreferenceSchema::videoMode, 7);
-    screen->hdButton->setTitle(QStringLiteral("HD"));
-    EXPECT_DEATH(screen->hdHandler(screen->hdButton), "videoMode");
 }
 
 TEST_F(CameraViewControllerTest, FlashCyclesOffAutoOn) {
@@ -256,13 +258,20 @@ TEST_F(CameraViewControllerTest, RampsOfOtherLengthsAndDirections) {
     EXPECT_LE(std::count(run.labels.begin(), run.labels.end(), QStringLiteral("0")), 1);
 }
 
-TEST_F(CameraViewControllerTest, SliderAtOneNeverEndsAndTheLabelGoesBelowZero) {
+TEST_F(CameraViewControllerTest, AFlatRampEndsAfterItsDurationLikeAnyOther) {
     show();
-    const RampRun run = runRamp(1.0f, 801);
-    EXPECT_EQ(run.endTick, 0);
-    EXPECT_TRUE(std::all_of(run.applied.begin(), run.applied.end(),
-                            [](float zoom) { return zoom == 1.0f; }));
-    EXPECT_EQ(run.labels.back(), QStringLiteral("-3"));
+    // From 1.0, and from a value whose step is too small to move a float.
+    for (const float slider : {1.0f, 1.00002f}) {
+        const RampRun run = runRamp(slider, 700);
+        EXPECT_EQ(run.endTick, 502) << slider;
+        EXPECT_EQ(run.applied.back(), run.applied.front()) << slider;
+        EXPECT_EQ(run.labels.back(), QStringLiteral("0")) << slider;
+    }
+    // A new ramp stops the ticks of the one before.
+    screen->startZoomRamp();
+    const std::shared_ptr<CameraViewController::RampState> older = screen->lastRamp();
+    screen->startZoomRamp();
+    EXPECT_FALSE(older->timer);
 }
 
 TEST_F(CameraViewControllerTest, ZoomModeChangedMidRampTurnsItAround) {
@@ -284,8 +293,9 @@ TEST_F(CameraViewControllerTest, ZoomModeChangedMidRampTurnsItAround) {
     EXPECT_FALSE(state->timer);
 }
 
-TEST_F(CameraViewControllerTest, RecordingEndsWithTheRampAndAgainOnASecondPress) {
+TEST_F(CameraViewControllerTest, EachTakeEndsWithItsRampAndThePreviewGoesBackToTheSlider) {
     defaults().setFloat(PreferenceSchema::zoomDuration, 1.0f);
+    defaults().setInteger(PreferenceSchema::zoomMode, 1);
     show();
     CKFVideoSession* session = screen->videoSession();
     screen->zoomSlider->setValue(2.0f);
@@ -293,24 +303,80 @@ TEST_F(CameraViewControllerTest, RecordingEndsWithTheRampAndAgainOnASecondPress)
     QObject::connect(screen, &CameraViewController::clipFinished,
                      [&](const QUrl& url) { finished = url; });
 
-    // Space presses the record button; the ramp's own end stops the movie.
+    // Space presses the record button; the ramp's own end stops the movie, and the zoom-in
+    // take's preview goes back to 1.0.
     QTest::keyClick(screen->zoomSlider, Qt::Key_Space);
     EXPECT_TRUE(screen->cameraButton->isSelected());
     ASSERT_TRUE(QTest::qWaitFor([&] { return !finished.isEmpty(); }, 15000));
     EXPECT_EQ(finished, CKFVideoSession::defaultFileURL());
     EXPECT_FALSE(screen->cameraButton->isSelected());
-    EXPECT_FALSE(session->isRecording());
+    EXPECT_DOUBLE_EQ(session->zoom(), 1.0);
 
-    // A second press stops the movie at once; the ramp runs on to its end.
+    // A second press ends a zoom-out take and its ramp at once, back at the slider's zoom...
+    defaults().setInteger(PreferenceSchema::zoomMode, 0);
+    defaults().setFloat(PreferenceSchema::zoomDuration, 2.0f);
     finished.clear();
-    defaults().setFloat(PreferenceSchema::zoomDuration, 3.0f);
-    screen->cameraButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return session->isRecording(); }, 10000));
-    screen->cameraButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
+    press();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return session->movieFileOutput()->framesWritten() > 0; }));
+    const std::shared_ptr<CameraViewController::RampState> early = screen->lastRamp();
+    press();
+    EXPECT_FALSE(early->timer);
+    EXPECT_DOUBLE_EQ(session->zoom(), 2.0);
     ASSERT_TRUE(QTest::qWaitFor([&] { return !finished.isEmpty(); }, 10000));
-    EXPECT_TRUE(screen->lastRamp()->timer) << "the ramp outlives the movie";
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !screen->lastRamp()->timer; }, 6000));
-    EXPECT_FALSE(screen->cameraButton->isSelected());
+    // ...so that the next take, pressed at once, lasts its own two seconds (within a tick).
+    finished.clear();
+    QElapsedTimer take;
+    take.start();
+    press();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !finished.isEmpty(); }, 15000));
+    EXPECT_GE(take.elapsed(), 2000 - 10);
+}
+
+TEST_F(CameraViewControllerTest, AStopBeforeTheFirstFrameEndsTheTakeAndSaysWhatFailed) {
+    show();
+    CKFVideoSession* session = screen->videoSession();
+    // A paused camera sends no frame.
+    GstElement* pipeline = session->session()->pipeline();
+    gst_element_set_state(pipeline, GST_STATE_PAUSED);
+    QTest::qWait(200);
+    press();
+    press();
+    EXPECT_FALSE(screen->lastRamp()->timer);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }));
+    const QString failed =
+        foundation::Strings::localizedString("cam_recording_failed").arg(QString());
+    EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
+    EXPECT_TRUE(screen->cameraStatusLabel->text().startsWith(failed));
+    // The controls are back, shown and taking clicks.
+    EXPECT_TRUE(QTest::qWaitFor([&] {
+        return std::all_of(screen->topViews->begin(), screen->topViews->end(), [](auto& view) {
+            return !view || (ui::ViewAnimation::alpha(view) == 1.0 &&
+                             !view->testAttribute(Qt::WA_TransparentForMouseEvents));
+        });
+    }));
+    // The next press clears the message.
+    gst_element_set_state(pipeline, GST_STATE_PLAYING);
+    press();
+    EXPECT_FALSE(screen->cameraStatusLabel->isVisible());
+    press();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
+}
+
+TEST_F(CameraViewControllerTest, AHeldSpaceIsOnePress) {
+    show();
+    const auto space = [this](bool down, bool repeat) {
+        QTest::simulateEvent(screen->zoomSlider.data(), down, Qt::Key_Space, Qt::NoModifier,
+                             QStringLiteral(" "), repeat);
+    };
+    space(true, false);
+    const std::shared_ptr<CameraViewController::RampState> ramp = screen->lastRamp();
+    for (int repeat = 0; repeat < 3; ++repeat)
+        space(true, true);
+    space(false, false);
+    EXPECT_EQ(screen->lastRamp(), ramp);
+    EXPECT_TRUE(ramp && ramp->timer) << "still the first take";
+    QTest::keyClick(screen->zoomSlider, Qt::Key_Space);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !screen->videoSession()->isRecording(); }, 10000));
 }
 
 TEST_F(CameraViewControllerTest, DurationButtonOpensThePickerAndItsChoiceComesBack) {

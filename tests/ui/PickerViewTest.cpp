@@ -127,5 +127,18 @@ TEST_F(PickerViewTest, DragSettlesOnTheNearestRowAndAClickTurnsToTheRowClicked) 
     EXPECT_EQ(chosen.size(), 1u) << "a click on the band changes nothing";
 }
 
+TEST_F(PickerViewTest, FinishTurningRestsAWheelUnderTheFingerOnItsNearestRow) {
+    picker.selectRow(2, 0, false);
+    QTest::mousePress(&picker, Qt::LeftButton, {}, QPoint(100, 150));
+    QTest::mouseMove(&picker, QPoint(100, 120));
+    QTest::mouseMove(&picker, QPoint(100, 150 - 2 * PickerView::defaultRowHeight - 8));
+    picker.finishTurning();
+    EXPECT_FALSE(picker.isMoving());
+    EXPECT_EQ(chosen, Selections({{4, 0}}));
+    QTest::mouseRelease(&picker, Qt::LeftButton, {}, QPoint(100, 40));
+    spin(300);
+    EXPECT_EQ(chosen, Selections({{4, 0}})) << "the lifted finger turns nothing more";
+}
+
 } // namespace
 } // namespace ui::test
