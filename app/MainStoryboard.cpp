@@ -1,6 +1,7 @@
 #include "app/MainStoryboard.h"
 
 #include "platform/ui/Storyboard.h"
+#include "playback/VideoPreviewViewController.h"
 #include "recording/CameraViewController.h"
 #include "recording/ChoseDurationViewController.h"
 
@@ -10,4 +11,6 @@ void MainStoryboard::registerScenes() {
                                     [] { return new CameraViewController; });
     ui::Storyboard::registerFactory(main, QStringLiteral("ChoseDurationViewController"),
                                     [] { return new ChoseDurationViewController; });
+    ui::Storyboard::registerFactory(main, QStringLiteral("VideoPreviewViewController"),
+                                    [] { return new VideoPreviewViewController; });
 }

@@ -1,12 +1,11 @@
 #pragma once
 
 #include "platform/av/CaptureVideoPreviewLayer.h"
+#include "platform/av/Player.h"
 
 #include <QPointer>
 
 namespace av {
-
-class Player;
 
 // Draws a player's pictures exactly as the camera's preview layer draws the camera's: the
 // streaming thread hands over the newest frame only, and the picture is converted at the size it
