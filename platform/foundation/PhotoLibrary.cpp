@@ -8,6 +8,8 @@
 #include <QStandardPaths>
 #include <QThread>
 
+#include <filesystem>
+
 namespace foundation {
 
 namespace {
@@ -83,8 +85,11 @@ QString PhotoLibrary::copyIntoAlbum(const QString& path, QString* error) {
     if (!openClip(in, error))
         return {};
     const QString album = albumDirectory();
-    if (!QDir().mkpath(album) || !QFileInfo(album).isDir()) {
-        *error = tr("The folder “%1” cannot be created.").arg(album);
+    std::error_code failure;
+    std::filesystem::create_directories(QFile::encodeName(album).toStdString(), failure);
+    if (failure || !QFileInfo(album).isDir()) {
+        *error = tr("The folder “%1” cannot be created: %2.")
+                     .arg(album, QString::fromLocal8Bit(failure.message()));
         return {};
     }
     const QString stamp =
