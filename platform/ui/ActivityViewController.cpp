@@ -153,24 +153,28 @@ void perform(const QString& type, const QList<QUrl>& files, QWidget* dialogParen
 
 } // namespace
 
-ActivityViewController::Services& ActivityViewController::services() {
-    static Services current;
-    static const bool initialised = [] {
-        resetServices();
-        return true;
-    }();
-    Q_UNUSED(initialised);
-    return current;
-}
+namespace {
 
-void ActivityViewController::resetServices() {
-    Services& s = services();
+ActivityViewController::Services defaultServices() {
+    ActivityViewController::Services s;
     s.openUrl = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
     s.startDetached = [](const QString& program, const QStringList& arguments) {
         return QProcess::startDetached(program, arguments);
     };
     s.showItems = showItemsOverDBus;
     s.saveFileName = askSaveFileName;
+    return s;
+}
+
+} // namespace
+
+ActivityViewController::Services& ActivityViewController::services() {
+    static Services current = defaultServices();
+    return current;
+}
+
+void ActivityViewController::resetServices() {
+    services() = defaultServices();
 }
 
 ActivityViewController::ActivityViewController(QList<QUrl> activityItems, QObject* parent)
