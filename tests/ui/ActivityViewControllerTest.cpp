@@ -43,18 +43,23 @@ protected:
     }
     void TearDown() override { ActivityViewController::resetServices(); }
 
-    // Performs one activity on a sheet over a shown screen and waits for its completion.
-    std::pair<QString, bool> perform(const QString& type) {
+    // A sheet for the clip over a shown screen; its completion lands in result.
+    ActivityViewController* showSheet(std::optional<std::pair<QString, bool>>& result) {
         auto* screen = new test::ProbeViewController(QStringLiteral("screen"), &journal);
         window.setRootViewController(screen);
         window.resize(390, 844);
         window.show();
         auto* sheet = new ActivityViewController({QUrl::fromLocalFile(clip)});
-        std::optional<std::pair<QString, bool>> result;
         sheet->setCompletionWithItemsHandler(
             [&result](const QString& t, bool completed) { result.emplace(t, completed); });
         screen->present(sheet, false);
-        sheet->performActivity(type);
+        return sheet;
+    }
+
+    // Performs one activity and waits for its completion.
+    std::pair<QString, bool> perform(const QString& type) {
+        std::optional<std::pair<QString, bool>> result;
+        showSheet(result)->performActivity(type);
         EXPECT_TRUE(waitUntil([&] { return result.has_value(); }, 5000));
         return result.value_or(std::pair<QString, bool>{});
     }
@@ -143,15 +148,8 @@ TEST_F(ActivityTest, ExcludedActivitiesAreNotOfferedNorPerformed) {
 
 TEST_F(ActivityTest, EscAndAClickBesideTheCardCancel) {
     for (bool byKey : {true, false}) {
-        auto* screen = new test::ProbeViewController(QStringLiteral("screen"), &journal);
-        window.setRootViewController(screen);
-        window.resize(390, 844);
-        window.show();
-        auto* sheet = new ActivityViewController({QUrl::fromLocalFile(clip)});
         std::optional<std::pair<QString, bool>> result;
-        sheet->setCompletionWithItemsHandler(
-            [&result](const QString& t, bool completed) { result.emplace(t, completed); });
-        screen->present(sheet, false);
+        ActivityViewController* sheet = showSheet(result);
         if (byKey) {
             QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
             QCoreApplication::sendEvent(sheet->view(), &escape);
