@@ -51,7 +51,7 @@ double meanLuma(const QImage& picture) {
 
 // The preview as after a take: presented by a screen, and timed until its first picture shows.
 void firstFrame(const QString& clip) {
-    std::vector<double> times;
+    std::vector<double> times, blocked, released;
     for (int run = 0; run < 5; ++run) {
         ui::Window window;
         auto* camera = new ui::ViewController;
@@ -63,11 +63,22 @@ void firstFrame(const QString& clip) {
         auto* preview = new VideoPreviewViewController;
         preview->setProperty("videoURL", QUrl::fromLocalFile(clip));
         preview->setProperty("cameraVC", QVariant::fromValue<QObject*>(camera));
+        QElapsedTimer call;
+        call.start();
         camera->present(preview, true);
+        blocked.push_back(double(call.nsecsElapsed()) / 1e6);
         waitFor([&] { return preview->playerLayer && preview->playerLayer->framesDisplayed() > 0; },
                 10000, 1);
         times.push_back(double(timer.nsecsElapsed()) / 1e6);
+        waitFor([] { return false; }, 200);
+        call.restart();
+        delete preview;
+        released.push_back(double(call.nsecsElapsed()) / 1e6);
     }
+    std::printf("playback_present_gui_block_max %.1f ms\n",
+                *std::max_element(blocked.begin(), blocked.end()));
+    std::printf("playback_release_gui_block_max %.1f ms\n",
+                *std::max_element(released.begin(), released.end()));
     std::printf("playback_first_frame_median %.1f ms\n", median(times));
     std::printf("playback_first_frame_max %.1f ms\n",
                 *std::max_element(times.begin(), times.end()));

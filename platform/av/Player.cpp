@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QMutexLocker>
+#include <QThreadPool>
 
 #include <gst/audio/audio.h>
 
@@ -88,14 +89,26 @@ GstElement* parseBin(const char* description) {
 
 Player::Player(const QUrl& url, QObject* parent)
     : QObject(parent), item(new PlayerItem(url, this)),
-      fadeEnd(std::make_shared<std::atomic<gint64>>(0)) {
+      fadeEnd(std::make_shared<std::atomic<gint64>>(0)), link(std::make_shared<Link>()) {
     Gst::ensureInitialized();
+    link->owner = this;
     item->player = this;
     build(false);
 }
 
 Player::~Player() {
-    teardown();
+    {
+        QMutexLocker lock(&link->mutex);
+        link->owner = nullptr;
+        link->outputs.clear();
+    }
+    busWatch.reset();
+    // Stopping joins the streaming threads, which can take longer than a frame; the global pool
+    // is drained before the application object goes.
+    if (playbin)
+        QThreadPool::globalInstance()->start([pipeline = std::move(playbin)] {
+            gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+        });
 }
 
 void Player::build(bool fakeAudio) {
@@ -117,17 +130,21 @@ void Player::build(bool fakeAudio) {
     GstHandle<GstPad> shown(gst_element_get_static_pad(frames.get(), "sink"), GstRef::adopt);
     gst_pad_add_probe(
         shown.get(), GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM,
-        [](GstPad*, GstPadProbeInfo* info, gpointer self) {
-            if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) == GST_EVENT_SEGMENT_DONE)
-                QMetaObject::invokeMethod(static_cast<Player*>(self), &Player::handleEnd,
-                                          Qt::QueuedConnection);
+        [](GstPad*, GstPadProbeInfo* info, gpointer data) {
+            if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) != GST_EVENT_SEGMENT_DONE)
+                return GST_PAD_PROBE_OK;
+            Link* shared = static_cast<std::shared_ptr<Link>*>(data)->get();
+            QMutexLocker lock(&shared->mutex);
+            if (shared->owner)
+                QMetaObject::invokeMethod(shared->owner, &Player::handleEnd, Qt::QueuedConnection);
             return GST_PAD_PROBE_OK;
         },
-        this, nullptr);
+        new std::shared_ptr<Link>(link), &Player::releaseLink);
     GstAppSinkCallbacks callbacks{};
     callbacks.new_sample = &Player::newSample;
     callbacks.new_preroll = &Player::newPreroll;
-    gst_app_sink_set_callbacks(GST_APP_SINK(frames.get()), &callbacks, this, nullptr);
+    gst_app_sink_set_callbacks(GST_APP_SINK(frames.get()), &callbacks,
+                               new std::shared_ptr<Link>(link), &Player::releaseLink);
 
     GstHandle<GstElement> fader(gst_bin_get_by_name(GST_BIN(audio), "fade"), GstRef::adopt);
     GstHandle<GstPad> faded(gst_element_get_static_pad(fader.get(), "src"), GstRef::adopt);
@@ -250,7 +267,7 @@ void Player::handleEnd() {
     if (atEnd && prepared) {
         // Nobody seeks back: the pass set up in advance must not be seen.
         prepared = false;
-        stalled = true;
+        link->stalled = true;
         if (playbin)
             gst_element_set_state(playbin.get(), GST_STATE_PAUSED);
     }
@@ -302,7 +319,7 @@ void Player::seekItem(double seconds) {
     atEnd = false;
     prepared = false;
     eosReached = false;
-    stalled = false;
+    link->stalled = false;
     gst_element_seek(
         playbin.get(), 1.0, GST_FORMAT_TIME,
         GstSeekFlags(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_SEGMENT | GST_SEEK_FLAG_ACCURATE),
@@ -318,37 +335,41 @@ double Player::itemPosition() const {
 }
 
 void Player::addVideoOutput(CapturePreviewOutput* output) {
-    QMutexLocker lock(&outputsMutex);
-    if (!outputs.contains(output))
-        outputs.append(output);
+    QMutexLocker lock(&link->mutex);
+    if (!link->outputs.contains(output))
+        link->outputs.append(output);
 }
 
 void Player::removeVideoOutput(CapturePreviewOutput* output) {
-    QMutexLocker lock(&outputsMutex);
-    outputs.removeAll(output);
+    QMutexLocker lock(&link->mutex);
+    link->outputs.removeAll(output);
 }
 
-void Player::deliver(GstSample* sample) {
-    if (stalled.load())
+void Player::releaseLink(gpointer link) {
+    delete static_cast<std::shared_ptr<Link>*>(link);
+}
+
+void Player::deliver(Link* link, GstSample* sample) {
+    if (link->stalled.load())
         return;
-    QMutexLocker lock(&outputsMutex);
-    for (CapturePreviewOutput* output : std::as_const(outputs))
+    QMutexLocker lock(&link->mutex);
+    for (CapturePreviewOutput* output : std::as_const(link->outputs))
         output->handleSample(MediaType::video, sample);
 }
 
-GstFlowReturn Player::newSample(GstAppSink* sink, gpointer self) {
+GstFlowReturn Player::newSample(GstAppSink* sink, gpointer link) {
     GstHandle<GstSample> sample(gst_app_sink_pull_sample(sink), GstRef::adopt);
     if (!sample)
         return GST_FLOW_EOS;
-    static_cast<Player*>(self)->deliver(sample.get());
+    deliver(static_cast<std::shared_ptr<Link>*>(link)->get(), sample.get());
     return GST_FLOW_OK;
 }
 
 // The first picture shows while the player still prerolls.
-GstFlowReturn Player::newPreroll(GstAppSink* sink, gpointer self) {
+GstFlowReturn Player::newPreroll(GstAppSink* sink, gpointer link) {
     GstHandle<GstSample> sample(gst_app_sink_pull_preroll(sink), GstRef::adopt);
     if (sample)
-        static_cast<Player*>(self)->deliver(sample.get());
+        deliver(static_cast<std::shared_ptr<Link>*>(link)->get(), sample.get());
     return GST_FLOW_OK;
 }
 

@@ -81,9 +81,20 @@ private:
     void applyState();
     void seekItem(double seconds);
     double itemPosition() const;
-    void deliver(GstSample* sample);
-    static GstFlowReturn newSample(GstAppSink* sink, gpointer self);
-    static GstFlowReturn newPreroll(GstAppSink* sink, gpointer self);
+
+    // What the streaming threads reach: it outlives the player until the pipeline has stopped,
+    // which happens off the GUI thread when the player goes.
+    struct Link {
+        QMutex mutex; // guards owner and outputs; held while a frame or the end is handed over
+        Player* owner = nullptr;
+        QList<CapturePreviewOutput*> outputs;
+        // Frames of a pass nobody asked for are not shown.
+        std::atomic<bool> stalled{false};
+    };
+    static void releaseLink(gpointer link);
+    static void deliver(Link* link, GstSample* sample);
+    static GstFlowReturn newSample(GstAppSink* sink, gpointer link);
+    static GstFlowReturn newPreroll(GstAppSink* sink, gpointer link);
 
     PlayerItem* item;
     GstHandle<GstElement> playbin;
@@ -95,8 +106,6 @@ private:
     bool eosReached = false;
     // The next pass is queued behind the current one (see the segment-done message).
     bool prepared = false;
-    // Frames of a pass nobody asked for are not shown.
-    std::atomic<bool> stalled{false};
     double startAt = 0.0;
     bool wantsPlaying = false;
     bool muted = false;
@@ -105,9 +114,7 @@ private:
     ActionAtItemEnd endAction = ActionAtItemEnd::pause;
     // The item's length in nanoseconds, read by the sound's fades on the streaming thread.
     std::shared_ptr<std::atomic<gint64>> fadeEnd;
-
-    QMutex outputsMutex; // guards outputs; held while a frame is delivered
-    QList<CapturePreviewOutput*> outputs;
+    std::shared_ptr<Link> link;
 };
 
 } // namespace av
