@@ -23,9 +23,13 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include <gst/audio/audio.h>
+
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <ctime>
+#include <mutex>
 #include <vector>
 
 namespace {
@@ -109,6 +113,48 @@ protected:
     }
 };
 
+// The sound as the sink gets it: the largest step between two neighbouring samples at the seams
+// and inside the passes. A click is a step far larger than the sound's own.
+struct SoundSteps {
+    std::mutex mutex; // guards the rest; the sink's streaming thread writes
+    GstClockTime lastTimestamp = GST_CLOCK_TIME_NONE;
+    float lastSample = 0;
+    bool started = false;
+    double seamMax = 0;
+    double insideMax = 0;
+
+    static GstPadProbeReturn probe(GstPad* pad, GstPadProbeInfo* info, gpointer data) {
+        auto* steps = static_cast<SoundSteps*>(data);
+        GstBuffer* buffer = GST_PAD_PROBE_INFO_BUFFER(info);
+        GstAudioInfo format;
+        GstCaps* caps = gst_pad_get_current_caps(pad);
+        const bool known = caps && gst_audio_info_from_caps(&format, caps) &&
+                           format.finfo->format == GST_AUDIO_FORMAT_F32LE;
+        if (caps)
+            gst_caps_unref(caps);
+        GstMapInfo map;
+        if (!known || !gst_buffer_map(buffer, &map, GST_MAP_READ))
+            return GST_PAD_PROBE_OK;
+        const auto* samples = reinterpret_cast<const float*>(map.data);
+        const gsize frames = map.size / gsize(format.bpf);
+        std::lock_guard lock(steps->mutex);
+        const bool seam = steps->started && GST_BUFFER_PTS(buffer) < steps->lastTimestamp;
+        for (gsize i = 0; i < frames; ++i) {
+            const float sample = samples[i * gsize(format.channels)];
+            if (steps->started || i > 0) {
+                const double step = std::abs(double(sample - steps->lastSample));
+                double& max = seam && i == 0 ? steps->seamMax : steps->insideMax;
+                max = std::max(max, step);
+            }
+            steps->lastSample = sample;
+        }
+        steps->started = true;
+        steps->lastTimestamp = GST_BUFFER_PTS(buffer);
+        gst_buffer_unmap(buffer, &map);
+        return GST_PAD_PROBE_OK;
+    }
+};
+
 void loop(const QString& clip) {
     TimedContainer view;
     view.resize(phone);
@@ -121,6 +167,16 @@ void loop(const QString& clip) {
     player.setActionAtItemEnd(av::Player::ActionAtItemEnd::none);
     QObject::connect(player.currentItem(), &av::PlayerItem::didPlayToEndTime,
                      [](av::PlayerItem* item) { item->seekToTime(0); });
+    SoundSteps sound;
+    GstElement* sink = nullptr;
+    g_object_get(player.pipeline(), "audio-sink", &sink, nullptr);
+    if (sink) {
+        av::GstHandle<GstPad> pad(gst_element_get_static_pad(sink, "sink"), av::GstRef::adopt);
+        if (pad)
+            gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, &SoundSteps::probe, &sound,
+                              nullptr);
+        gst_object_unref(sink);
+    }
     view.show();
     view.clock.start();
     player.play();
@@ -168,6 +224,10 @@ void loop(const QString& clip) {
     std::printf("playback_paint_per_frame %.3f ms\n",
                 view.paintMilliseconds / double(std::max<size_t>(1, view.shown.size())));
     std::printf("playback_sound %s\n", player.playsSilently() ? "silent (no device)" : "device");
+    player.pause();
+    std::lock_guard lock(sound.mutex);
+    std::printf("playback_sound_seam_step_max %.3f full scale\n", sound.seamMax);
+    std::printf("playback_sound_step_max %.3f full scale\n", sound.insideMax);
 }
 
 } // namespace

@@ -37,7 +37,7 @@ bool soundDeviceLikely() {
 // Scales the first and the last few milliseconds of a pass's sound (interleaved F32) to and
 // from zero. Buffers carry the file's own times, which start again at zero on every pass.
 GstPadProbeReturn fade(GstPad* pad, GstPadProbeInfo* info, gpointer data) {
-    const gint64 end = static_cast<std::atomic<gint64>*>(data)->load();
+    const gint64 end = (*static_cast<std::shared_ptr<std::atomic<gint64>>*>(data))->load();
     GstBuffer* buffer = GST_PAD_PROBE_INFO_BUFFER(info);
     const GstClockTime start = GST_BUFFER_PTS(buffer);
     const auto fadeLength = GstClockTime(fadeSeconds * GST_SECOND);
