@@ -10,6 +10,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <mutex>
+#include <vector>
+
 namespace av {
 namespace {
 
@@ -54,6 +58,58 @@ TEST_F(PlayerTest, LoopsWhenTheOwnerSeeksBackAtTheEnd) {
     QTest::qWait(600);
     EXPECT_GT(looper.layer.framesDisplayed(), before + 5);
     EXPECT_EQ(looper.player.rate(), 1.0f);
+}
+
+// The sound's samples at both sides of every seam, and the loudest one, as the sink gets them.
+struct SeamSound {
+    std::mutex mutex;
+    GstClockTime lastTimestamp = GST_CLOCK_TIME_NONE;
+    float lastSample = 0;
+    std::vector<std::pair<float, float>> seams;
+    float loudest = 0;
+
+    static GstPadProbeReturn probe(GstPad*, GstPadProbeInfo* info, gpointer data) {
+        auto* sound = static_cast<SeamSound*>(data);
+        GstBuffer* buffer = GST_PAD_PROBE_INFO_BUFFER(info);
+        GstMapInfo map;
+        if (!gst_buffer_map(buffer, &map, GST_MAP_READ) || map.size < 2 * sizeof(float))
+            return GST_PAD_PROBE_OK;
+        // Interleaved F32; the first channel is enough.
+        const auto* samples = reinterpret_cast<const float*>(map.data);
+        const size_t count = map.size / sizeof(float);
+        std::lock_guard lock(sound->mutex);
+        if (GST_BUFFER_PTS(buffer) < sound->lastTimestamp &&
+            GST_CLOCK_TIME_IS_VALID(sound->lastTimestamp))
+            sound->seams.emplace_back(sound->lastSample, samples[0]);
+        for (size_t i = 0; i < count; ++i)
+            sound->loudest = std::max(sound->loudest, std::abs(samples[i]));
+        sound->lastSample = samples[count - 2];
+        sound->lastTimestamp = GST_BUFFER_PTS(buffer);
+        gst_buffer_unmap(buffer, &map);
+        return GST_PAD_PROBE_OK;
+    }
+};
+
+TEST_F(PlayerTest, TheSoundIsSilentAtTheSeamsSoTheLoopDoesNotClick) {
+    qputenv("TESSARO_AUDIO_SINK", "fakesink");
+    Looper looper(clip);
+    qunsetenv("TESSARO_AUDIO_SINK");
+    SeamSound sound;
+    GstElement* sink = nullptr;
+    g_object_get(looper.player.pipeline(), "audio-sink", &sink, nullptr);
+    ASSERT_NE(sink, nullptr);
+    GstHandle<GstPad> pad(gst_element_get_static_pad(sink, "sink"), GstRef::adopt);
+    gst_object_unref(sink);
+    gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, &SeamSound::probe, &sound, nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return looper.player.passes() >= 4; }, 20000));
+    looper.player.pause();
+    std::lock_guard lock(sound.mutex);
+    EXPECT_GT(sound.loudest, 0.5f); // the tone plays in between
+    ASSERT_GE(sound.seams.size(), 2u);
+    for (const auto& [before, after] : sound.seams) {
+        EXPECT_LT(std::abs(before), 0.02f);
+        EXPECT_LT(std::abs(after), 0.02f);
+    }
 }
 
 TEST_F(PlayerTest, PausesAtTheEndUnlessTheEndActionIsNone) {
