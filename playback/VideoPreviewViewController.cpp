@@ -98,6 +98,7 @@ void VideoPreviewViewController::loadView() {
     palette.setColor(QPalette::Window, Qt::black);
     root->setPalette(palette);
     root->installEventFilter(this);
+    root->setFocusPolicy(Qt::StrongFocus);
 
     videoView = new VideoContainerView(root);
     videoView->setObjectName(QStringLiteral("videoView"));
@@ -145,6 +146,12 @@ void VideoPreviewViewController::loadView() {
 void VideoPreviewViewController::viewDidLoad() {
     ui::ViewController::viewDidLoad();
     preparePlayer();
+}
+
+void VideoPreviewViewController::viewDidAppear(bool animated) {
+    ui::ViewController::viewDidAppear(animated);
+    // So that Esc closes it from the start.
+    view()->setFocus();
 }
 
 void VideoPreviewViewController::preparePlayer() {

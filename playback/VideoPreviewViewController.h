@@ -70,6 +70,7 @@ public:
 protected:
     void loadView() override;
     void viewDidLoad() override;
+    void viewDidAppear(bool animated) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:

@@ -285,6 +285,13 @@ void ActivityViewController::loadView() {
     backdropLayout->addWidget(sheet, 0, Qt::AlignHCenter | Qt::AlignBottom);
 }
 
+void ActivityViewController::viewDidAppear(bool animated) {
+    ViewController::viewDidAppear(animated);
+    // Esc and the keyboard reach the card from the start.
+    if (QWidget* first = view()->findChild<Button*>())
+        first->setFocus();
+}
+
 bool ActivityViewController::eventFilter(QObject* watched, QEvent* event) {
     if (isViewLoaded() && watched == view()) {
         if (event->type() == QEvent::KeyPress &&

@@ -69,6 +69,7 @@ public:
 
 protected:
     void loadView() override;
+    void viewDidAppear(bool animated) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:

@@ -100,14 +100,19 @@ void AlertController::loadView() {
         button->addTarget(
             this, [this, i](Control*) { performAction(i); }, Control::touchUpInside);
         buttons->addWidget(button);
-        if (i == 0)
-            button->setFocus();
     }
     layout->addLayout(buttons);
 
     auto* backdropLayout = new QVBoxLayout(backdrop);
     backdropLayout->setContentsMargins(24, 24, 24, 24);
     backdropLayout->addWidget(card, 0, Qt::AlignCenter);
+}
+
+void AlertController::viewDidAppear(bool animated) {
+    ViewController::viewDidAppear(animated);
+    // Esc and the keyboard reach the card from the start.
+    if (QWidget* first = view()->findChild<Button*>())
+        first->setFocus();
 }
 
 bool AlertController::eventFilter(QObject* watched, QEvent* event) {
