@@ -29,7 +29,7 @@ namespace ui {
 namespace {
 
 const QColor backdropColor(0, 0, 0, 110);
-const QColor cardColor(44, 44, 46, 245);
+const QColor cardColor(44, 44, 46);
 const QColor rowColor(255, 255, 255, 20);
 const QColor actionColor(10, 132, 255);
 constexpr int cardWidth = 360;

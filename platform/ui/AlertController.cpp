@@ -13,7 +13,7 @@ namespace ui {
 namespace {
 
 const QColor backdropColor(0, 0, 0, 110);
-const QColor cardColor(44, 44, 46, 245);
+const QColor cardColor(44, 44, 46);
 const QColor actionColor(10, 132, 255);
 const QColor destructiveColor(255, 69, 58);
 constexpr int cardWidth = 300;
