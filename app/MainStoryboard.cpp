@@ -1,6 +1,7 @@
 #include "app/MainStoryboard.h"
 
 #include "platform/ui/Storyboard.h"
+#include "playback/VideoPreviewViewController.h"
 #include "rating/RateAppFirstViewController.h"
 #include "rating/RateAppLikedViewController.h"
 #include "rating/RateAppMailViewController.h"
@@ -19,4 +20,6 @@ void MainStoryboard::registerScenes() {
                                     [] { return new RateAppLikedViewController; });
     ui::Storyboard::registerFactory(main, QStringLiteral("RateAppMailViewController"),
                                     [] { return new RateAppMailViewController; });
+    ui::Storyboard::registerFactory(main, QStringLiteral("VideoPreviewViewController"),
+                                    [] { return new VideoPreviewViewController; });
 }

@@ -4,12 +4,19 @@
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFVideoSession.h"
 #include "platform/av/CaptureVideoPreviewLayer.h"
+#include "platform/av/Gst.h"
+#include "platform/av/GstHandle.h"
+#include "platform/foundation/FileManager.h"
 #include "platform/foundation/Preferences.h"
+#include "platform/ui/ActivityViewController.h"
+#include "platform/ui/AlertController.h"
 #include "platform/ui/Button.h"
 #include "platform/ui/MailComposeViewController.h"
 #include "platform/ui/Slider.h"
 #include "platform/ui/Storyboard.h"
 #include "platform/ui/Window.h"
+#include "playback/VideoContainerView.h"
+#include "playback/VideoPreviewViewController.h"
 #include "rating/AppRating.h"
 #include "rating/RateAppMailViewController.h"
 #include "recording/CameraButton.h"
@@ -17,6 +24,7 @@
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QPixmap>
@@ -143,6 +151,79 @@ ScreenshotRenderer::Scene cameraScreen(const QSize& size, CameraScene what) {
     return {std::move(window), ready};
 }
 
+// A short take of the virtual camera's street with a tone, as the recording screen would leave it.
+QUrl writeSampleClip() {
+    av::Gst::ensureInitialized();
+    const QString path = QDir(foundation::FileManager::documentsDirectory())
+                             .filePath(QStringLiteral("Tessaro Video.mov"));
+    const QByteArray launch =
+        "tessaravirtualcam zoom=1.6 num-buffers=20 ! video/x-raw,width=1280,height=720,"
+        "framerate=30/1 ! videoconvert ! x264enc speed-preset=ultrafast ! qtmux name=mux ! "
+        "filesink location=\"" +
+        path.toUtf8() + "\" audiotestsrc num-buffers=20 ! avenc_aac ! mux.";
+    av::GstHandle<GstElement> writer(gst_parse_launch(launch.constData(), nullptr),
+                                     av::GstRef::adopt);
+    if (!writer)
+        return {};
+    gst_element_set_state(writer.get(), GST_STATE_PLAYING);
+    av::GstHandle<GstBus> bus(gst_element_get_bus(writer.get()), av::GstRef::adopt);
+    av::GstHandle<GstMessage> end(
+        gst_bus_timed_pop_filtered(bus.get(), 20 * GST_SECOND,
+                                   GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)),
+        av::GstRef::adopt);
+    gst_element_set_state(writer.get(), GST_STATE_NULL);
+    return end && GST_MESSAGE_TYPE(end.get()) == GST_MESSAGE_EOS ? QUrl::fromLocalFile(path)
+                                                                 : QUrl();
+}
+
+enum class PreviewScene { playing, share, saveError };
+
+// The recording screen hands a finished take to the preview, as after a recording; then the
+// share sheet, or a save that fails because the Videos folder cannot be made.
+ScreenshotRenderer::Scene previewScreen(PreviewScene what) {
+    ScreenshotRenderer::Scene scene = cameraScreen(phone, CameraScene::idle);
+    auto* window = static_cast<ui::Window*>(scene.widget.get());
+    auto* screen = static_cast<CameraViewController*>(window->rootViewController());
+    if (what == PreviewScene::saveError) {
+        static QTemporaryDir blocked;
+        QFile file(blocked.filePath(QStringLiteral("Videos")));
+        file.open(QIODevice::WriteOnly);
+        qputenv("TESSARO_VIDEOS_DIR", QFile::encodeName(file.fileName() + "/Tessaro"));
+    }
+    const QUrl clip = writeSampleClip();
+    auto step = std::make_shared<int>(0);
+    auto since = std::make_shared<QElapsedTimer>();
+    auto cameraReady = std::move(scene.ready);
+    scene.ready = [=] {
+        if (*step == 0) {
+            if (!cameraReady())
+                return false;
+            screen->recordingFinished(clip);
+            *step = 1;
+        }
+        auto* preview =
+            qobject_cast<VideoPreviewViewController*>(screen->presentedViewController());
+        if (*step == 1) {
+            if (!preview || preview->isBeingPresented() || !preview->playerLayer ||
+                preview->playerLayer->framesDisplayed() < framesBeforeGrab)
+                return false;
+            *step = 2;
+            since->start();
+            if (what == PreviewScene::share)
+                preview->shareButton->sendActions(ui::Control::touchDown |
+                                                  ui::Control::touchUpInside);
+            if (what == PreviewScene::saveError)
+                preview->saveButton->sendActions(ui::Control::touchDown |
+                                                 ui::Control::touchUpInside);
+        }
+        if (what == PreviewScene::saveError)
+            return qobject_cast<ui::AlertController*>(screen->presentedViewController()) &&
+                   since->elapsed() > 1200;
+        return since->elapsed() > (what == PreviewScene::playing ? 300 : 700);
+    };
+    return scene;
+}
+
 } // namespace
 
 const std::vector<ScreenshotRenderer::Screen>& ScreenshotRenderer::screens() {
@@ -167,6 +248,9 @@ const std::vector<ScreenshotRenderer::Screen>& ScreenshotRenderer::screens() {
         {QStringLiteral("rate-mail"), [] { return cameraScreen(phone, CameraScene::rateMail); }},
         {QStringLiteral("mail-composer"),
          [] { return cameraScreen(phone, CameraScene::mailComposer); }},
+        {QStringLiteral("clip-preview"), [] { return previewScreen(PreviewScene::playing); }},
+        {QStringLiteral("share-sheet"), [] { return previewScreen(PreviewScene::share); }},
+        {QStringLiteral("save-error"), [] { return previewScreen(PreviewScene::saveError); }},
     };
     return registry;
 }

@@ -3,6 +3,7 @@
 // 1920x1080 at 60 into a 1280x720 view offscreen for a few seconds. The live run also counts
 // frames delivered against frames shown, and how old a frame is when it is painted, which stays
 // under two frame times when no queue builds up.
+#include "bench/EventLoopTiming.h"
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFVideoSession.h"
 #include "platform/av/CaptureDeviceDiscoverySession.h"
@@ -28,27 +29,6 @@
 namespace {
 
 using Gravity = av::CaptureVideoPreviewLayer::VideoGravity;
-
-double threadCpuMilliseconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return double(now.tv_sec) * 1e3 + double(now.tv_nsec) / 1e6;
-}
-
-// Runs the event loop (sleeping while there is nothing to do, so the GUI thread's time is only
-// what the preview costs) until done or the time is up.
-void waitFor(const std::function<bool()>& done, int milliseconds) {
-    QEventLoop loop;
-    QTimer check;
-    QElapsedTimer timer;
-    timer.start();
-    QObject::connect(&check, &QTimer::timeout, &loop, [&] {
-        if (done() || timer.elapsed() >= milliseconds)
-            loop.quit();
-    });
-    check.start(10);
-    loop.exec();
-}
 
 av::GstHandle<GstSample> testFrame(int width, int height) {
     av::GstHandle<GstCaps> caps(gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, "I420",

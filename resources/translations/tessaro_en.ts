@@ -48,6 +48,66 @@
         <source>The recording failed. %1</source>
         <translation>The recording failed. %1</translation>
     </message>
+    <message id="preview_save">
+        <extracomment>Button of the clip preview that copies the clip into the Videos folder.</extracomment>
+        <source>Save</source>
+        <translation>Save</translation>
+    </message>
+    <message id="preview_save_hint">
+        <extracomment>Tooltip of the save button.</extracomment>
+        <source>Save a copy in your Videos folder</source>
+        <translation>Save a copy in your Videos folder</translation>
+    </message>
+    <message id="preview_share">
+        <extracomment>Button of the clip preview that opens the share sheet.</extracomment>
+        <source>Share</source>
+        <translation>Share</translation>
+    </message>
+    <message id="preview_close">
+        <extracomment>Tooltip of the clip preview's close button.</extracomment>
+        <source>Close</source>
+        <translation>Close</translation>
+    </message>
+    <message id="preview_cannot_play">
+        <extracomment>Over the clip preview when the clip does not play; the reason follows on the next line.</extracomment>
+        <source>This clip cannot be played.</source>
+        <translation>This clip cannot be played.</translation>
+    </message>
+    <message id="share_open">
+        <extracomment>Share sheet: opens the clip in the default video player.</extracomment>
+        <source>Open in video player</source>
+        <translation>Open in video player</translation>
+    </message>
+    <message id="share_show_in_folder">
+        <extracomment>Share sheet: shows the clip in the file manager.</extracomment>
+        <source>Show in folder</source>
+        <translation>Show in folder</translation>
+    </message>
+    <message id="share_copy">
+        <extracomment>Share sheet: copies the clip to the clipboard, to paste into a folder or a chat.</extracomment>
+        <source>Copy</source>
+        <translation>Copy</translation>
+    </message>
+    <message id="share_mail">
+        <extracomment>Share sheet: a new e-mail with the clip attached.</extracomment>
+        <source>Send by e-mail</source>
+        <translation>Send by e-mail</translation>
+    </message>
+    <message id="share_save_as">
+        <extracomment>Share sheet: saves a copy where the user chooses.</extracomment>
+        <source>Save a copy as…</source>
+        <translation>Save a copy as…</translation>
+    </message>
+    <message id="share_save_as_title">
+        <extracomment>Title of the file dialog of &quot;Save a copy as…&quot;.</extracomment>
+        <source>Save a copy of the clip</source>
+        <translation>Save a copy of the clip</translation>
+    </message>
+    <message id="share_cancel">
+        <extracomment>Share sheet: closes it without doing anything.</extracomment>
+        <source>Cancel</source>
+        <translation>Cancel</translation>
+    </message>
     <message id="tutorial_text_1">
         <extracomment>First-run tutorial, page 1 of 4.</extracomment>
         <source>Frame your subject and set the start zoom with the slider.</source>

@@ -1,0 +1,158 @@
+#include "platform/av/Player.h"
+#include "platform/av/PlayerItem.h"
+#include "platform/av/PlayerLayer.h"
+#include "tests/av/TestClip.h"
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <mutex>
+#include <vector>
+
+namespace av {
+namespace {
+
+class PlayerTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        folder = new QTemporaryDir;
+        clip = folder->filePath(QStringLiteral("clip.mov"));
+        ASSERT_TRUE(writeTestClip(clip, 0.5));
+    }
+    static void TearDownTestSuite() { delete folder; }
+
+    static inline QTemporaryDir* folder = nullptr;
+    static inline QString clip;
+};
+
+// Plays the clip in a loop as the preview does and counts the pictures the layer shows.
+struct Looper {
+    explicit Looper(const QString& path) : player(QUrl::fromLocalFile(path)), layer(&player) {
+        player.setActionAtItemEnd(Player::ActionAtItemEnd::none);
+        layer.setFrame(QRectF(0, 0, 64, 64));
+        QObject::connect(&layer, &PlayerLayer::needsDisplay, [this] { layer.contents(); });
+        QObject::connect(player.currentItem(), &PlayerItem::didPlayToEndTime,
+                         [](PlayerItem* item) { item->seekToTime(0); });
+        player.play();
+    }
+    Player player;
+    PlayerLayer layer;
+};
+
+TEST_F(PlayerTest, LoopsWhenTheOwnerSeeksBackAtTheEnd) {
+    Looper looper(clip);
+    QSignalSpy ends(looper.player.currentItem(), &PlayerItem::didPlayToEndTime);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return looper.player.passes() >= 3; }, 20000));
+    EXPECT_EQ(looper.player.currentItem()->status(), PlayerItem::Status::readyToPlay);
+    EXPECT_NEAR(looper.player.currentItem()->duration(), 0.5, 0.05);
+    // Each notice carries the item that ended.
+    ASSERT_GE(ends.count(), 2);
+    EXPECT_EQ(ends.first().first().value<PlayerItem*>(), looper.player.currentItem());
+    // Still playing at the speed of the clip: about 15 pictures a pass.
+    const quint64 before = looper.layer.framesDisplayed();
+    QTest::qWait(600);
+    EXPECT_GT(looper.layer.framesDisplayed(), before + 5);
+    EXPECT_EQ(looper.player.rate(), 1.0f);
+}
+
+// The sound's samples at both sides of every seam, and the loudest one, as the sink gets them.
+struct SeamSound {
+    std::mutex mutex;
+    GstClockTime lastTimestamp = GST_CLOCK_TIME_NONE;
+    float lastSample = 0;
+    std::vector<std::pair<float, float>> seams;
+    float loudest = 0;
+
+    static GstPadProbeReturn probe(GstPad*, GstPadProbeInfo* info, gpointer data) {
+        auto* sound = static_cast<SeamSound*>(data);
+        GstBuffer* buffer = GST_PAD_PROBE_INFO_BUFFER(info);
+        GstMapInfo map;
+        if (!gst_buffer_map(buffer, &map, GST_MAP_READ) || map.size < 2 * sizeof(float))
+            return GST_PAD_PROBE_OK;
+        // Interleaved F32; the first channel is enough.
+        const auto* samples = reinterpret_cast<const float*>(map.data);
+        const size_t count = map.size / sizeof(float);
+        std::lock_guard lock(sound->mutex);
+        if (GST_BUFFER_PTS(buffer) < sound->lastTimestamp &&
+            GST_CLOCK_TIME_IS_VALID(sound->lastTimestamp))
+            sound->seams.emplace_back(sound->lastSample, samples[0]);
+        for (size_t i = 0; i < count; ++i)
+            sound->loudest = std::max(sound->loudest, std::abs(samples[i]));
+        sound->lastSample = samples[count - 2];
+        sound->lastTimestamp = GST_BUFFER_PTS(buffer);
+        gst_buffer_unmap(buffer, &map);
+        return GST_PAD_PROBE_OK;
+    }
+};
+
+TEST_F(PlayerTest, TheSoundIsSilentAtTheSeamsSoTheLoopDoesNotClick) {
+    qputenv("TESSARO_AUDIO_SINK", "fakesink");
+    Looper looper(clip);
+    qunsetenv("TESSARO_AUDIO_SINK");
+    SeamSound sound;
+    GstElement* sink = nullptr;
+    g_object_get(looper.player.pipeline(), "audio-sink", &sink, nullptr);
+    ASSERT_NE(sink, nullptr);
+    GstHandle<GstPad> pad(gst_element_get_static_pad(sink, "sink"), GstRef::adopt);
+    gst_object_unref(sink);
+    gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, &SeamSound::probe, &sound, nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return looper.player.passes() >= 4; }, 20000));
+    looper.player.pause();
+    std::lock_guard lock(sound.mutex);
+    EXPECT_GT(sound.loudest, 0.5f); // the tone plays in between
+    ASSERT_GE(sound.seams.size(), 2u);
+    for (const auto& [before, after] : sound.seams) {
+        EXPECT_LT(std::abs(before), 0.02f);
+        EXPECT_LT(std::abs(after), 0.02f);
+    }
+}
+
+TEST_F(PlayerTest, PausesAtTheEndUnlessTheEndActionIsNone) {
+    Player player(QUrl::fromLocalFile(clip));
+    QSignalSpy ends(player.currentItem(), &PlayerItem::didPlayToEndTime);
+    QElapsedTimer clock;
+    clock.start();
+    player.play();
+    ASSERT_TRUE(ends.wait(20000));
+    // The end is when the last frame shows, not when the file has been read.
+    EXPECT_GE(clock.elapsed(), 400);
+    EXPECT_EQ(player.rate(), 0.0f);
+    EXPECT_EQ(player.passes(), 1);
+}
+
+TEST_F(PlayerTest, SoundWithoutADeviceNeverStopsThePicture) {
+    struct Case {
+        const char* sink;
+        const char* server;
+    };
+    // No sound server at all, a server that is not there, and a sink that fails while starting.
+    for (const Case& c : {Case{"", nullptr}, Case{"autoaudiosink", "unix:/nonexistent/tessaro"},
+                          Case{"pulsesink", "unix:/nonexistent/tessaro"}}) {
+        SCOPED_TRACE(c.sink);
+        qputenv("TESSARO_AUDIO_SINK", c.sink);
+        if (c.server)
+            qputenv("PULSE_SERVER", c.server);
+        Looper looper(clip);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return looper.player.passes() >= 2; }, 20000));
+        EXPECT_NE(looper.player.currentItem()->status(), PlayerItem::Status::failed)
+            << qPrintable(looper.player.currentItem()->errorDescription());
+        qunsetenv("TESSARO_AUDIO_SINK");
+        qunsetenv("PULSE_SERVER");
+    }
+}
+
+TEST_F(PlayerTest, AMissingFileFailsWithItsName) {
+    Player player(QUrl::fromLocalFile(folder->filePath(QStringLiteral("gone.mov"))));
+    player.play();
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return player.currentItem()->status() == PlayerItem::Status::failed; }, 10000));
+    EXPECT_TRUE(player.currentItem()->errorDescription().contains(QStringLiteral("gone.mov")));
+}
+
+} // namespace
+} // namespace av

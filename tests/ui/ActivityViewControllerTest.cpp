@@ -1,0 +1,168 @@
+#include "platform/ui/ActivityViewController.h"
+#include "platform/ui/Window.h"
+
+#include <QClipboard>
+#include <QFile>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include "tests/ui/ProbeViewController.h"
+
+namespace ui {
+namespace {
+
+using test::waitUntil;
+
+// Replaces what the activities start with recorders, so no program runs.
+class ActivityTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        QFile file(clip);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("clip bytes");
+        file.close();
+        ActivityViewController::Services& s = ActivityViewController::services();
+        s.openUrl = [this](const QUrl& url) {
+            calls << QStringLiteral("open ") + url.toString();
+            return openSucceeds;
+        };
+        s.startDetached = [this](const QString& program, const QStringList& arguments) {
+            calls << program + QLatin1Char(' ') + arguments.join(QLatin1Char(' '));
+            return true;
+        };
+        s.showItems = [this](const QList<QUrl>& files, std::function<void(bool)> done) {
+            calls << QStringLiteral("show ") + files.first().toString();
+            done(fileManagerAnswers);
+        };
+        s.saveFileName = [this](QWidget*, const QString&) { return saveTarget; };
+    }
+    void TearDown() override { ActivityViewController::resetServices(); }
+
+    // A sheet for the clip over a shown screen; its completion lands in result.
+    ActivityViewController* showSheet(std::optional<std::pair<QString, bool>>& result) {
+        auto* screen = new test::ProbeViewController(QStringLiteral("screen"), &journal);
+        window.setRootViewController(screen);
+        window.resize(390, 844);
+        window.show();
+        auto* sheet = new ActivityViewController({QUrl::fromLocalFile(clip)});
+        sheet->setCompletionWithItemsHandler(
+            [&result](const QString& t, bool completed) { result.emplace(t, completed); });
+        screen->present(sheet, false);
+        return sheet;
+    }
+
+    // Performs one activity and waits for its completion.
+    std::pair<QString, bool> perform(const QString& type) {
+        std::optional<std::pair<QString, bool>> result;
+        showSheet(result)->performActivity(type);
+        EXPECT_TRUE(waitUntil([&] { return result.has_value(); }, 5000));
+        return result.value_or(std::pair<QString, bool>{});
+    }
+
+    QTemporaryDir folder;
+    QString clip = folder.filePath(QStringLiteral("Tessaro Video.mov"));
+    QStringList calls;
+    QStringList journal;
+    bool openSucceeds = true;
+    bool fileManagerAnswers = true;
+    QString saveTarget;
+    Window window;
+};
+
+TEST_F(ActivityTest, EachActivityReachesItsProgramAndReportsCompletion) {
+    const QString url = QUrl::fromLocalFile(clip).toString();
+    struct Case {
+        const QString& type;
+        QString call;
+        bool completed;
+    };
+    const Case cases[] = {
+        {ActivityType::openInDefaultApplication, QStringLiteral("open ") + url, true},
+        {ActivityType::showInFileManager, QStringLiteral("show ") + url, true},
+        {ActivityType::mail, QStringLiteral("xdg-email --attach ") + clip, true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.type.toStdString());
+        calls.clear();
+        EXPECT_EQ(perform(c.type), std::make_pair(c.type, c.completed));
+        EXPECT_EQ(calls, QStringList{c.call});
+    }
+}
+
+TEST_F(ActivityTest, WithoutAFileManagerServiceTheFolderOpens) {
+    fileManagerAnswers = false;
+    EXPECT_EQ(perform(ActivityType::showInFileManager),
+              std::make_pair(ActivityType::showInFileManager, true));
+    EXPECT_EQ(calls.last(),
+              QStringLiteral("open ") + QUrl::fromLocalFile(folder.path()).toString());
+}
+
+TEST_F(ActivityTest, AnOpenThatFailsIsNotCompleted) {
+    openSucceeds = false;
+    EXPECT_FALSE(perform(ActivityType::openInDefaultApplication).second);
+}
+
+TEST_F(ActivityTest, CopyPutsTheFileOnTheClipboardForFileManagers) {
+    EXPECT_TRUE(perform(ActivityType::copyToPasteboard).second);
+    const QMimeData* data = QGuiApplication::clipboard()->mimeData();
+    ASSERT_NE(data, nullptr);
+    EXPECT_EQ(data->urls(), QList<QUrl>{QUrl::fromLocalFile(clip)});
+    EXPECT_EQ(data->data(QStringLiteral("x-special/gnome-copied-files")),
+              "copy\n" + QUrl::fromLocalFile(clip).toEncoded());
+}
+
+TEST_F(ActivityTest, SaveAsCopiesWhereTheUserChoseOrNothingOnCancel) {
+    saveTarget = folder.filePath(QStringLiteral("kept.mov"));
+    EXPECT_TRUE(perform(ActivityType::saveToFile).second);
+    QFile kept(saveTarget);
+    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
+    EXPECT_EQ(kept.readAll(), "clip bytes");
+    // The clip itself as the target, or a cancelled dialog: nothing is written.
+    for (const QString& target : {clip, QString()}) {
+        saveTarget = target;
+        EXPECT_FALSE(perform(ActivityType::saveToFile).second);
+    }
+    QFile original(clip);
+    ASSERT_TRUE(original.open(QIODevice::ReadOnly));
+    EXPECT_EQ(original.readAll(), "clip bytes");
+}
+
+TEST_F(ActivityTest, ExcludedActivitiesAreNotOfferedNorPerformed) {
+    ActivityViewController sheet({QUrl::fromLocalFile(clip)});
+    EXPECT_FALSE(sheet.availableActivityTypes().contains(ActivityType::addToReadingList));
+    EXPECT_FALSE(sheet.availableActivityTypes().contains(ActivityType::assignToContact));
+    sheet.setExcludedActivityTypes({ActivityType::mail});
+    EXPECT_FALSE(sheet.availableActivityTypes().contains(ActivityType::mail));
+    EXPECT_EQ(sheet.view()->findChild<QWidget*>(ActivityType::mail), nullptr);
+    bool called = false;
+    sheet.setCompletionWithItemsHandler([&](const QString&, bool) { called = true; });
+    sheet.performActivity(ActivityType::mail);
+    EXPECT_FALSE(called);
+    EXPECT_TRUE(calls.isEmpty());
+}
+
+TEST_F(ActivityTest, EscAndAClickBesideTheCardCancel) {
+    for (bool byKey : {true, false}) {
+        std::optional<std::pair<QString, bool>> result;
+        ActivityViewController* sheet = showSheet(result);
+        if (byKey) {
+            QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+            QCoreApplication::sendEvent(sheet->view(), &escape);
+        } else {
+            QMouseEvent click(QEvent::MouseButtonRelease, QPointF(10, 10), QPointF(10, 10),
+                              Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(sheet->view(), &click);
+        }
+        ASSERT_TRUE(waitUntil([&] { return result.has_value(); }));
+        EXPECT_EQ(*result, std::make_pair(QString(), false));
+        EXPECT_TRUE(calls.isEmpty());
+    }
+}
+
+} // namespace
+} // namespace ui

@@ -1,0 +1,58 @@
+#include "platform/ui/AlertController.h"
+#include "platform/ui/Window.h"
+
+#include <QKeyEvent>
+
+#include <gtest/gtest.h>
+
+#include "tests/ui/ProbeViewController.h"
+
+namespace ui {
+namespace {
+
+using test::waitUntil;
+
+class AlertTest : public ::testing::Test {
+protected:
+    // An alert with a standard and a cancel action over a shown screen; each handler notes its
+    // action's title.
+    AlertController* showAlert() {
+        window.setRootViewController(screen);
+        window.resize(390, 844);
+        window.show();
+        auto* alert = new AlertController(QStringLiteral("Error"), QStringLiteral("Disk full."),
+                                          AlertController::Style::alert);
+        alert->addAction({QStringLiteral("Retry"), AlertAction::Style::standard,
+                          [this] { chosen << QStringLiteral("Retry"); }});
+        alert->addAction({QStringLiteral("OK"), AlertAction::Style::cancel,
+                          [this] { chosen << QStringLiteral("OK"); }});
+        screen->present(alert, false);
+        return alert;
+    }
+
+    QStringList journal;
+    QStringList chosen;
+    Window window;
+    test::ProbeViewController* screen =
+        new test::ProbeViewController(QStringLiteral("s"), &journal);
+};
+
+TEST_F(AlertTest, AnActionClosesTheAlertThenRunsOnceEvenWhenChosenTwice) {
+    AlertController* alert = showAlert();
+    alert->performAction(0);
+    alert->performAction(1);
+    EXPECT_TRUE(chosen.isEmpty()); // not before the alert has gone
+    ASSERT_TRUE(waitUntil([&] { return screen->presentedViewController() == nullptr; }));
+    EXPECT_EQ(chosen, QStringList{QStringLiteral("Retry")});
+}
+
+TEST_F(AlertTest, EscChoosesTheCancelAction) {
+    AlertController* alert = showAlert();
+    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+    QCoreApplication::sendEvent(alert->view(), &escape);
+    ASSERT_TRUE(waitUntil([&] { return !chosen.isEmpty(); }));
+    EXPECT_EQ(chosen, QStringList{QStringLiteral("OK")});
+}
+
+} // namespace
+} // namespace ui
