@@ -13,7 +13,6 @@ packages=(
     gstreamer1.0-plugins-ugly gstreamer1.0-libav xdg-utils
     fonts-dejavu-core fontconfig
     xvfb xauth dbus-daemon
-    xdg-utils
 )
 
 missing=()
