@@ -8,8 +8,11 @@
 #include "platform/ui/AlertController.h"
 #include "platform/ui/Button.h"
 #include "platform/ui/Label.h"
+#include "platform/ui/Storyboard.h"
 #include "platform/ui/Window.h"
 #include "playback/VideoContainerView.h"
+#include "rating/AppRating.h"
+#include "rating/RateAppFirstViewController.h"
 #include "tests/av/TestClip.h"
 #include "tests/ui/ProbeViewController.h"
 
@@ -203,6 +206,53 @@ TEST_F(VideoPreviewTest, CancelledShareNeitherPromptsNorRemembers) {
     EXPECT_EQ(window.topViewController(), preview);
     EXPECT_FALSE(
         foundation::Preferences::standard().hasStoredValue(QStringLiteral("AppRatingLastRemind")));
+}
+
+// With a prompt due at every consultation, only a save or a completed share asks for a rating:
+// a save over the recording screen it returns to, a share over the preview, which stays open.
+TEST_F(VideoPreviewTest, ASaveOrACompletedShareAsksForARatingACancelDoesNot) {
+    const QString main = QStringLiteral("Main");
+    ui::Storyboard::registerFactory(main, QStringLiteral("RateAppFirstViewController"),
+                                    [] { return new RateAppFirstViewController; });
+    AppRating::resetForTesting();
+    AppRating::writeLine = [](const QString&) {};
+    AppRating::setDebugMode(true);
+    AppRating::setMinuteUntilPrompt(0);
+    AppRating::setMinuteRemindPeriod(0);
+    const auto remembered = [] {
+        return foundation::Preferences::standard().hasStoredValue(
+            QStringLiteral("AppRatingLastRemind"));
+    };
+    const auto ratingOver = [](ui::ViewController* screen) {
+        return qobject_cast<RateAppFirstViewController*>(screen->presentedViewController());
+    };
+
+    VideoPreviewViewController* preview = presentPreview(clip);
+    press(preview->shareButton);
+    auto* sheet = qobject_cast<ui::ActivityViewController*>(preview->presentedViewController());
+    ASSERT_NE(sheet, nullptr);
+    ASSERT_TRUE(waitUntil([&] { return !sheet->isBeingPresented(); }));
+    sheet->dismiss(true);
+    ASSERT_TRUE(waitUntil([&] { return preview->presentedViewController() == nullptr; }));
+    EXPECT_FALSE(remembered());
+
+    press(preview->shareButton);
+    sheet = qobject_cast<ui::ActivityViewController*>(preview->presentedViewController());
+    ASSERT_NE(sheet, nullptr);
+    ASSERT_TRUE(waitUntil([&] { return !sheet->isBeingPresented(); }));
+    sheet->performActivity(ui::ActivityType::copyToPasteboard);
+    ASSERT_TRUE(waitUntil([&] { return ratingOver(preview) != nullptr; }));
+    EXPECT_TRUE(remembered());
+    EXPECT_EQ(camera->presentedViewController(), preview);
+    ratingOver(preview)->dismiss(false);
+    ASSERT_TRUE(waitUntil([&] { return preview->presentedViewController() == nullptr; }));
+
+    QPointer<VideoPreviewViewController> watched(preview);
+    press(preview->saveButton);
+    ASSERT_TRUE(waitUntil([&] { return !watched && ratingOver(camera) != nullptr; }));
+    ratingOver(camera)->dismiss(false);
+    AppRating::resetForTesting();
+    ui::Storyboard::unregisterAll(main);
 }
 
 TEST_F(VideoPreviewTest, CloseAndEscLeaveTheClipUntouched) {
