@@ -22,6 +22,7 @@
 #include <QKeyEvent>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -191,23 +192,6 @@ TEST_F(VideoPreviewTest, AFailedSaveShowsTheErrorOverTheScreenUnderneath) {
     }
 }
 
-TEST_F(VideoPreviewTest, CancelledShareNeitherPromptsNorRemembers) {
-    VideoPreviewViewController* preview = presentPreview(clip);
-    press(preview->shareButton);
-    auto* sheet = qobject_cast<ui::ActivityViewController*>(preview->presentedViewController());
-    ASSERT_NE(sheet, nullptr);
-    EXPECT_EQ(sheet->activityItems(), QList<QUrl>{QUrl::fromLocalFile(clip)});
-    EXPECT_EQ(sheet->excludedActivityTypes(),
-              QStringList({ui::ActivityType::addToReadingList, ui::ActivityType::assignToContact}));
-    ASSERT_TRUE(waitUntil([&] { return !sheet->isBeingPresented(); }));
-    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
-    QCoreApplication::sendEvent(sheet->view(), &escape);
-    ASSERT_TRUE(waitUntil([&] { return preview->presentedViewController() == nullptr; }));
-    EXPECT_EQ(window.topViewController(), preview);
-    EXPECT_FALSE(
-        foundation::Preferences::standard().hasStoredValue(QStringLiteral("AppRatingLastRemind")));
-}
-
 // With a prompt due at every consultation, only a save or a completed share asks for a rating:
 // a save over the recording screen it returns to, a share over the preview, which stays open.
 TEST_F(VideoPreviewTest, ASaveOrACompletedShareAsksForARatingACancelDoesNot) {
@@ -231,9 +215,15 @@ TEST_F(VideoPreviewTest, ASaveOrACompletedShareAsksForARatingACancelDoesNot) {
     press(preview->shareButton);
     auto* sheet = qobject_cast<ui::ActivityViewController*>(preview->presentedViewController());
     ASSERT_NE(sheet, nullptr);
+    EXPECT_EQ(sheet->activityItems(), QList<QUrl>{QUrl::fromLocalFile(clip)});
+    EXPECT_EQ(sheet->excludedActivityTypes(),
+              QStringList({ui::ActivityType::addToReadingList, ui::ActivityType::assignToContact}));
     ASSERT_TRUE(waitUntil([&] { return !sheet->isBeingPresented(); }));
-    sheet->dismiss(true);
+    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+    QCoreApplication::sendEvent(sheet->view(), &escape);
     ASSERT_TRUE(waitUntil([&] { return preview->presentedViewController() == nullptr; }));
+    QTest::qWait(100);
+    EXPECT_EQ(ratingOver(preview), nullptr);
     EXPECT_FALSE(remembered());
 
     press(preview->shareButton);
