@@ -298,7 +298,7 @@ bool CaptureSession::build(std::optional<Error>* problem) {
         return false;
     }
     for (CaptureOutput* output : sessionOutputs)
-        output->sessionDidStart(videoCaps, audioCaps);
+        output->sessionDidStart(videoCaps, audioCaps, pipe.get());
     if (videoCaps)
         gst_caps_unref(videoCaps);
     if (audioCaps)

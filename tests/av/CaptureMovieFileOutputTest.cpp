@@ -88,7 +88,8 @@ public:
         gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
         ASSERT_TRUE(
             waitUntil([this] { return caps(videoSink) && (!audioSink || caps(audioSink)); }));
-        output->sessionDidStart(caps(videoSink).get(), audioSink ? caps(audioSink).get() : nullptr);
+        output->sessionDidStart(caps(videoSink).get(), audioSink ? caps(audioSink).get() : nullptr,
+                                pipeline.get());
     }
 
     Fed fed() const {
@@ -512,11 +513,13 @@ TEST_F(CaptureMovieFileOutputTest, SessionWillStopCompletesTheFileBeforeReturnin
     spin(800);
     output.sessionWillStop();
 
-    EXPECT_FALSE(output.isRecording());
     const Movie movie = discover(url.toLocalFile());
     EXPECT_TRUE(movie.readable);
     expectDurationOfWhatWasFed(movie, session.fed());
+    // Recording until the delegate has heard that it is over.
+    EXPECT_TRUE(output.isRecording());
     ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }));
+    EXPECT_FALSE(output.isRecording());
     EXPECT_FALSE(delegate.error);
 }
 
