@@ -188,6 +188,7 @@ bool CaptureMovieFileOutput::startRecordingToOutputFileURL(const QUrl& fileURL,
     } catch (const Error& error) {
         qCWarning(lcAv).noquote() << error.localizedDescription();
         state = State::finished;
+        finishError = error;
         deliverFinish(next, error);
         return true;
     }
@@ -317,6 +318,7 @@ void CaptureMovieFileOutput::finish(std::optional<Error> error) {
     qCDebug(lcAv).noquote() << "recorded" << path << "with" << encoder << ":" << written.load()
                             << "frames," << dropped.load() << "dropped";
     state = State::finished;
+    finishError = error;
     awake.reset();
     deliverFinish(clip, error);
 }

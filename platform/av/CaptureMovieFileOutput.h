@@ -69,6 +69,8 @@ public:
     // The session's running time at the last accepted start request (GST_CLOCK_TIME_NONE
     // without a running session): the first frame's time is at or after it.
     GstClockTime requestTime() const { return requested; }
+    // What the last finished recording ended with: nullopt for a complete movie.
+    const std::optional<Error>& lastError() const { return finishError; }
     // The H.264 encoder of the current or last recording ("x264enc", "vah264enc" ...).
     QString encoderName() const { return encoder; }
 
@@ -107,6 +109,7 @@ private:
     GstClockTime sessionBaseTime = GST_CLOCK_TIME_NONE;
     GstClockTime frameDuration = GST_CLOCK_TIME_NONE;
     GstClockTime requested = GST_CLOCK_TIME_NONE;
+    std::optional<Error> finishError;
 
     State state = State::idle;
     QUrl url;

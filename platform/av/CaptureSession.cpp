@@ -206,6 +206,10 @@ bool CaptureSession::build(std::optional<Error>* problem) {
                                  .arg(videoDevice->localizedName()));
             return false;
         }
+        if (std::optional<Error> error = videoDevice->sourceProblem()) {
+            *problem = *error;
+            return false;
+        }
         GstElement* source = videoDevice->createSourceElement();
         if (!source) {
             *problem =

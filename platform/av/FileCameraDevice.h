@@ -24,6 +24,15 @@ public:
     const QString& path() const { return filePath; }
     bool isStillPicture() const;
     GstElement* createSourceElement() const override;
+    // What the header says against the file (missing, empty, not a picture, too large).
+    std::optional<Error> sourceProblem() const override;
+
+    // Larger pictures are refused before they are decoded.
+    static constexpr int largestPictureSide = 16384;
+    // Why the file cannot serve as a camera, in words; nullopt when it can. Beyond the header it
+    // decodes a picture whole and asks a video's demuxer (for a second at most), so a file cut
+    // short is caught before the camera starts.
+    static std::optional<Error> problemWith(const QString& path);
 
 private:
     GstElement* createPictureSource() const;
