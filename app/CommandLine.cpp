@@ -163,6 +163,7 @@ std::optional<RecordDemo::Options> CommandLine::recordOptions(QString* problem) 
         options.zoom = *zoom;
     }
     const QString camera = parser.value(cameraOption);
+    options.camera = camera;
     if (camera.startsWith(QLatin1String("file:")))
         if (const std::optional<av::Error> unusable =
                 av::FileCameraDevice::problemWith(camera.mid(5)))

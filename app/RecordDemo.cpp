@@ -5,6 +5,8 @@
 #include "platform/av/AssetImageGenerator.h"
 #include "platform/av/CaptureMovieFileOutput.h"
 #include "platform/av/CaptureSession.h"
+#include "platform/av/FileCameraDevice.h"
+#include "platform/av/PictureZoom.h"
 #include "platform/av/ZoomFilter.h"
 #include "platform/foundation/FileManager.h"
 #include "platform/foundation/Preferences.h"
@@ -152,6 +154,28 @@ bool writeContactSheet(const QString& clip, const QString& sheet, double length,
     }
     painter.end();
     return sheetImage.save(sheet, "PNG");
+}
+
+// What the camera shows before the zoom stage, when the run can know it: a still picture as the
+// session scales it (black bars where the shapes differ), or the virtual scene.
+std::optional<av::PictureZoom::Reference> unzoomedPicture(const QString& camera, QSize size) {
+    if (camera == QLatin1String("virtual"))
+        return av::PictureZoom::virtualScene();
+    const QString path = camera.startsWith(QLatin1String("file:")) ? camera.mid(5) : QString();
+    if (path.isEmpty() || !av::FileCameraDevice(path).isStillPicture())
+        return std::nullopt;
+    const QImage picture(path);
+    if (picture.isNull())
+        return std::nullopt;
+    QImage framed(size, QImage::Format_RGB32);
+    framed.fill(Qt::black);
+    QPainter painter(&framed);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    QRect placed(QPoint(0, 0), picture.size().scaled(size, Qt::KeepAspectRatio));
+    placed.moveCenter(framed.rect().center());
+    painter.drawImage(placed, picture);
+    painter.end();
+    return av::PictureZoom::still(framed);
 }
 
 QString formatMilliseconds(GstClockTime time) {
@@ -412,6 +436,20 @@ int RecordDemo::run(const Options& options) {
         out() << tr("  zoom    %1 on the first frame, %2 on the last")
                      .arg(formatZoom(zooms.front().zoom), formatZoom(zooms.back().zoom))
               << Qt::endl;
+    if (const auto reference =
+            unzoomedPicture(options.camera, QSize(format.width, format.height))) {
+        const av::AssetImageGenerator frames(QUrl::fromLocalFile(output));
+        // The movie's time starts at its first frame; a millisecond in is safely inside a frame.
+        const double lastAt =
+            double(movie->lastFrameTime() - movie->firstFrameTime()) / GST_SECOND + 0.001;
+        const double first =
+            av::PictureZoom::measure(frames.imageAt(0.001, format.width), *reference, options.zoom);
+        const double last = av::PictureZoom::measure(frames.imageAt(lastAt, format.width),
+                                                     *reference, options.zoom);
+        out() << tr("  pixels  %1 on the first frame, %2 on the last")
+                     .arg(formatZoom(first), formatZoom(last))
+              << Qt::endl;
+    }
     // Written after the clip is complete: a sheet that fails leaves the clip as it is.
     const QString sheet = contactSheetPath(output);
     if (!QFileInfo::exists(sheet) && writeContactSheet(output, sheet, length, zooms))

@@ -19,6 +19,9 @@ public:
         int videoMode = 0;
         // Empty: a new "Tessaro Demo" file in the documents folder.
         QString output;
+        // As --camera names it: a picture ("file:PATH") or the virtual camera lets the run tell
+        // the zoom of the first and last frame from their pixels.
+        QString camera;
     };
 
     // Returns the process's exit code: 0 with a clip, 1 when recording failed, 2 for bad options

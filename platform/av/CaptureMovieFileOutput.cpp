@@ -356,7 +356,10 @@ void CaptureMovieFileOutput::handleSample(MediaType type, GstSample* sample) {
     if (!buffer)
         return;
     if (type == MediaType::audio) {
-        if (GST_CLOCK_TIME_IS_VALID(feedStopTime) && GST_BUFFER_PTS(buffer) >= feedStopTime)
+        // Sound runs to the end of the last frame.
+        if (GST_CLOCK_TIME_IS_VALID(feedStopTime) &&
+            GST_BUFFER_PTS(buffer) >=
+                feedStopTime + (GST_CLOCK_TIME_IS_VALID(frameDuration) ? frameDuration : 0))
             return;
         if (!feedWriter->pushAudio(buffer) && isPowerOfTwo(++feedAudioDropped))
             qCWarning(lcAv) << "the recording fell behind:" << feedAudioDropped
@@ -370,10 +373,15 @@ void CaptureMovieFileOutput::handleSample(MediaType type, GstSample* sample) {
     if (GST_CLOCK_TIME_IS_VALID(feedRequestTime) &&
         (!GST_CLOCK_TIME_IS_VALID(captured) || captured < feedRequestTime))
         return;
-    if (GST_CLOCK_TIME_IS_VALID(feedStopTime) && captured >= feedStopTime) {
+    // The first frame taken at or after the stop shows the zoom the stop left, and ends the movie.
+    const bool last = GST_CLOCK_TIME_IS_VALID(feedStopTime) && captured >= feedStopTime;
+    pushFrame(buffer, captured);
+    if (last)
         endFeed();
-        return;
-    }
+}
+
+void CaptureMovieFileOutput::pushFrame(GstBuffer* buffer, GstClockTime captured) {
+    const GstClockTime pts = GST_BUFFER_PTS(buffer);
     if (GST_CLOCK_TIME_IS_VALID(captured)) {
         dropped += missingFrames(feedLastCapture, captured, frameDuration);
         feedLastCapture = captured;

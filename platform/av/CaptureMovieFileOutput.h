@@ -91,6 +91,8 @@ private:
     bool endWriterStreams();
     // Ends the writer's streams and stops feeding it; must be called with feedLock held.
     void endFeed();
+    // Hands a frame to the writer and counts it; must be called with feedLock held.
+    void pushFrame(GstBuffer* buffer, GstClockTime captured);
     // Ends a recording in progress and blocks until its file is complete (or the wait is over).
     void finishAndWait();
     // Takes the writer from the streaming threads, tears it down and queues did-finish.
