@@ -103,27 +103,22 @@ std::optional<Error> videoProblem(const QString& path) {
     constexpr guint videoOnly = 1;
     g_object_set(player.get(), "uri", uri.constData(), "video-sink", sink, "audio-sink",
                  gst_element_factory_make("fakesink", nullptr), "flags", videoOnly, nullptr);
-    const GstStateChangeReturn change = gst_element_set_state(player.get(), GST_STATE_PAUSED);
-    const GstStateChangeReturn settled =
-        change == GST_STATE_CHANGE_FAILURE
-            ? change
-            : gst_element_get_state(player.get(), nullptr, nullptr, GST_SECOND);
+    GstHandle<GstBus> bus(gst_element_get_bus(player.get()), GstRef::adopt);
+    gst_element_set_state(player.get(), GST_STATE_PAUSED);
+    // Prerolled (a first picture, or the end without one), failed, or no answer in time.
+    GstHandle<GstMessage> answer(
+        gst_bus_timed_pop_filtered(bus.get(), GST_SECOND,
+                                   GstMessageType(GST_MESSAGE_ERROR | GST_MESSAGE_ASYNC_DONE)),
+        GstRef::adopt);
     std::optional<Error> problem;
-    if (settled == GST_STATE_CHANGE_FAILURE) {
-        GstHandle<GstBus> bus(gst_element_get_bus(player.get()), GstRef::adopt);
-        GstHandle<GstMessage> message(gst_bus_pop_filtered(bus.get(), GST_MESSAGE_ERROR),
-                                      GstRef::adopt);
-        QString detail = tr("unknown format");
-        if (message) {
-            GError* error = nullptr;
-            gst_message_parse_error(message.get(), &error, nullptr);
-            detail = QString::fromUtf8(error->message);
-            g_error_free(error);
-        }
+    if (answer && GST_MESSAGE_TYPE(answer.get()) == GST_MESSAGE_ERROR) {
+        GError* error = nullptr;
+        gst_message_parse_error(answer.get(), &error, nullptr);
         problem = unusable(tr("The camera file “%1” is not a picture or a video Tessaro can "
                               "play, or it is damaged (%2).")
-                               .arg(name, detail));
-    } else if (settled == GST_STATE_CHANGE_SUCCESS) {
+                               .arg(name, QString::fromUtf8(error->message)));
+        g_error_free(error);
+    } else if (answer) {
         GstHandle<GstSample> first(gst_app_sink_try_pull_preroll(GST_APP_SINK(sink), 0),
                                    GstRef::adopt);
         if (!first)
