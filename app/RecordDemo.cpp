@@ -156,8 +156,8 @@ bool writeContactSheet(const QString& clip, const QString& sheet, double length,
     return sheetImage.save(sheet, "PNG");
 }
 
-// What the camera shows before the zoom stage, when the run can know it: a still picture as the
-// session scales it (black bars where the shapes differ), or the virtual scene.
+// What the camera shows before the zoom stage, when the run can know it: a still picture or the
+// virtual scene.
 std::optional<av::PictureZoom::Reference> unzoomedPicture(const QString& camera, QSize size) {
     if (camera == QLatin1String("virtual"))
         return av::PictureZoom::virtualScene();
@@ -167,15 +167,7 @@ std::optional<av::PictureZoom::Reference> unzoomedPicture(const QString& camera,
     const QImage picture(path);
     if (picture.isNull())
         return std::nullopt;
-    QImage framed(size, QImage::Format_RGB32);
-    framed.fill(Qt::black);
-    QPainter painter(&framed);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    QRect placed(QPoint(0, 0), picture.size().scaled(size, Qt::KeepAspectRatio));
-    placed.moveCenter(framed.rect().center());
-    painter.drawImage(placed, picture);
-    painter.end();
-    return av::PictureZoom::still(framed);
+    return av::PictureZoom::still(picture, size);
 }
 
 QString formatMilliseconds(GstClockTime time) {

@@ -56,9 +56,16 @@ double difference(const QImage& a, const QImage& b) {
 
 } // namespace
 
-PictureZoom::Reference PictureZoom::still(const QImage& unzoomed) {
-    const QImage picture = unzoomed.convertToFormat(QImage::Format_Grayscale8);
-    return [picture](double) { return picture; };
+PictureZoom::Reference PictureZoom::still(const QImage& picture, QSize frameSize) {
+    QImage framed(frameSize, QImage::Format_Grayscale8);
+    framed.fill(0);
+    QPainter painter(&framed);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    QRect placed(QPoint(0, 0), picture.size().scaled(frameSize, Qt::KeepAspectRatio));
+    placed.moveCenter(framed.rect().center());
+    painter.drawImage(placed, picture.convertToFormat(QImage::Format_Grayscale8));
+    painter.end();
+    return [framed](double) { return framed; };
 }
 
 PictureZoom::Reference PictureZoom::virtualScene() {

@@ -14,9 +14,9 @@ public:
     // What the camera shows at a zoom before the zoom stage crops it.
     using Reference = std::function<QImage(double zoom)>;
 
-    // A camera whose picture does not change (a still picture, or a video of one), already at
-    // the frame's size.
-    static Reference still(const QImage& unzoomed);
+    // A camera whose picture does not change (a still picture, or a video of one), scaled to
+    // the frame's size as the session does: whole, with black bars where the shapes differ.
+    static Reference still(const QImage& picture, QSize frameSize);
     // The virtual back camera, whose scene follows the zoom.
     static Reference virtualScene();
 
