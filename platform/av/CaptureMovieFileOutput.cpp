@@ -169,6 +169,7 @@ bool CaptureMovieFileOutput::startRecordingToOutputFileURL(const QUrl& fileURL,
     }
     // Taken first: the frames the camera delivers from here on were captured after it.
     requested = sessionRunningTime();
+    finishError.reset();
     auto next = std::make_shared<Clip>(Clip{fileURL, delegate});
     clip = next;
     url = fileURL;
