@@ -89,9 +89,9 @@ std::optional<Error> headerProblem(const QString& path, bool picture) {
     return std::nullopt;
 }
 
-// Decodes the first picture, as the camera would; a machine too busy to do it within a second
+// Decodes the first picture, as the camera would; a machine too busy to do it within the patience
 // is given the benefit of the doubt (the camera then reports what it finds).
-std::optional<Error> videoProblem(const QString& path) {
+std::optional<Error> videoProblem(const QString& path, std::chrono::milliseconds patience) {
     Gst::ensureInitialized();
     const QString name = QFileInfo(path).fileName();
     GstHandle<GstElement> player(gst_element_factory_make("playbin", nullptr), GstRef::adopt);
@@ -107,7 +107,7 @@ std::optional<Error> videoProblem(const QString& path) {
     gst_element_set_state(player.get(), GST_STATE_PAUSED);
     // Prerolled (a first picture, or the end without one), failed, or no answer in time.
     GstHandle<GstMessage> answer(
-        gst_bus_timed_pop_filtered(bus.get(), GST_SECOND,
+        gst_bus_timed_pop_filtered(bus.get(), GstClockTime(patience.count()) * GST_MSECOND,
                                    GstMessageType(GST_MESSAGE_ERROR | GST_MESSAGE_ASYNC_DONE)),
         GstRef::adopt);
     std::optional<Error> problem;
@@ -157,12 +157,13 @@ std::optional<Error> FileCameraDevice::sourceProblem() const {
     return headerProblem(filePath, isStillPicture());
 }
 
-std::optional<Error> FileCameraDevice::problemWith(const QString& path) {
+std::optional<Error> FileCameraDevice::problemWith(const QString& path,
+                                                   std::chrono::milliseconds patience) {
     const FileCameraDevice camera(path);
     if (std::optional<Error> problem = camera.sourceProblem())
         return problem;
     if (!camera.isStillPicture())
-        return videoProblem(path);
+        return videoProblem(path, patience);
     QImageReader reader(path);
     if (reader.read().isNull())
         return unusable(tr("The picture “%1” cannot be decoded; it may be cut short (%2).")

@@ -2,6 +2,8 @@
 
 #include "platform/av/CaptureDevice.h"
 
+#include <chrono>
+
 namespace av {
 
 // A picture (PNG or JPEG) or a video file shown as a live back camera, for demos and tests
@@ -30,9 +32,11 @@ public:
     // Larger pictures are refused before they are decoded.
     static constexpr int largestPictureSide = 16384;
     // Why the file cannot serve as a camera, in words; nullopt when it can. Beyond the header it
-    // decodes a picture whole and asks a video's demuxer (for a second at most), so a file cut
-    // short is caught before the camera starts.
-    static std::optional<Error> problemWith(const QString& path);
+    // decodes a picture whole and a video's first picture, so a file cut short is caught before
+    // the camera starts. A video the machine cannot decode within the patience (a fraction of a
+    // second normally) is given the benefit of the doubt.
+    static std::optional<Error>
+    problemWith(const QString& path, std::chrono::milliseconds patience = std::chrono::seconds(3));
 
 private:
     GstElement* createPictureSource() const;

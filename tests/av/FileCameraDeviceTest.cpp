@@ -169,10 +169,12 @@ TEST(FileCameraDevice, aFileThatCannotBeACameraIsRefusedWithItsReason) {
          false},
     };
     EXPECT_FALSE(FileCameraDevice::problemWith(whole));
-    EXPECT_FALSE(FileCameraDevice::problemWith(clip.fileName()));
+    EXPECT_FALSE(FileCameraDevice::problemWith(clip.fileName(), std::chrono::seconds(30)));
     for (const auto& row : rows) {
         SCOPED_TRACE(row.path.toStdString());
-        const std::optional<Error> problem = FileCameraDevice::problemWith(row.path);
+        // Patient, for a loaded machine.
+        const std::optional<Error> problem =
+            FileCameraDevice::problemWith(row.path, std::chrono::seconds(30));
         ASSERT_TRUE(problem);
         EXPECT_TRUE(problem->localizedDescription().contains(QString::fromUtf8(row.reason)))
             << problem->localizedDescription().toStdString();
