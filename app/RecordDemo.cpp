@@ -28,7 +28,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <mutex>
 #include <vector>
@@ -364,13 +363,16 @@ int RecordDemo::run(const Options& options) {
     const bool intoOutput =
         !recording.isEmpty() && ::rename(QFile::encodeName(recording).constData(),
                                          QFile::encodeName(output).constData()) == 0;
+    const QString renameProblem = recording.isEmpty()
+                                      ? tr("the recording did not start.")
+                                      : QString::fromLocal8Bit(std::strerror(errno));
     recordingFolder.remove();
     if (!intoOutput) {
         if (screen->previewView)
             screen->previewView->setSession(nullptr);
         err() << tr("The recording could not start in %1: %2")
                      .arg(output, movie->lastError() ? movie->lastError()->localizedDescription()
-                                                     : QString::fromLocal8Bit(strerror(errno)))
+                                                     : renameProblem)
               << Qt::endl;
         return 1;
     }
