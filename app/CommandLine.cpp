@@ -1,8 +1,12 @@
 #include "app/CommandLine.h"
 
+#include "platform/av/FileCameraDevice.h"
+#include "recording/CameraViewController.h"
+
 #include <QCoreApplication>
 #include <QLocale>
 
+#include <algorithm>
 #include <cmath>
 
 CommandLine::CommandLine()
@@ -109,6 +113,13 @@ std::optional<double> CommandLine::parseNumber(const QString& text) {
     return value;
 }
 
+double CommandLine::highestZoom(int videoMode) {
+    // The screen's own limit for the format, so a run is refused before the camera starts.
+    const double width = CameraViewController::videoFormats[videoMode].width;
+    return std::clamp(width / CameraViewController::narrowestSharpCrop, 1.0,
+                      CameraViewController::maximumZoom);
+}
+
 std::optional<RecordDemo::Options> CommandLine::recordOptions(QString* problem) const {
     RecordDemo::Options options;
     const auto fail = [problem](const QString& message) {
@@ -126,16 +137,6 @@ std::optional<RecordDemo::Options> CommandLine::recordOptions(QString* problem) 
                             .arg(parser.value(durationOption)));
         options.duration = int(*seconds);
     }
-    if (parser.isSet(zoomOption)) {
-        const std::optional<double> zoom = parseNumber(parser.value(zoomOption));
-        if (!zoom || *zoom <= 1.0 || *zoom > 10.0)
-            return fail(QCoreApplication::translate(
-                            "CommandLine",
-                            "--zoom takes a zoom above 1 and at most 10, such as 2.5, not "
-                            "\"%1\".")
-                            .arg(parser.value(zoomOption)));
-        options.zoom = *zoom;
-    }
     options.zoomIn = parser.isSet(zoomInOption);
     if (parser.isSet(formatOption)) {
         const QString format = parser.value(formatOption).toLower();
@@ -147,6 +148,26 @@ std::optional<RecordDemo::Options> CommandLine::recordOptions(QString* problem) 
                             .arg(parser.value(formatOption)));
         options.videoMode = int(formats.indexOf(format));
     }
+    if (parser.isSet(zoomOption)) {
+        const double highest = highestZoom(options.videoMode);
+        const std::optional<double> zoom = parseNumber(parser.value(zoomOption));
+        if (!zoom || *zoom <= 1.0 || *zoom > highest)
+            return fail(QCoreApplication::translate(
+                            "CommandLine",
+                            "--zoom takes a zoom above 1 and at most %1 at %2, such as 2.5, not "
+                            "\"%3\".")
+                            .arg(highest)
+                            .arg(QString::fromLatin1(
+                                CameraViewController::videoFormats[options.videoMode].title))
+                            .arg(parser.value(zoomOption)));
+        options.zoom = *zoom;
+    }
+    const QString camera = parser.value(cameraOption);
+    options.camera = camera;
+    if (camera.startsWith(QLatin1String("file:")))
+        if (const std::optional<av::Error> unusable =
+                av::FileCameraDevice::problemWith(camera.mid(5)))
+            return fail(unusable->localizedDescription());
     options.output = parser.value(outputOption);
     const QStringList positional = parser.positionalArguments();
     if (positional.size() > 1)

@@ -28,11 +28,15 @@ public:
     std::optional<Screenshot> screenshot() const;
     // Whether the first argument is the command "record".
     bool asksForRecording() const;
-    // The demo's options; nullopt with a message for the user when one is out of range.
+    // The demo's options, each checked against the chosen format and camera before anything
+    // starts; nullopt with a message for the user when one is out of range or a camera file
+    // cannot be used.
     std::optional<RecordDemo::Options> recordOptions(QString* problem) const;
 
     // Reads "2.5" and "2,5" alike, whatever the locale.
     static std::optional<double> parseNumber(const QString& text);
+    // The highest start zoom of a format (a row of the screen's format table).
+    static double highestZoom(int videoMode);
 
     // Whether the arguments ask for a screenshot or the headless recording, which draw offscreen
     // even on a desktop; answered before the application (and its display) is set up.

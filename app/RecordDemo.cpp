@@ -5,6 +5,8 @@
 #include "platform/av/AssetImageGenerator.h"
 #include "platform/av/CaptureMovieFileOutput.h"
 #include "platform/av/CaptureSession.h"
+#include "platform/av/FileCameraDevice.h"
+#include "platform/av/PictureZoom.h"
 #include "platform/av/ZoomFilter.h"
 #include "platform/foundation/FileManager.h"
 #include "platform/foundation/Preferences.h"
@@ -20,10 +22,13 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QPainter>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTextStream>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <mutex>
 #include <vector>
 
@@ -150,23 +155,78 @@ bool writeContactSheet(const QString& clip, const QString& sheet, double length,
     return sheetImage.save(sheet, "PNG");
 }
 
-// Moves a finished file, across file systems too; never replaces one.
-bool moveFile(const QString& from, const QString& to) {
-    if (QFile::exists(to))
-        return false;
-    if (QFile::rename(from, to))
-        return true;
-    return QFile::copy(from, to) && QFile::remove(from);
+// What the camera shows before the zoom stage, when the run can know it: a still picture or the
+// virtual scene.
+std::optional<av::PictureZoom::Reference> unzoomedPicture(const QString& camera, QSize size) {
+    if (camera == QLatin1String("virtual"))
+        return av::PictureZoom::virtualScene();
+    const QString path = camera.startsWith(QLatin1String("file:")) ? camera.mid(5) : QString();
+    if (path.isEmpty() || !av::FileCameraDevice(path).isStillPicture())
+        return std::nullopt;
+    const QImage picture(path);
+    if (picture.isNull())
+        return std::nullopt;
+    return av::PictureZoom::still(picture, size);
 }
+
+QString formatMilliseconds(GstClockTime time) {
+    return QString::number(double(time) / GST_MSECOND, 'f', 0) + QStringLiteral(" ms");
+}
+
+// Creates the file empty, so no other run can take the name; false when it exists or cannot be
+// written.
+bool claim(const QString& path, QString* problem) {
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+        return true;
+    if (problem)
+        *problem =
+            QFileInfo::exists(path)
+                ? tr("%1 exists already; choose another --output, or remove it first.").arg(path)
+                : tr("%1 cannot be written: %2").arg(path, file.errorString());
+    return false;
+}
+
+// Connects to the camera's failures once the screen has made its session.
+class CameraWatch {
+public:
+    explicit CameraWatch(CameraViewController* screen) : screen(screen) {}
+    bool failed() {
+        if (!connected && screen->videoSession()) {
+            connected = true;
+            QObject::connect(screen->videoSession()->session(), &av::CaptureSession::runtimeError,
+                             [this](const av::Error& error) { problem = error; });
+        }
+        return problem.has_value();
+    }
+    QString description() const { return problem ? problem->localizedDescription() : QString(); }
+
+private:
+    CameraViewController* screen;
+    bool connected = false;
+    std::optional<av::Error> problem;
+};
 
 } // namespace
 
-QString RecordDemo::unusedFileName(const QString& folder) {
+QString RecordDemo::claimNewFile(const QString& folder, QString* problem) {
     const QDir dir(folder);
-    QString path = dir.filePath(QStringLiteral("Tessaro Demo.mov"));
-    for (int n = 2; QFileInfo::exists(path); ++n)
-        path = dir.filePath(QStringLiteral("Tessaro Demo %1.mov").arg(n));
-    return path;
+    if (!QDir().mkpath(folder)) {
+        if (problem)
+            *problem = tr("Cannot create the folder %1.").arg(folder);
+        return {};
+    }
+    for (int n = 1; n < 10000; ++n) {
+        const QString path = dir.filePath(n == 1 ? QStringLiteral("Tessaro Demo.mov")
+                                                 : QStringLiteral("Tessaro Demo %1.mov").arg(n));
+        if (claim(path, problem))
+            return path;
+        if (!QFileInfo::exists(path))
+            return {};
+    }
+    if (problem)
+        *problem = tr("%1 holds too many demo clips already.").arg(folder);
+    return {};
 }
 
 QString RecordDemo::contactSheetPath(const QString& clipPath) {
@@ -175,25 +235,39 @@ QString RecordDemo::contactSheetPath(const QString& clipPath) {
 }
 
 int RecordDemo::run(const Options& options) {
-    // Where the clip goes, settled before anything is recorded.
-    QString output = options.output.isEmpty()
-                         ? unusedFileName(foundation::FileManager::documentsDirectory())
-                         : QFileInfo(options.output).absoluteFilePath();
-    if (QFileInfo::exists(output)) {
-        err() << tr("%1 exists already; choose another --output, or remove it first.").arg(output)
-              << Qt::endl;
+    // Where the clip goes, claimed before anything is recorded.
+    QString problem;
+    QString output;
+    if (options.output.isEmpty()) {
+        output = claimNewFile(foundation::FileManager::documentsDirectory(), &problem);
+    } else {
+        output = QFileInfo(options.output).absoluteFilePath();
+        if (!QDir().mkpath(QFileInfo(output).absolutePath()))
+            problem = tr("Cannot create the folder %1.").arg(QFileInfo(output).absolutePath());
+        else if (!claim(output, &problem))
+            output.clear();
+    }
+    if (output.isEmpty()) {
+        err() << problem << Qt::endl;
         return 2;
     }
-    if (!QDir().mkpath(QFileInfo(output).absolutePath())) {
-        err() << tr("Cannot create the folder %1.").arg(QFileInfo(output).absolutePath())
-              << Qt::endl;
-        return 2;
-    }
+    // Until something is recorded into it, the claimed file goes again on every way out.
+    bool keepOutput = false;
+    const auto releaseOutput = qScopeGuard([&] {
+        if (!keepOutput)
+            QFile::remove(output);
+    });
 
-    // A private settings and documents folder for the run.
+    // A private settings and documents folder for the run. The clip is recorded in a folder
+    // beside the output, on the same file system, so that it can be renamed onto the output at
+    // the start and then grows there: whatever ends the run, the output is a playable movie.
     QTemporaryDir work;
-    if (!work.isValid()) {
-        err() << tr("Cannot create a temporary folder: %1").arg(work.errorString()) << Qt::endl;
+    QTemporaryDir recordingFolder(
+        QFileInfo(output).dir().filePath(QStringLiteral(".tessaro-XXXXXX")));
+    if (!work.isValid() || !recordingFolder.isValid()) {
+        err() << tr("Cannot create a temporary folder: %1")
+                     .arg(work.isValid() ? recordingFolder.errorString() : work.errorString())
+              << Qt::endl;
         return 1;
     }
     qputenv("TESSARO_CONFIG_DIR", QFile::encodeName(work.filePath(QStringLiteral("config"))));
@@ -216,28 +290,40 @@ int RecordDemo::run(const Options& options) {
     const auto frames = [screen] {
         return screen->previewView ? screen->previewView->framesTaken() : quint64(0);
     };
-    if (!waitFor([&] { return screen->videoSession() && frames() > 2; }, secondsForCamera,
-                 window)) {
+    CameraWatch camera(screen);
+    const auto cameraFailed = [&] {
+        err() << tr("The camera failed: %1 Nothing was recorded.").arg(camera.description())
+              << Qt::endl;
+        return 1;
+    };
+    if (!waitFor([&] { return camera.failed() || (screen->videoSession() && frames() > 2); },
+                 secondsForCamera, window)) {
         err() << tr("No picture came from the camera within %1 s; nothing was recorded.")
                      .arg(secondsForCamera)
               << Qt::endl;
-        return 1;
+        return window.isVisible() ? 1 : 130;
     }
+    if (camera.failed())
+        return cameraFailed();
     CKFVideoSession* session = screen->videoSession();
     screen->hdButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
     // The pipeline switches format on the next turn of the event loop; wait for its pictures.
     QCoreApplication::processEvents();
     const quint64 beforeSwitch = frames();
-    if (!waitFor([&] { return frames() > beforeSwitch + 5; }, secondsForCamera, window)) {
+    if (!waitFor([&] { return camera.failed() || frames() > beforeSwitch + 5; }, secondsForCamera,
+                 window) ||
+        camera.failed()) {
+        if (camera.failed())
+            return cameraFailed();
         err() << tr("The camera stopped after the format change; nothing was recorded.")
               << Qt::endl;
-        return 1;
+        return window.isVisible() ? 1 : 130;
     }
 
     ui::Slider* slider = screen->zoomSlider;
     if (options.zoom <= 1.0 || options.zoom > double(slider->maximumValue())) {
-        err() << tr("--zoom %1 is outside what this format zooms sharply: above 1.0 (where the "
-                    "ramp would never end) and at most %2.")
+        err() << tr("--zoom %1 is outside what this format zooms sharply: above 1.0 and at most "
+                    "%2.")
                      .arg(options.zoom)
                      .arg(double(slider->maximumValue()))
               << Qt::endl;
@@ -269,29 +355,56 @@ int RecordDemo::run(const Options& options) {
                  .arg(session->cameraPosition() == CKFSession::CameraPosition::back ? tr("back")
                                                                                     : tr("front"))
           << Qt::endl;
+    qputenv("TESSARO_DOCUMENTS_DIR", QFile::encodeName(recordingFolder.path()));
     screen->cameraButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
+    const av::CaptureMovieFileOutput* movie = session->movieFileOutput();
+    const QString recording = movie->outputFileURL().toLocalFile();
+    // The movie's file, open in the recorder, takes the claimed name at once.
+    const bool intoOutput =
+        !recording.isEmpty() && ::rename(QFile::encodeName(recording).constData(),
+                                         QFile::encodeName(output).constData()) == 0;
+    const QString renameProblem = recording.isEmpty()
+                                      ? tr("the recording did not start.")
+                                      : QString::fromLocal8Bit(std::strerror(errno));
+    recordingFolder.remove();
+    if (!intoOutput) {
+        if (screen->previewView)
+            screen->previewView->setSession(nullptr);
+        err() << tr("The recording could not start in %1: %2")
+                     .arg(output, movie->lastError() ? movie->lastError()->localizedDescription()
+                                                     : renameProblem)
+              << Qt::endl;
+        return 1;
+    }
 
     const bool finished =
-        waitFor([&] { return !clip.isEmpty(); }, options.duration + secondsForFinish, window);
+        waitFor([&] { return !movie->isRecording(); }, options.duration + secondsForFinish, window);
     zoomLog.detach();
-    const av::CaptureMovieFileOutput* movie = session->movieFileOutput();
     if (!finished) {
         const bool interrupted = !window.isVisible();
         // Stopping the session finishes the movie, so whatever was recorded is kept.
         if (screen->previewView)
             screen->previewView->setSession(nullptr);
-        const QString partial = CKFVideoSession::defaultFileURL().toLocalFile();
-        if (QFileInfo::exists(partial) && moveFile(partial, output))
+        keepOutput = movie->framesWritten() > 0;
+        if (keepOutput)
             err() << tr("Stopped before the ramp ended; the clip so far is %1").arg(output)
                   << Qt::endl;
         else
-            err() << tr("The recording did not finish; no clip was written.") << Qt::endl;
+            err() << tr("Stopped before any picture was recorded; no clip was written.")
+                  << Qt::endl;
         return interrupted ? 130 : 1;
     }
-    if (!moveFile(clip.toLocalFile(), output)) {
-        err() << tr("Could not move the clip to %1; it is still at %2.")
-                     .arg(output, clip.toLocalFile())
-              << Qt::endl;
+    keepOutput = movie->framesWritten() > 0;
+    if (clip.isEmpty() || movie->lastError()) {
+        // The recorder knows the clip by the name it was started with, in a folder now gone.
+        const QString reason =
+            movie->lastError()
+                ? movie->lastError()->localizedDescription().replace(recording, output)
+                : tr("The recording did not finish.");
+        if (keepOutput)
+            err() << tr("%1 What was recorded is %2").arg(reason, output) << Qt::endl;
+        else
+            err() << tr("%1 No clip was written.").arg(reason) << Qt::endl;
         return 1;
     }
 
@@ -299,16 +412,17 @@ int RecordDemo::run(const Options& options) {
         zoomLog.between(movie->firstFrameTime(), movie->lastFrameTime());
     const double length =
         av::AssetImageGenerator(QUrl::fromLocalFile(output)).duration().value_or(0.0);
-    const QString sheet = contactSheetPath(output);
-    const bool sheetWritten =
-        !QFileInfo::exists(sheet) && writeContactSheet(output, sheet, length, zooms);
-
     out() << output << Qt::endl;
     out() << tr("  length  %1 s").arg(QString::number(length, 'f', 2)) << Qt::endl;
     out() << tr("  frames  %1 written, %2 dropped")
                  .arg(movie->framesWritten())
                  .arg(movie->framesDropped())
           << Qt::endl;
+    if (GST_CLOCK_TIME_IS_VALID(movie->requestTime()) &&
+        GST_CLOCK_TIME_IS_VALID(movie->firstFrameTime()))
+        out() << tr("  start   first frame taken %1 after the press")
+                     .arg(formatMilliseconds(movie->firstFrameTime() - movie->requestTime()))
+              << Qt::endl;
     out() << tr("  size    %1 MB")
                  .arg(QString::number(double(QFileInfo(output).size()) / 1e6, 'f', 1))
           << Qt::endl;
@@ -316,7 +430,23 @@ int RecordDemo::run(const Options& options) {
         out() << tr("  zoom    %1 on the first frame, %2 on the last")
                      .arg(formatZoom(zooms.front().zoom), formatZoom(zooms.back().zoom))
               << Qt::endl;
-    if (sheetWritten)
+    if (const auto reference =
+            unzoomedPicture(options.camera, QSize(format.width, format.height))) {
+        const av::AssetImageGenerator frames(QUrl::fromLocalFile(output));
+        // The movie's time starts at its first frame; a millisecond in is safely inside a frame.
+        const double lastAt =
+            double(movie->lastFrameTime() - movie->firstFrameTime()) / GST_SECOND + 0.001;
+        const double first =
+            av::PictureZoom::measure(frames.imageAt(0.001, format.width), *reference, options.zoom);
+        const double last = av::PictureZoom::measure(frames.imageAt(lastAt, format.width),
+                                                     *reference, options.zoom);
+        out() << tr("  pixels  %1 on the first frame, %2 on the last")
+                     .arg(formatZoom(first), formatZoom(last))
+              << Qt::endl;
+    }
+    // Written after the clip is complete: a sheet that fails leaves the clip as it is.
+    const QString sheet = contactSheetPath(output);
+    if (!QFileInfo::exists(sheet) && writeContactSheet(output, sheet, length, zooms))
         out() << tr("  sheet   %1").arg(sheet) << Qt::endl;
     else
         err() << tr("The contact sheet could not be written to %1.").arg(sheet) << Qt::endl;

@@ -19,14 +19,21 @@ public:
         int videoMode = 0;
         // Empty: a new "Tessaro Demo" file in the documents folder.
         QString output;
+        // As --camera names it: a picture ("file:PATH") or the virtual camera lets the run tell
+        // the zoom of the first and last frame from their pixels.
+        QString camera;
     };
 
     // Returns the process's exit code: 0 with a clip, 1 when recording failed, 2 for bad options
-    // (nothing recorded), 130 when interrupted (the clip so far is kept).
+    // (nothing recorded), 130 when interrupted (the clip so far is kept). The output is claimed
+    // first and recorded into directly, so a run ended in any way, even killed, leaves either
+    // no file or a playable clip there.
     static int run(const Options& options);
 
-    // "Tessaro Demo.mov", else "Tessaro Demo 2.mov" and so on: never an existing file.
-    static QString unusedFileName(const QString& folder);
+    // Creates "Tessaro Demo.mov", else "Tessaro Demo 2.mov" and so on, empty, in one step per
+    // name (never an existing file, not even one another run creates at the same time). Empty,
+    // with the reason in *problem, when the folder cannot be written.
+    static QString claimNewFile(const QString& folder, QString* problem);
     // "clip.mov" → "clip contact sheet.png", in the same folder.
     static QString contactSheetPath(const QString& clipPath);
 };

@@ -1,10 +1,12 @@
-// Ramp fidelity under load: the real recording screen records a 5 s zoom-out ramp from 3.0 in
-// each video mode from the virtual camera. For every frame in the finished file, the zoom it
-// carries (logged by the zoom stage with the frame's timestamp) is compared with the ideal line
-// from the press; the clip's length is compared with the ramp's; and each zoom write is compared
-// with the moment its tick was due.
+// Ramp fidelity under load: the real recording screen records a zoom-out ramp from 3.0 in each
+// video mode from the virtual camera. For every frame in the finished file, the zoom it carries
+// (logged by the zoom stage with the frame's timestamp) is compared with the ideal line from the
+// press; the clip's length is compared with the ramp's; and each zoom write is compared with the
+// moment its tick was due. Then, in each mode and for each kind of camera (virtual, a picture,
+// a video of that picture), a short ramp: the zoom of the file's first and last frame read from
+// their pixels, and how long after the press the first frame was taken.
 //
-// Usage: bench_ramp [SECONDS]   (default 5)
+// Usage: bench_ramp [SECONDS [SHORT_SECONDS]]   (default 5 and 2)
 
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFSessionDelegate.h"
@@ -13,6 +15,8 @@
 #include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/CaptureMovieFileOutput.h"
 #include "platform/av/CaptureSession.h"
+#include "platform/av/GstHandle.h"
+#include "platform/av/PictureZoom.h"
 #include "platform/av/ZoomFilter.h"
 #include "platform/foundation/Preferences.h"
 #include "platform/ui/Button.h"
@@ -24,6 +28,8 @@
 #include <QApplication>
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
+#include <QPainter>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -70,8 +76,60 @@ bool waitFor(const std::function<bool()>& done, int milliseconds) {
     return true;
 }
 
-void measure(int videoMode, int seconds) {
-    const char* name = CameraViewController::videoFormats[videoMode].title;
+// A camera kind of the short runs: its --camera selection and its picture before the zoom.
+struct Camera {
+    const char* name;
+    QString selection;
+    av::PictureZoom::Reference reference;
+};
+
+// Blocks of every size at random (the same each run): a picture no crop but the right one
+// matches.
+QImage blocksPicture() {
+    QImage picture(1920, 1080, QImage::Format_RGB32);
+    picture.fill(QColor(128, 128, 128));
+    QPainter painter(&picture);
+    QRandomGenerator random(7);
+    for (int i = 0; i < 900; ++i) {
+        const int width = random.bounded(8, 160);
+        const int height = random.bounded(8, 160);
+        const int grey = random.bounded(256);
+        painter.fillRect(random.bounded(1920 - width), random.bounded(1080 - height), width, height,
+                         QColor(grey, grey, grey));
+    }
+    return picture;
+}
+
+// Two seconds of the picture as an H.264 movie, for the video-file camera.
+bool writeVideoOf(const QString& picture, const QString& video) {
+    const QByteArray launch = "filesrc location=\"" + picture.toUtf8() +
+                              "\" ! pngdec ! imagefreeze num-buffers=60 ! videoconvert ! "
+                              "video/x-raw,format=I420,framerate=30/1 ! x264enc ! mp4mux ! "
+                              "filesink location=\"" +
+                              video.toUtf8() + "\"";
+    av::GstHandle<GstElement> writer(gst_parse_launch(launch.constData(), nullptr),
+                                     av::GstRef::adopt);
+    if (!writer)
+        return false;
+    gst_element_set_state(writer.get(), GST_STATE_PLAYING);
+    av::GstHandle<GstBus> bus(gst_element_get_bus(writer.get()), av::GstRef::adopt);
+    av::GstHandle<GstMessage> end(
+        gst_bus_timed_pop_filtered(bus.get(), 60 * GST_SECOND,
+                                   GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)),
+        av::GstRef::adopt);
+    gst_element_set_state(writer.get(), GST_STATE_NULL);
+    return end && GST_MESSAGE_TYPE(end.get()) == GST_MESSAGE_EOS;
+}
+
+// A ramp with the full report (camera null: the virtual camera), or a short one with the zoom
+// of the first and last frame from their pixels and the first frame's age.
+void measure(int videoMode, int seconds, const Camera* camera = nullptr) {
+    const CameraViewController::VideoFormat& format = CameraViewController::videoFormats[videoMode];
+    const QByteArray prefix =
+        QByteArray(format.title) + (camera ? QByteArray("_") + camera->name : QByteArray());
+    const char* name = prefix.constData();
+    av::CaptureDeviceDiscoverySession::setCameraSelection(camera ? camera->selection
+                                                                 : QStringLiteral("virtual"));
     foundation::Preferences& defaults = foundation::Preferences::standard();
     defaults.setFloat(QStringLiteral("zoomDuration"), float(seconds));
     defaults.setInteger(QStringLiteral("zoomMode"), 0);
@@ -124,9 +182,27 @@ void measure(int videoMode, int seconds) {
         return;
     }
 
+    const av::CaptureMovieFileOutput* movie = session->movieFileOutput();
+    if (camera) {
+        const av::AssetImageGenerator frames(clip);
+        // The movie's time starts at its first frame; a millisecond in is inside a frame.
+        const double lastAt =
+            double(movie->lastFrameTime() - movie->firstFrameTime()) / GST_SECOND + 0.001;
+        std::printf("%s_first_zoom_pixels %.3f x\n", name,
+                    av::PictureZoom::measure(frames.imageAt(0.001, format.width), camera->reference,
+                                             startZoom));
+        std::printf("%s_last_zoom_pixels %.3f x\n", name,
+                    av::PictureZoom::measure(frames.imageAt(lastAt, format.width),
+                                             camera->reference, startZoom));
+        std::printf("%s_first_frame_age %.1f ms\n", name,
+                    double(movie->firstFrameTime() - movie->requestTime()) / GST_MSECOND);
+        std::printf("%s_frames_dropped %lld frames\n", name, (long long)movie->framesDropped());
+        std::fflush(stdout);
+        return;
+    }
+
     // Frames in the file against the ideal line: tick n (from 1) writes S - (n - 1) step at
     // n × 10 ms after the press.
-    const av::CaptureMovieFileOutput* movie = session->movieFileOutput();
     const double range = double(startZoom) - 1.0;
     double worst = 0.0;
     qint64 counted = 0;
@@ -168,11 +244,31 @@ void measure(int videoMode, int seconds) {
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
     const int seconds = argc > 1 ? std::max(1, std::min(15, std::atoi(argv[1]))) : 5;
+    const int shortSeconds = argc > 2 ? std::max(1, std::min(15, std::atoi(argv[2]))) : 2;
     QTemporaryDir folder;
     qputenv("TESSARO_CONFIG_DIR", folder.filePath(QStringLiteral("config")).toUtf8());
     qputenv("TESSARO_DOCUMENTS_DIR", folder.filePath(QStringLiteral("documents")).toUtf8());
-    av::CaptureDeviceDiscoverySession::setCameraSelection(QStringLiteral("virtual"));
     for (int mode = 0; mode < 3; ++mode)
         measure(mode, seconds);
+
+    const QImage picture = blocksPicture();
+    const QString picturePath = folder.filePath(QStringLiteral("blocks.png"));
+    const QString videoPath = folder.filePath(QStringLiteral("blocks.mp4"));
+    if (!picture.save(picturePath) || !writeVideoOf(picturePath, videoPath)) {
+        std::printf("camera_files_failed 1 bool\n");
+        return 1;
+    }
+    for (int mode = 0; mode < 3; ++mode) {
+        const CameraViewController::VideoFormat& format = CameraViewController::videoFormats[mode];
+        const QSize size(format.width, format.height);
+        const Camera cameras[] = {
+            {"virtual", QStringLiteral("virtual"), av::PictureZoom::virtualScene()},
+            {"picture", QStringLiteral("file:") + picturePath,
+             av::PictureZoom::still(picture, size)},
+            {"video", QStringLiteral("file:") + videoPath, av::PictureZoom::still(picture, size)},
+        };
+        for (const Camera& camera : cameras)
+            measure(mode, shortSeconds, &camera);
+    }
     return 0;
 }

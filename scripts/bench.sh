@@ -6,7 +6,8 @@ build=${1:-build}
 shopt -s nullglob
 ran=0
 for program in "$build"/bench/bench_*; do
-    [ -x "$program" ] || continue
+    # Only programs: CMake keeps folders such as bench_foundation_autogen beside them.
+    [ -f "$program" ] && [ -x "$program" ] || continue
     echo "# $(basename "$program")"
     QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen} "$program"
     ran=1

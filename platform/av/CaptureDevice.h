@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/av/CaptureDeviceFormat.h"
+#include "platform/av/Error.h"
 #include "platform/av/GstHandle.h"
 #include "platform/av/MediaType.h"
 
@@ -87,6 +88,9 @@ public:
     // For the session: a new source element for this device (floating), and the running
     // elements the settings go to. The zoom stage may be null for a microphone.
     virtual GstElement* createSourceElement() const = 0;
+    // Why the device cannot deliver pictures at all, found without opening it; nullopt when
+    // nothing is known against it.
+    virtual std::optional<Error> sourceProblem() const { return std::nullopt; }
     void attachPipeline(GstElement* source, GstElement* zoomStage);
     void detachPipeline();
 

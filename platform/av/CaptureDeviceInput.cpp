@@ -27,10 +27,8 @@ void checkCanOpen(const CaptureDevice* device) {
         throw Error(Error::Code::deviceDisconnected,
                     tr("The camera “%1” is no longer connected.").arg(name));
     if (auto* file = qobject_cast<const FileCameraDevice*>(device)) {
-        const QFileInfo info(file->path());
-        if (!info.isFile() || !info.isReadable())
-            throw Error(Error::Code::deviceNotFound,
-                        tr("The camera file “%1” cannot be read.").arg(file->path()));
+        if (const std::optional<Error> problem = file->sourceProblem())
+            throw Error(Error::Code::deviceNotFound, problem->localizedDescription());
         return;
     }
     // Only a camera's node is opened here: a microphone's "path" names a sound card, not a file.

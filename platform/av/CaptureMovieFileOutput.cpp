@@ -14,6 +14,8 @@
 #include <QFileInfo>
 #include <QTimer>
 
+#include <gst/video/video.h>
+
 #include <chrono>
 
 // Debug lines only when asked for (QT_LOGGING_RULES="tessaro.av.debug=true").
@@ -24,6 +26,8 @@ namespace {
 
 // How long the end of a recording may take: the encoder's frames in flight and the last header.
 constexpr std::chrono::milliseconds finishTimeout{10000};
+// How long after a stop the frames taken before it may still arrive.
+constexpr std::chrono::milliseconds stopGrace{500};
 
 QString tr(const char* text) {
     return QCoreApplication::translate("av", text);
@@ -32,6 +36,15 @@ QString tr(const char* text) {
 // Drops are logged at the 1st, 2nd, 4th, 8th ... so a slow machine does not flood the log.
 bool isPowerOfTwo(qint64 count) {
     return count > 0 && (count & (count - 1)) == 0;
+}
+
+// Frames the camera never delivered between two captures: a gap of more than one and a half
+// frames counts the frames that fit in it.
+qint64 missingFrames(GstClockTime previous, GstClockTime captured, GstClockTime frame) {
+    if (!GST_CLOCK_TIME_IS_VALID(previous) || !GST_CLOCK_TIME_IS_VALID(frame) || frame == 0 ||
+        captured <= previous || 2 * (captured - previous) <= 3 * frame)
+        return 0;
+    return qint64((captured - previous + frame / 2) / frame) - 1;
 }
 
 // The folder is made if missing; an old file is removed rather than overwritten, so whoever is
@@ -69,7 +82,9 @@ Error errorFrom(GstMessage* message, const QString& path) {
         tr("The recording to “%1” failed: %2").arg(path, QString::fromUtf8(error->message)));
     if (error->domain == GST_RESOURCE_ERROR && error->code == GST_RESOURCE_ERROR_NO_SPACE_LEFT)
         result = Error(Error::Code::diskFull,
-                       tr("The disk is full, so the recording “%1” stopped early.").arg(path));
+                       tr("The disk is full: the recording “%1” stopped; what was recorded so far "
+                          "is kept.")
+                           .arg(path));
     else if (error->domain == GST_RESOURCE_ERROR &&
              (error->code == GST_RESOURCE_ERROR_OPEN_WRITE ||
               error->code == GST_RESOURCE_ERROR_OPEN_READ_WRITE))
@@ -108,9 +123,18 @@ bool CaptureMovieFileOutput::wantsMedia(MediaType) const {
     return true;
 }
 
-void CaptureMovieFileOutput::sessionDidStart(GstCaps* videoCaps, GstCaps* audioCaps) {
+void CaptureMovieFileOutput::sessionDidStart(GstCaps* videoCaps, GstCaps* audioCaps,
+                                             GstElement* pipeline) {
     sessionVideoCaps = GstHandle<GstCaps>(videoCaps, GstRef::add);
     sessionAudioCaps = GstHandle<GstCaps>(audioCaps, GstRef::add);
+    sessionClock =
+        GstHandle<GstClock>(pipeline ? gst_element_get_clock(pipeline) : nullptr, GstRef::adopt);
+    sessionBaseTime = pipeline ? gst_element_get_base_time(pipeline) : GST_CLOCK_TIME_NONE;
+    GstVideoInfo info;
+    frameDuration =
+        videoCaps && gst_video_info_from_caps(&info, videoCaps) && info.fps_n > 0
+            ? gst_util_uint64_scale(GST_SECOND, guint64(info.fps_d), guint64(info.fps_n))
+            : GST_CLOCK_TIME_NONE;
     // Tries the hardware encoders now rather than when the user presses record.
     if (videoCaps && state == State::idle) {
         encoder = MovieWriter::chooseVideoEncoder(videoCaps);
@@ -123,18 +147,32 @@ void CaptureMovieFileOutput::sessionWillStop() {
     finishAndWait();
     sessionVideoCaps.reset();
     sessionAudioCaps.reset();
+    sessionClock.reset();
+    sessionBaseTime = GST_CLOCK_TIME_NONE;
 }
 
-void CaptureMovieFileOutput::startRecordingToOutputFileURL(const QUrl& fileURL,
+GstClockTime CaptureMovieFileOutput::sessionRunningTime() const {
+    if (!sessionClock || !GST_CLOCK_TIME_IS_VALID(sessionBaseTime))
+        return GST_CLOCK_TIME_NONE;
+    const GstClockTime now = gst_clock_get_time(sessionClock.get());
+    return now > sessionBaseTime ? now - sessionBaseTime : 0;
+}
+
+bool CaptureMovieFileOutput::startRecordingToOutputFileURL(const QUrl& fileURL,
                                                            RecordingDelegate* delegate) {
     if (!delegate)
         qFatal("av::CaptureMovieFileOutput: startRecordingToOutputFileURL needs a delegate");
     if (state != State::idle) {
         qCWarning(lcAv).noquote() << "already recording to" << url.toDisplayString()
-                                  << "- ignoring the request for" << fileURL.toDisplayString();
-        return;
+                                  << "- refusing the request for" << fileURL.toDisplayString();
+        return false;
     }
+    // Taken first: the frames the camera delivers from here on were captured after it.
+    requested = sessionRunningTime();
+    finishError.reset();
     auto next = std::make_shared<Clip>(Clip{fileURL, delegate});
+    clip = next;
+    url = fileURL;
     written = 0;
     dropped = 0;
     firstPts = GST_CLOCK_TIME_NONE;
@@ -150,29 +188,49 @@ void CaptureMovieFileOutput::startRecordingToOutputFileURL(const QUrl& fileURL,
             [this](GstMessage* message) { handleWriterMessage(message); });
     } catch (const Error& error) {
         qCWarning(lcAv).noquote() << error.localizedDescription();
+        state = State::finished;
+        finishError = error;
         deliverFinish(next, error);
-        return;
+        return true;
     }
     encoder = writer->encoderName();
-    clip = next;
-    url = fileURL;
     state = State::recording;
     awake = std::make_unique<SleepInhibitor>(tr("Recording a clip"));
     std::lock_guard lock(feedLock);
     feedWriter = writer.get();
     feedClip = clip;
     feedStarted = false;
+    feedRequestTime = requested;
+    feedLastCapture = GST_CLOCK_TIME_NONE;
+    feedStopTime = GST_CLOCK_TIME_NONE;
     feedAudioDropped = 0;
+    return true;
 }
 
 void CaptureMovieFileOutput::stopRecording() {
     if (state != State::recording)
         return;
     state = State::finishing;
-    if (!endWriterStreams()) {
+    // Frames the camera took before the stop are still on their way: the streams end with the
+    // first frame taken after it, so the movie ends where the user (or the ramp) stopped it.
+    const GstClockTime stopTime = sessionRunningTime();
+    bool waiting = false;
+    {
+        std::lock_guard lock(feedLock);
+        waiting = feedWriter && feedStarted && GST_CLOCK_TIME_IS_VALID(stopTime);
+        if (waiting)
+            feedStopTime = stopTime;
+    }
+    if (!waiting && !endWriterStreams()) {
         finish(nothingRecorded());
         return;
     }
+    // A camera that stalls must not keep the movie open.
+    if (waiting)
+        QTimer::singleShot(stopGrace, this, [this, stopped = clip] {
+            if (clip == stopped && state == State::finishing)
+                endWriterStreams();
+        });
     // An encoder that hangs must not leave the recording unfinished forever.
     QTimer::singleShot(finishTimeout, this, [this, stopped = clip] {
         if (clip == stopped && state == State::finishing)
@@ -183,7 +241,7 @@ void CaptureMovieFileOutput::stopRecording() {
 }
 
 void CaptureMovieFileOutput::finishAndWait() {
-    if (state == State::idle)
+    if (state != State::recording && state != State::finishing)
         return;
     state = State::finishing;
     if (!endWriterStreams()) {
@@ -203,18 +261,23 @@ void CaptureMovieFileOutput::finishAndWait() {
 
 bool CaptureMovieFileOutput::endWriterStreams() {
     std::lock_guard lock(feedLock);
-    if (feedWriter) {
-        feedWriter = nullptr;
-        feedClip.reset();
-        if (feedStarted)
-            writer->endOfStream();
-    }
+    endFeed();
     return feedStarted;
+}
+
+void CaptureMovieFileOutput::endFeed() {
+    if (!feedWriter)
+        return;
+    if (feedStarted)
+        feedWriter->endOfStream();
+    feedWriter = nullptr;
+    feedClip.reset();
 }
 
 Error CaptureMovieFileOutput::nothingRecorded() const {
     return Error(Error::Code::recordingFailed,
-                 tr("The recording to “%1” stopped before the camera delivered a picture.")
+                 tr("The recording stopped before any picture was recorded; “%1” was not "
+                    "written.")
                      .arg(url.toLocalFile()));
 }
 
@@ -255,10 +318,10 @@ void CaptureMovieFileOutput::finish(std::optional<Error> error) {
         QFile::remove(path);
     qCDebug(lcAv).noquote() << "recorded" << path << "with" << encoder << ":" << written.load()
                             << "frames," << dropped.load() << "dropped";
-    std::shared_ptr<Clip> ended = std::move(clip);
-    state = State::idle;
+    state = State::finished;
+    finishError = error;
     awake.reset();
-    deliverFinish(ended, error);
+    deliverFinish(clip, error);
 }
 
 void CaptureMovieFileOutput::deliverStart(const std::shared_ptr<Clip>& started) {
@@ -276,6 +339,11 @@ void CaptureMovieFileOutput::deliverFinish(const std::shared_ptr<Clip>& ended,
             if (ended->finished)
                 return;
             ended->finished = true;
+            // Idle first: the delegate may start the next recording from here.
+            if (clip == ended) {
+                clip.reset();
+                state = State::idle;
+            }
             ended->delegate->didFinishRecording(this, ended->url, error);
         },
         Qt::QueuedConnection);
@@ -289,10 +357,35 @@ void CaptureMovieFileOutput::handleSample(MediaType type, GstSample* sample) {
     if (!buffer)
         return;
     if (type == MediaType::audio) {
+        // Sound runs to the end of the last frame.
+        if (GST_CLOCK_TIME_IS_VALID(feedStopTime) &&
+            GST_BUFFER_PTS(buffer) >=
+                feedStopTime + (GST_CLOCK_TIME_IS_VALID(frameDuration) ? frameDuration : 0))
+            return;
         if (!feedWriter->pushAudio(buffer) && isPowerOfTwo(++feedAudioDropped))
             qCWarning(lcAv) << "the recording fell behind:" << feedAudioDropped
                             << "blocks of sound dropped so far";
         return;
+    }
+    const GstClockTime pts = GST_BUFFER_PTS(buffer);
+    const GstClockTime captured =
+        gst_segment_to_running_time(gst_sample_get_segment(sample), GST_FORMAT_TIME, pts);
+    // A frame taken before the request shows the camera as it was before the user pressed.
+    if (GST_CLOCK_TIME_IS_VALID(feedRequestTime) &&
+        (!GST_CLOCK_TIME_IS_VALID(captured) || captured < feedRequestTime))
+        return;
+    // The first frame taken at or after the stop shows the zoom the stop left, and ends the movie.
+    const bool last = GST_CLOCK_TIME_IS_VALID(feedStopTime) && captured >= feedStopTime;
+    pushFrame(buffer, captured);
+    if (last)
+        endFeed();
+}
+
+void CaptureMovieFileOutput::pushFrame(GstBuffer* buffer, GstClockTime captured) {
+    const GstClockTime pts = GST_BUFFER_PTS(buffer);
+    if (GST_CLOCK_TIME_IS_VALID(captured)) {
+        dropped += missingFrames(feedLastCapture, captured, frameDuration);
+        feedLastCapture = captured;
     }
     if (!feedWriter->pushVideo(buffer)) {
         const qint64 count = ++dropped;
@@ -301,9 +394,9 @@ void CaptureMovieFileOutput::handleSample(MediaType type, GstSample* sample) {
         return;
     }
     ++written;
-    lastPts = GST_BUFFER_PTS(buffer);
+    lastPts = pts;
     if (!feedStarted) {
-        firstPts = GST_BUFFER_PTS(buffer);
+        firstPts = pts;
         feedStarted = true;
         // Posted under the lock, so it is queued before any did-finish of the same clip.
         QMetaObject::invokeMethod(

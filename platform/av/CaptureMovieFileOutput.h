@@ -43,47 +43,62 @@ public:
     ~CaptureMovieFileOutput() override;
 
     // Starts recording to a local file, replacing it if it exists and creating its folder if
-    // missing. Ignored while a recording is in progress. The delegate must outlive the
-    // recording's did-finish. Problems (no running session, a file that cannot be written)
-    // arrive as did-finish with an error.
-    void startRecordingToOutputFileURL(const QUrl& url, RecordingDelegate* delegate);
-    // Finishes the movie; did-finish follows once the file is complete. Does nothing when idle.
+    // missing. The movie begins with the first frame captured at or after this call; frames the
+    // camera took earlier are left out. The delegate must outlive the recording's did-finish.
+    // Problems (no running session, a file that cannot be written) arrive as did-finish with an
+    // error. Returns false, touching nothing (no file, no notice), while another recording is
+    // starting, running or finishing: isRecording() tells when a start will be taken.
+    bool startRecordingToOutputFileURL(const QUrl& url, RecordingDelegate* delegate);
+    // Finishes the movie; did-finish follows once the file is complete. Stopped before its first
+    // frame, the recording ends with an error and leaves no file. Does nothing when idle.
     void stopRecording();
 
-    // From the start request until the file is complete.
+    // True from the start request until did-finish has been delivered.
     bool isRecording() const { return state != State::idle; }
     // The file being recorded, empty when idle.
     QUrl outputFileURL() const { return isRecording() ? url : QUrl(); }
-    // For the current or last recording: frames handed to the encoder, and frames left out
-    // because the encoder had fallen a second behind.
+    // For the current or last recording: frames handed to the encoder, and frames missing from
+    // it: those the encoder refused because it had fallen a second behind, and those the camera
+    // never delivered (gaps of more than one and a half frames between capture times).
     qint64 framesWritten() const { return written.load(); }
     qint64 framesDropped() const { return dropped.load(); }
     // The session timestamps of the first and last frame in the current or last recording
     // (GST_CLOCK_TIME_NONE before the first), to match frames against what the session did.
     GstClockTime firstFrameTime() const { return firstPts.load(); }
     GstClockTime lastFrameTime() const { return lastPts.load(); }
+    // The session's running time at the last accepted start request (GST_CLOCK_TIME_NONE
+    // without a running session): the first frame's time is at or after it.
+    GstClockTime requestTime() const { return requested; }
+    // What the last finished recording ended with: nullopt for a complete movie.
+    const std::optional<Error>& lastError() const { return finishError; }
     // The H.264 encoder of the current or last recording ("x264enc", "vah264enc" ...).
     QString encoderName() const { return encoder; }
 
     CaptureConnection* connectionWithMediaType(MediaType type) const override;
     bool wantsMedia(MediaType type) const override;
-    void sessionDidStart(GstCaps* videoCaps, GstCaps* audioCaps) override;
+    void sessionDidStart(GstCaps* videoCaps, GstCaps* audioCaps, GstElement* pipeline) override;
     // Finishes a recording in progress and waits (a few seconds at most) for the file.
     void sessionWillStop() override;
     void handleSample(MediaType type, GstSample* sample) override;
 
 private:
-    enum class State { idle, recording, finishing };
+    // finished: the file is complete and did-finish is on its way.
+    enum class State { idle, recording, finishing, finished };
     struct Clip;
 
     void handleWriterMessage(GstMessage* message);
     // Ends the writer's streams; false when no frame had reached it yet.
     bool endWriterStreams();
+    // Ends the writer's streams and stops feeding it; must be called with feedLock held.
+    void endFeed();
+    // Hands a frame to the writer and counts it; must be called with feedLock held.
+    void pushFrame(GstBuffer* buffer, GstClockTime captured);
     // Ends a recording in progress and blocks until its file is complete (or the wait is over).
     void finishAndWait();
     // Takes the writer from the streaming threads, tears it down and queues did-finish.
     void finish(std::optional<Error> error);
     Error nothingRecorded() const;
+    GstClockTime sessionRunningTime() const;
     void deliverStart(const std::shared_ptr<Clip>& clip);
     void deliverFinish(const std::shared_ptr<Clip>& clip, const std::optional<Error>& error);
 
@@ -91,6 +106,12 @@ private:
     CaptureConnection* audioConnection;
     GstHandle<GstCaps> sessionVideoCaps;
     GstHandle<GstCaps> sessionAudioCaps;
+    // The session's clock and base time, to tell when a request was made in its running time.
+    GstHandle<GstClock> sessionClock;
+    GstClockTime sessionBaseTime = GST_CLOCK_TIME_NONE;
+    GstClockTime frameDuration = GST_CLOCK_TIME_NONE;
+    GstClockTime requested = GST_CLOCK_TIME_NONE;
+    std::optional<Error> finishError;
 
     State state = State::idle;
     QUrl url;
@@ -105,6 +126,9 @@ private:
     MovieWriter* feedWriter = nullptr;
     std::shared_ptr<Clip> feedClip;
     bool feedStarted = false;
+    GstClockTime feedRequestTime = GST_CLOCK_TIME_NONE;
+    GstClockTime feedLastCapture = GST_CLOCK_TIME_NONE;
+    GstClockTime feedStopTime = GST_CLOCK_TIME_NONE;
     qint64 feedAudioDropped = 0;
 
     std::atomic<qint64> written{0};

@@ -23,10 +23,12 @@ public:
     // Whether the output takes this kind of media at all; the session only sends what is wanted.
     virtual bool wantsMedia(MediaType type) const = 0;
 
-    // GUI thread: the session is running with these formats (caps of the samples to come).
-    virtual void sessionDidStart(GstCaps* videoCaps, GstCaps* audioCaps) {
+    // GUI thread: the session is running with these formats (caps of the samples to come);
+    // the samples' times are this pipeline's running time.
+    virtual void sessionDidStart(GstCaps* videoCaps, GstCaps* audioCaps, GstElement* pipeline) {
         Q_UNUSED(videoCaps);
         Q_UNUSED(audioCaps);
+        Q_UNUSED(pipeline);
     }
     // GUI thread: the session is about to stop or to change format; finish what needs finishing.
     virtual void sessionWillStop() {}

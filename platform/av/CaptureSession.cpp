@@ -206,6 +206,10 @@ bool CaptureSession::build(std::optional<Error>* problem) {
                                  .arg(videoDevice->localizedName()));
             return false;
         }
+        if (std::optional<Error> error = videoDevice->sourceProblem()) {
+            *problem = *error;
+            return false;
+        }
         GstElement* source = videoDevice->createSourceElement();
         if (!source) {
             *problem =
@@ -298,7 +302,7 @@ bool CaptureSession::build(std::optional<Error>* problem) {
         return false;
     }
     for (CaptureOutput* output : sessionOutputs)
-        output->sessionDidStart(videoCaps, audioCaps);
+        output->sessionDidStart(videoCaps, audioCaps, pipe.get());
     if (videoCaps)
         gst_caps_unref(videoCaps);
     if (audioCaps)

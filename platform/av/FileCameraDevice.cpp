@@ -1,8 +1,11 @@
 #include "platform/av/FileCameraDevice.h"
 
+#include "platform/av/Gst.h"
 #include "platform/av/VirtualCameraDevice.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
+#include <QImageReader>
 #include <QUrl>
 
 #include <gst/app/gstappsink.h>
@@ -50,6 +53,83 @@ void playAgain(GstElement* player, gpointer) {
     g_free(uri);
 }
 
+QString tr(const char* text) {
+    return QCoreApplication::translate("av", text);
+}
+
+Error unusable(const QString& reason) {
+    return Error(Error::Code::sessionNotRunning, reason);
+}
+
+// The checks that need no decoding: cheap enough for every start of the camera.
+std::optional<Error> headerProblem(const QString& path, bool picture) {
+    const QFileInfo info(path);
+    const QString name = info.fileName();
+    if (!info.exists())
+        return unusable(tr("The camera file “%1” does not exist.").arg(path));
+    if (!info.isFile() || !info.isReadable())
+        return unusable(tr("The camera file “%1” cannot be read.").arg(path));
+    if (info.size() == 0)
+        return unusable(tr("The camera file “%1” is empty.").arg(name));
+    if (!picture)
+        return std::nullopt;
+    QImageReader reader(path);
+    if (!reader.canRead())
+        return unusable(
+            tr("The camera file “%1” is not a picture Tessaro can read (PNG or JPEG).").arg(name));
+    const QSize size = reader.size();
+    if (size.width() > FileCameraDevice::largestPictureSide ||
+        size.height() > FileCameraDevice::largestPictureSide)
+        return unusable(tr("The picture “%1” is %2×%3 pixels; Tessaro takes pictures of at most "
+                           "%4 pixels a side.")
+                            .arg(name)
+                            .arg(size.width())
+                            .arg(size.height())
+                            .arg(FileCameraDevice::largestPictureSide));
+    return std::nullopt;
+}
+
+// Decodes the first picture, as the camera would; a machine too busy to do it within the patience
+// is given the benefit of the doubt (the camera then reports what it finds).
+std::optional<Error> videoProblem(const QString& path, std::chrono::milliseconds patience) {
+    Gst::ensureInitialized();
+    const QString name = QFileInfo(path).fileName();
+    GstHandle<GstElement> player(gst_element_factory_make("playbin", nullptr), GstRef::adopt);
+    GstElement* sink = gst_element_factory_make("appsink", nullptr);
+    if (!player || !sink)
+        return std::nullopt;
+    g_object_set(sink, "sync", FALSE, nullptr);
+    const QByteArray uri = QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()).toEncoded();
+    constexpr guint videoOnly = 1;
+    g_object_set(player.get(), "uri", uri.constData(), "video-sink", sink, "audio-sink",
+                 gst_element_factory_make("fakesink", nullptr), "flags", videoOnly, nullptr);
+    GstHandle<GstBus> bus(gst_element_get_bus(player.get()), GstRef::adopt);
+    gst_element_set_state(player.get(), GST_STATE_PAUSED);
+    // Prerolled (a first picture, or the end without one), failed, or no answer in time.
+    GstHandle<GstMessage> answer(
+        gst_bus_timed_pop_filtered(bus.get(), GstClockTime(patience.count()) * GST_MSECOND,
+                                   GstMessageType(GST_MESSAGE_ERROR | GST_MESSAGE_ASYNC_DONE)),
+        GstRef::adopt);
+    std::optional<Error> problem;
+    if (answer && GST_MESSAGE_TYPE(answer.get()) == GST_MESSAGE_ERROR) {
+        GError* error = nullptr;
+        gst_message_parse_error(answer.get(), &error, nullptr);
+        problem = unusable(tr("The camera file “%1” is not a picture or a video Tessaro can "
+                              "play, or it is damaged (%2).")
+                               .arg(name, QString::fromUtf8(error->message)));
+        g_error_free(error);
+    } else if (answer) {
+        GstHandle<GstSample> first(gst_app_sink_try_pull_preroll(GST_APP_SINK(sink), 0),
+                                   GstRef::adopt);
+        if (!first)
+            problem = unusable(
+                tr("The video “%1” holds no picture Tessaro can show; it may be cut short.")
+                    .arg(name));
+    }
+    gst_element_set_state(player.get(), GST_STATE_NULL);
+    return problem;
+}
+
 GstElement* make(const char* factory, const char* name) {
     GstElement* element = gst_element_factory_make(factory, name);
     if (!element)
@@ -71,6 +151,24 @@ bool FileCameraDevice::isStillPicture() const {
     const QString suffix = QFileInfo(filePath).suffix().toLower();
     return suffix == QStringLiteral("png") || suffix == QStringLiteral("jpg") ||
            suffix == QStringLiteral("jpeg");
+}
+
+std::optional<Error> FileCameraDevice::sourceProblem() const {
+    return headerProblem(filePath, isStillPicture());
+}
+
+std::optional<Error> FileCameraDevice::problemWith(const QString& path,
+                                                   std::chrono::milliseconds patience) {
+    const FileCameraDevice camera(path);
+    if (std::optional<Error> problem = camera.sourceProblem())
+        return problem;
+    if (!camera.isStillPicture())
+        return videoProblem(path, patience);
+    QImageReader reader(path);
+    if (reader.read().isNull())
+        return unusable(tr("The picture “%1” cannot be decoded; it may be cut short (%2).")
+                            .arg(QFileInfo(path).fileName(), reader.errorString()));
+    return std::nullopt;
 }
 
 GstElement* FileCameraDevice::createSourceElement() const {

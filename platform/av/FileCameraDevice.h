@@ -2,6 +2,8 @@
 
 #include "platform/av/CaptureDevice.h"
 
+#include <chrono>
+
 namespace av {
 
 // A picture (PNG or JPEG) or a video file shown as a live back camera, for demos and tests
@@ -24,6 +26,17 @@ public:
     const QString& path() const { return filePath; }
     bool isStillPicture() const;
     GstElement* createSourceElement() const override;
+    // What the header says against the file (missing, empty, not a picture, too large).
+    std::optional<Error> sourceProblem() const override;
+
+    // Larger pictures are refused before they are decoded.
+    static constexpr int largestPictureSide = 16384;
+    // Why the file cannot serve as a camera, in words; nullopt when it can. Beyond the header it
+    // decodes a picture whole and a video's first picture, so a file cut short is caught before
+    // the camera starts. A video the machine cannot decode within the patience (a fraction of a
+    // second normally) is given the benefit of the doubt.
+    static std::optional<Error>
+    problemWith(const QString& path, std::chrono::milliseconds patience = std::chrono::seconds(3));
 
 private:
     GstElement* createPictureSource() const;

@@ -118,6 +118,8 @@ void Application::watchTerminationSignals() {
     action.sa_flags = SA_RESTART;
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    // A closed terminal: the same orderly end.
+    sigaction(SIGHUP, &action, nullptr);
 }
 
 } // namespace ui

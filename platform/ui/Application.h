@@ -35,7 +35,8 @@ public:
     int run(std::unique_ptr<ApplicationDelegate> delegate, const QVariantMap& launchOptions = {});
 
     quint64 supportedInterfaceOrientations(Window* window);
-    // From here on Ctrl-C and SIGTERM close every window and quit; run() does this itself.
+    // From here on Ctrl-C, SIGTERM and SIGHUP close every window and quit; run() does this
+    // itself.
     void watchTerminationSignals();
 
 private:

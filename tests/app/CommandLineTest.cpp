@@ -1,4 +1,12 @@
+#include "app/RecordDemo.h"
 #include "platform/av/Gst.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QThread>
 
 #include <QImage>
 #include <QProcess>
@@ -7,6 +15,10 @@
 #include <QUrl>
 #include <gst/pbutils/pbutils.h>
 #include <gtest/gtest.h>
+
+#include <csignal>
+#include <optional>
+#include <utility>
 
 namespace {
 
@@ -107,6 +119,18 @@ Movie inspectMovie(const QString& path) {
     return movie;
 }
 
+// The zooms of a "  NAME  3.000× on the first frame, 1.000× on the last" line.
+std::optional<std::pair<double, double>> firstAndLastZoom(const QString& out, const char* name) {
+    const QRegularExpression line(QStringLiteral("^  %1 +([0-9.]+)× on the first frame, ([0-9.]+)× "
+                                                 "on the last$")
+                                      .arg(QLatin1String(name)),
+                                  QRegularExpression::MultilineOption);
+    const QRegularExpressionMatch match = line.match(out);
+    if (!match.hasMatch())
+        return std::nullopt;
+    return std::make_pair(match.captured(1).toDouble(), match.captured(2).toDouble());
+}
+
 TEST(CommandLine, recordMakesAClipOfTheRampsLengthWithASheetBesideIt) {
     QTemporaryDir folder;
     // A missing folder is created; the decimal comma reads like a point.
@@ -117,8 +141,17 @@ TEST(CommandLine, recordMakesAClipOfTheRampsLengthWithASheetBesideIt) {
                     QStringLiteral("virtual"), QStringLiteral("--output"), clip});
     ASSERT_EQ(result.exitCode, 0) << result.out.toStdString();
     EXPECT_TRUE(result.out.contains(clip)) << result.out.toStdString();
-    EXPECT_TRUE(result.out.contains(QStringLiteral("3.000× on the first frame")))
-        << result.out.toStdString();
+    // The first frame is the first taken after the press, the last the first after the ramp's
+    // end, so each is at most one frame of the ramp (a thirtieth of 2.0 a second) off its end;
+    // the pixels are read to a few thousandths.
+    const double frameOfRamp = 2.0 / 2 / 30 + 0.005;
+    for (const char* line : {"zoom", "pixels"}) {
+        SCOPED_TRACE(line);
+        const std::optional<std::pair<double, double>> zooms = firstAndLastZoom(result.out, line);
+        ASSERT_TRUE(zooms) << result.out.toStdString();
+        EXPECT_NEAR(zooms->first, 3.0, frameOfRamp);
+        EXPECT_NEAR(zooms->second, 1.0, frameOfRamp);
+    }
 
     const Movie movie = inspectMovie(clip);
     EXPECT_TRUE(movie.streams.contains(QStringLiteral("video/x-h264")))
@@ -135,15 +168,87 @@ TEST(CommandLine, recordMakesAClipOfTheRampsLengthWithASheetBesideIt) {
                                      QStringLiteral("virtual"), QStringLiteral("--output"), clip});
     EXPECT_EQ(again.exitCode, 2);
     EXPECT_TRUE(again.out.contains(QStringLiteral("exists"))) << again.out.toStdString();
-    for (const QStringList& bad : {QStringList{QStringLiteral("--duration"), QStringLiteral("16")},
-                                   QStringList{QStringLiteral("--duration"), QStringLiteral("2.5")},
-                                   QStringList{QStringLiteral("--zoom"), QStringLiteral("1")},
-                                   QStringList{QStringLiteral("--zoom"), QStringLiteral("many")},
-                                   QStringList{QStringLiteral("--format"), QStringLiteral("8k")}}) {
-        const Result refused = runTessaro(QStringList{QStringLiteral("record")} + bad);
-        EXPECT_EQ(refused.exitCode, 2) << bad.join(' ').toStdString();
-        EXPECT_TRUE(refused.out.contains(bad.first())) << refused.out.toStdString();
+    const QString empty = folder.filePath(QStringLiteral("empty.png"));
+    QFile(empty).open(QIODevice::WriteOnly);
+    const QString refusedClip = folder.filePath(QStringLiteral("refused.mov"));
+    const struct {
+        QStringList arguments;
+        const char* says;
+    } bad[] = {
+        {{QStringLiteral("--duration"), QStringLiteral("16")}, "--duration"},
+        {{QStringLiteral("--duration"), QStringLiteral("2.5")}, "--duration"},
+        {{QStringLiteral("--zoom"), QStringLiteral("1")}, "--zoom"},
+        {{QStringLiteral("--zoom"), QStringLiteral("many")}, "--zoom"},
+        {{QStringLiteral("--format"), QStringLiteral("8k")}, "--format"},
+        // The highest zoom depends on the format, however the options are ordered.
+        {{QStringLiteral("--zoom"), QStringLiteral("10")}, "at most 4 at HD"},
+        {{QStringLiteral("--zoom"), QStringLiteral("9"), QStringLiteral("--format"),
+          QStringLiteral("4k")},
+         "at most 8 at 4K"},
+        {{QStringLiteral("--camera"), QStringLiteral("file:") + empty}, "is empty"},
+    };
+    for (const auto& row : bad) {
+        SCOPED_TRACE(row.arguments.join(' ').toStdString());
+        const Result refused = runTessaro(QStringList{QStringLiteral("record")} + row.arguments +
+                                          QStringList{QStringLiteral("--output"), refusedClip});
+        EXPECT_EQ(refused.exitCode, 2);
+        EXPECT_TRUE(refused.out.contains(QString::fromUtf8(row.says))) << refused.out.toStdString();
+        EXPECT_FALSE(QFile::exists(refusedClip));
     }
+}
+
+// Killed outright or by a closed terminal mid-ramp, the run leaves a playable clip at the
+// output and nothing else beside it.
+TEST(CommandLine, recordLeavesAPlayableClipWhateverEndsIt) {
+    for (const int signal : {SIGKILL, SIGHUP}) {
+        SCOPED_TRACE(signal);
+        QTemporaryDir folder;
+        const QString clip = folder.filePath(QStringLiteral("clip.mov"));
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("TESSARO_CONFIG_DIR"), folder.path());
+        process.setProcessEnvironment(environment);
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        process.start(QStringLiteral(TESSARO_BINARY),
+                      {QStringLiteral("record"), QStringLiteral("--duration"), QStringLiteral("10"),
+                       QStringLiteral("--camera"), QStringLiteral("virtual"),
+                       QStringLiteral("--output"), clip});
+        // Pictures are going in once the file outgrows the header space saved at its front.
+        QDeadlineTimer deadline(30000);
+        while (QFileInfo(clip).size() < 2'000'000 && !deadline.hasExpired() &&
+               process.state() != QProcess::NotRunning)
+            QThread::msleep(50);
+        ASSERT_GE(QFileInfo(clip).size(), 2'000'000) << process.readAll().toStdString();
+        // The header is rewritten every second.
+        QThread::msleep(1500);
+        ::kill(pid_t(process.processId()), signal);
+        ASSERT_TRUE(process.waitForFinished(30000));
+        const QString out = QString::fromUtf8(process.readAll());
+        if (signal == SIGHUP) {
+            EXPECT_EQ(process.exitCode(), 130) << out.toStdString();
+            EXPECT_TRUE(out.contains(clip)) << out.toStdString();
+        }
+        const Movie movie = inspectMovie(clip);
+        EXPECT_TRUE(movie.streams.contains(QStringLiteral("video/x-h264")))
+            << movie.streams.join(' ').toStdString();
+        EXPECT_GE(movie.videoSeconds, 1.0);
+        EXPECT_EQ(
+            QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+            QStringList{QStringLiteral("clip.mov")});
+    }
+}
+
+// Each run claims its own name in one step, so two at once never share a clip.
+TEST(CommandLine, theDefaultOutputIsANewNameForEachRun) {
+    QTemporaryDir folder;
+    QString problem;
+    const QString first = RecordDemo::claimNewFile(folder.path(), &problem);
+    const QString second = RecordDemo::claimNewFile(folder.path(), &problem);
+    EXPECT_EQ(QFileInfo(first).fileName(), QStringLiteral("Tessaro Demo.mov"));
+    EXPECT_EQ(QFileInfo(second).fileName(), QStringLiteral("Tessaro Demo 2.mov"));
+    EXPECT_TRUE(QFile::exists(first) && QFile::exists(second));
+    EXPECT_TRUE(RecordDemo::claimNewFile(folder.filePath(QStringLiteral("a/b")), &problem)
+                    .endsWith(QStringLiteral("a/b/Tessaro Demo.mov")));
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QThread>
 
@@ -16,10 +17,14 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <functional>
 #include <mutex>
 #include <thread>
+
+#include <sys/mount.h>
 
 namespace {
 
@@ -62,14 +67,20 @@ public:
         GstClockTime soundEnd = GST_CLOCK_TIME_NONE;
     };
 
-    FakeSession(CaptureMovieFileOutput* output, int width, int height, bool withAudio)
+    // Frames reach the output delayMilliseconds after they were taken, as through a camera's
+    // converters. The pattern "snow" gives pictures that hardly compress.
+    FakeSession(CaptureMovieFileOutput* output, int width, int height, bool withAudio,
+                int delayMilliseconds = 0, const char* pattern = "ball")
         : output(output) {
         const QString description =
-            QStringLiteral("videotestsrc is-live=true pattern=ball ! "
+            QStringLiteral("videotestsrc is-live=true pattern=%4 ! "
                            "video/x-raw,format=I420,width=%1,height=%2,framerate=30/1,"
-                           "pixel-aspect-ratio=1/1 ! appsink name=video sync=false")
+                           "pixel-aspect-ratio=1/1 ! queue max-size-buffers=0 max-size-bytes=0 "
+                           "max-size-time=0 min-threshold-time=%3 ! appsink name=video sync=false")
                 .arg(width)
-                .arg(height) +
+                .arg(height)
+                .arg(qint64(delayMilliseconds) * GST_MSECOND)
+                .arg(QString::fromLatin1(pattern)) +
             (withAudio ? QStringLiteral(" audiotestsrc is-live=true ! audio/x-raw,rate=48000,"
                                         "channels=2,format=S16LE,layout=interleaved ! "
                                         "appsink name=audio sync=false")
@@ -88,7 +99,13 @@ public:
         gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
         ASSERT_TRUE(
             waitUntil([this] { return caps(videoSink) && (!audioSink || caps(audioSink)); }));
-        output->sessionDidStart(caps(videoSink).get(), audioSink ? caps(audioSink).get() : nullptr);
+        output->sessionDidStart(caps(videoSink).get(), audioSink ? caps(audioSink).get() : nullptr,
+                                pipeline.get());
+    }
+
+    GstClockTime runningTime() const {
+        GstHandle<GstClock> clock(gst_element_get_clock(pipeline.get()), GstRef::adopt);
+        return gst_clock_get_time(clock.get()) - gst_element_get_base_time(pipeline.get());
     }
 
     Fed fed() const {
@@ -315,10 +332,11 @@ protected:
 
     QUrl fileURL(const QString& name) const { return QUrl::fromLocalFile(folder.filePath(name)); }
 
-    void start(const QUrl& url, Delegate& delegate) {
+    bool start(const QUrl& url, Delegate& delegate) {
         delegate.insideCall = true;
-        output.startRecordingToOutputFileURL(url, &delegate);
+        const bool taken = output.startRecordingToOutputFileURL(url, &delegate);
         delegate.insideCall = false;
+        return taken;
     }
 
     void stop(Delegate& delegate) {
@@ -402,12 +420,14 @@ TEST_F(CaptureMovieFileOutputTest, StartsAndStopsOnlyWhenItMay) {
     session.feeding = false;
     Delegate empty;
     const QUrl emptyURL = fileURL(QStringLiteral("empty.mov"));
-    start(emptyURL, empty);
+    EXPECT_TRUE(start(emptyURL, empty));
     stop(empty);
     ASSERT_TRUE(waitUntil([&] { return empty.finishes == 1; }));
     EXPECT_EQ(empty.starts, 0);
     ASSERT_TRUE(empty.error);
     EXPECT_EQ(empty.error->code(), Error::Code::recordingFailed);
+    EXPECT_TRUE(empty.error->localizedDescription().contains(QStringLiteral("before any picture")))
+        << empty.error->localizedDescription().toStdString();
     EXPECT_FALSE(empty.synchronous);
     EXPECT_FALSE(QFile::exists(emptyURL.toLocalFile()));
     EXPECT_FALSE(output.isRecording());
@@ -416,12 +436,13 @@ TEST_F(CaptureMovieFileOutputTest, StartsAndStopsOnlyWhenItMay) {
     Delegate second;
     const QUrl url = fileURL(QStringLiteral("first.mov"));
     const QUrl other = fileURL(QStringLiteral("second.mov"));
-    start(url, first);
+    EXPECT_TRUE(start(url, first));
     EXPECT_TRUE(output.isRecording());
-    start(other, second);
+    // Refused while starting and while running, before anything changes.
+    EXPECT_FALSE(start(other, second));
     session.feeding = true;
     ASSERT_TRUE(waitUntil([&] { return first.starts == 1; }));
-    start(other, second);
+    EXPECT_FALSE(start(other, second));
     EXPECT_EQ(output.outputFileURL(), url);
     spin(300);
     stop(first);
@@ -434,6 +455,68 @@ TEST_F(CaptureMovieFileOutputTest, StartsAndStopsOnlyWhenItMay) {
     EXPECT_EQ(second.starts + second.finishes, 0);
     EXPECT_FALSE(QFile::exists(other.toLocalFile()));
     EXPECT_TRUE(discover(url.toLocalFile()).readable);
+}
+
+// Frames arrive a tenth of a second after they were taken: the movie still starts with the first
+// frame taken at or after the start and ends with the first taken at or after the stop; frames
+// the camera never delivered count as dropped.
+TEST_F(CaptureMovieFileOutputTest, KeepsToTheFramesTakenBetweenStartAndStop) {
+    FakeSession session(&output, 640, 360, false, 100);
+    session.start();
+    spin(300);
+    const GstClockTime frame = GST_SECOND / 30;
+    Delegate delegate;
+    const QUrl url = fileURL(QStringLiteral("timed.mov"));
+    const GstClockTime before = session.runningTime();
+    ASSERT_TRUE(start(url, delegate));
+    const GstClockTime after = session.runningTime();
+    ASSERT_TRUE(waitUntil([&] { return delegate.starts == 1; }));
+    EXPECT_GE(output.requestTime(), before);
+    EXPECT_LE(output.requestTime(), after);
+    EXPECT_GE(output.firstFrameTime(), output.requestTime());
+    EXPECT_LE(output.firstFrameTime(), after + frame);
+
+    spin(500);
+    // A camera that delivers nothing for about ten frames.
+    session.feeding = false;
+    spin(330);
+    session.feeding = true;
+    spin(500);
+    const GstClockTime stopped = session.runningTime();
+    stop(delegate);
+    ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }));
+    ASSERT_FALSE(delegate.error);
+    EXPECT_GE(output.lastFrameTime(), stopped);
+    EXPECT_LE(output.lastFrameTime(), session.runningTime());
+    EXPECT_NEAR(double(output.framesDropped()), 10.0, 2.0);
+    const qint64 span = qint64((output.lastFrameTime() - output.firstFrameTime()) / frame) + 1;
+    EXPECT_EQ(output.framesWritten() + output.framesDropped(), span);
+}
+
+// A full disk stops the recording at once, says so, and keeps what was written playable. Needs
+// root to mount a small file system; skipped elsewhere.
+TEST_F(CaptureMovieFileOutputTest, AFullDiskEndsTheRecordingAndKeepsWhatWasWritten) {
+    const QString small = folder.filePath(QStringLiteral("small"));
+    ASSERT_TRUE(QDir().mkpath(small));
+    if (::mount("tmpfs", small.toLocal8Bit().constData(), "tmpfs", 0, "size=2m") != 0)
+        GTEST_SKIP() << "cannot mount a small file system here: " << std::strerror(errno);
+    const auto unmount =
+        qScopeGuard([&] { ::umount2(small.toLocal8Bit().constData(), MNT_DETACH); });
+    FakeSession session(&output, 640, 360, true, 0, "snow");
+    session.start();
+    Delegate delegate;
+    const QUrl url = QUrl::fromLocalFile(small + QStringLiteral("/full.mov"));
+    ASSERT_TRUE(start(url, delegate));
+    ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }, 30000));
+    ASSERT_TRUE(delegate.error);
+    EXPECT_EQ(delegate.error->code(), Error::Code::diskFull);
+    EXPECT_TRUE(delegate.error->localizedDescription().contains(QStringLiteral("disk is full")))
+        << delegate.error->localizedDescription().toStdString();
+    EXPECT_FALSE(output.isRecording());
+    const Movie movie = discover(url.toLocalFile());
+    ASSERT_TRUE(movie.readable);
+    EXPECT_GT(movie.seconds, 0.5);
+    EXPECT_GT(decodedFrames(url.toLocalFile()), 15);
 }
 
 TEST_F(CaptureMovieFileOutputTest, WritesTheConnectionsOrientationAsRotation) {
@@ -512,11 +595,13 @@ TEST_F(CaptureMovieFileOutputTest, SessionWillStopCompletesTheFileBeforeReturnin
     spin(800);
     output.sessionWillStop();
 
-    EXPECT_FALSE(output.isRecording());
     const Movie movie = discover(url.toLocalFile());
     EXPECT_TRUE(movie.readable);
     expectDurationOfWhatWasFed(movie, session.fed());
+    // Recording until the delegate has heard that it is over.
+    EXPECT_TRUE(output.isRecording());
     ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }));
+    EXPECT_FALSE(output.isRecording());
     EXPECT_FALSE(delegate.error);
 }
 

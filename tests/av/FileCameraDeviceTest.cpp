@@ -5,8 +5,10 @@
 #include "platform/av/Gst.h"
 
 #include <QFile>
+#include <QImage>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QtEndian>
 
 #include <gst/video/video.h>
 #include <gtest/gtest.h>
@@ -93,6 +95,97 @@ TEST(FileCameraDevice, aFileThatIsNoVideoStopsTheSessionWithAnError) {
     session.startRunning();
     ASSERT_TRUE(QTest::qWaitFor([&] { return reported.has_value(); }, 10000));
     EXPECT_FALSE(session.isRunning());
+}
+
+QString writeFile(const QTemporaryDir& folder, const QString& name, const QByteArray& bytes) {
+    const QString path = folder.filePath(name);
+    QFile file(path);
+    file.open(QIODevice::WriteOnly);
+    file.write(bytes);
+    return path;
+}
+
+// The PNG chunk checksum (CRC-32, bit by bit: a few bytes only).
+quint32 crc32(const QByteArray& bytes) {
+    quint32 crc = 0xffffffffu;
+    for (const char byte : bytes) {
+        crc ^= quint8(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc >> 1) ^ (0xedb88320u & (0u - (crc & 1u)));
+    }
+    return ~crc;
+}
+
+QByteArray pngChunk(const char* type, const QByteArray& data) {
+    QByteArray chunk(4, '\0');
+    qToBigEndian(quint32(data.size()), chunk.data());
+    chunk += QByteArray(type, 4) + data;
+    QByteArray crc(4, '\0');
+    qToBigEndian(crc32(chunk.mid(4)), crc.data());
+    return chunk + crc;
+}
+
+// A PNG whose header claims a picture of this size; its pixels are missing.
+QByteArray pngHeader(quint32 width, quint32 height) {
+    QByteArray header(13, '\0');
+    qToBigEndian(width, header.data());
+    qToBigEndian(height, header.data() + 4);
+    header[8] = 8; // bits per sample
+    header[9] = 2; // RGB
+    return QByteArray("\x89PNG\r\n\x1a\n", 8) + pngChunk("IHDR", header) + pngChunk("IDAT", {}) +
+           pngChunk("IEND", {});
+}
+
+// Each file that cannot be a camera is refused before the camera starts, with its reason;
+// those the header gives away cannot even be opened, so they are never decoded.
+TEST(FileCameraDevice, aFileThatCannotBeACameraIsRefusedWithItsReason) {
+    QTemporaryDir folder;
+    QImage picture(640, 360, QImage::Format_RGB32);
+    picture.fill(Qt::darkCyan);
+    const QString whole = folder.filePath(QStringLiteral("whole.png"));
+    ASSERT_TRUE(picture.save(whole));
+    QFile wholeFile(whole);
+    ASSERT_TRUE(wholeFile.open(QIODevice::ReadOnly));
+    const QByteArray png = wholeFile.readAll();
+    // A video cut short is left out: decodebin sometimes swallows the demuxer's error, and the
+    // check then gives it the benefit of the doubt.
+    QFile clip(makeClip(folder));
+    const struct {
+        QString path;
+        const char* reason;
+        bool byHeader;
+    } rows[] = {
+        {folder.filePath(QStringLiteral("missing.png")), "does not exist", true},
+        {writeFile(folder, QStringLiteral("empty.png"), {}), "is empty", true},
+        {writeFile(folder, QStringLiteral("empty.mp4"), {}), "is empty", true},
+        {writeFile(folder, QStringLiteral("text.png"), "a letter"), "not a picture", true},
+        {writeFile(folder, QStringLiteral("huge.png"), pngHeader(30000, 30000)), "30000×30000",
+         true},
+        {writeFile(folder, QStringLiteral("cut.png"), png.left(png.size() / 2)), "cut short",
+         false},
+        {writeFile(folder, QStringLiteral("text.mp4"), "a letter"), "not a picture or a video",
+         false},
+    };
+    EXPECT_FALSE(FileCameraDevice::problemWith(whole));
+    EXPECT_FALSE(FileCameraDevice::problemWith(clip.fileName(), std::chrono::seconds(30)));
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.path.toStdString());
+        // Patient, for a loaded machine.
+        const std::optional<Error> problem =
+            FileCameraDevice::problemWith(row.path, std::chrono::seconds(30));
+        ASSERT_TRUE(problem);
+        EXPECT_TRUE(problem->localizedDescription().contains(QString::fromUtf8(row.reason)))
+            << problem->localizedDescription().toStdString();
+        if (!row.byHeader)
+            continue;
+        FileCameraDevice camera(row.path);
+        try {
+            delete new CaptureDeviceInput(&camera);
+            ADD_FAILURE() << "the camera was opened";
+        } catch (const Error& refused) {
+            EXPECT_EQ(refused.localizedDescription(), problem->localizedDescription());
+        }
+    }
 }
 
 } // namespace
