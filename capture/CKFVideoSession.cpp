@@ -126,6 +126,7 @@ bool CKFVideoSession::record(const std::optional<QUrl>& url, RecordCallback onRe
     if (isRecording())
         return false;
     recording = true;
+    started = false;
     recordCallback = std::move(onRecorded);
     errorCallback = std::move(onError);
     QUrl target;
@@ -152,11 +153,17 @@ void CKFVideoSession::stopRecording() {
         movieOutput->stopRecording();
 }
 
-void CKFVideoSession::didStartRecording(av::CaptureMovieFileOutput*, const QUrl&) {}
+void CKFVideoSession::didStartRecording(av::CaptureMovieFileOutput*, const QUrl&) {
+    if (!recording)
+        return;
+    started = true;
+    emit recordingStarted();
+}
 
 void CKFVideoSession::didFinishRecording(av::CaptureMovieFileOutput*, const QUrl& fileURL,
                                          const std::optional<av::Error>& error) {
     recording = false;
+    started = false;
     // Taken out first: a callback may start the next recording.
     RecordCallback onRecorded = std::exchange(recordCallback, [](const QUrl&) {});
     ErrorCallback onError = std::exchange(errorCallback, [](const std::exception&) {});

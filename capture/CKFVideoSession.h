@@ -26,6 +26,8 @@ public:
     // frame stops the recording instead of starting another; also while the movie output
     // records for anyone else.
     bool isRecording() const { return recording || movieOutput->isRecording(); }
+    // The requested recording holds its first frame.
+    bool hasRecordingStarted() const { return started; }
 
     CameraPosition cameraPosition() const { return position; }
     void setCameraPosition(CameraPosition value);
@@ -56,6 +58,10 @@ public:
     void didFinishRecording(av::CaptureMovieFileOutput* output, const QUrl& fileURL,
                             const std::optional<av::Error>& error) override;
 
+signals:
+    // The first frame of the requested recording is in the movie.
+    void recordingStarted();
+
 private:
     void swapCameraInput();
     // Changes the camera under its configuration lock; no camera, or a lock that fails (the
@@ -64,6 +70,7 @@ private:
 
     // A record request whose callbacks have not run yet.
     bool recording = false;
+    bool started = false;
     CameraPosition position = CameraPosition::back;
     av::CaptureDeviceInput* cameraInput = nullptr;
     FlashMode flash = FlashMode::off;

@@ -609,21 +609,39 @@ void CameraViewController::startZoomRamp() {
     auto* timer = new QTimer(this);
     timer->setTimerType(Qt::PreciseTimer);
     timer->setInterval(int(rampInterval * 1000));
+    state->timer = timer;
+    ramp = state;
+    if (CKFVideoSession* session = videoSession())
+        session->setZoom(double(state->current));
+    // The ramp's clock starts with the clip's first frame, so that frame shows the start zoom
+    // however long the camera takes to deliver it; without a take waiting for its first frame
+    // it starts at once.
+    if (CKFVideoSession* session = videoSession();
+        session && session->isRecording() && !session->hasRecordingStarted())
+        connect(
+            session, &CKFVideoSession::recordingStarted, timer,
+            [this, state] { beginTicking(state); }, Qt::SingleShotConnection);
+    else
+        beginTicking(state);
+}
+
+void CameraViewController::beginTicking(const std::shared_ptr<RampState>& state) {
+    if (!state->timer)
+        return;
     // The callback holds the state; the screen owns the timer, so neither outlives the other.
     // A timer that fires late (a busy GUI thread) runs the ticks it missed, so the ramp keeps
     // to the clock and ends on time instead of stretching.
     QElapsedTimer clock;
     clock.start();
-    connect(timer, &QTimer::timeout, this, [this, state, clock, ticksRun = qint64(0)]() mutable {
-        const qint64 due = std::max(ticksRun + 1, clock.nsecsElapsed() / tickNanoseconds);
-        while (state->timer && ticksRun < due) {
-            zoomRampTick(state);
-            ++ticksRun;
-        }
-    });
-    state->timer = timer;
-    ramp = state;
-    timer->start();
+    connect(state->timer, &QTimer::timeout, this,
+            [this, state, clock, ticksRun = qint64(0)]() mutable {
+                const qint64 due = std::max(ticksRun + 1, clock.nsecsElapsed() / tickNanoseconds);
+                while (state->timer && ticksRun < due) {
+                    zoomRampTick(state);
+                    ++ticksRun;
+                }
+            });
+    state->timer->start();
 }
 
 void CameraViewController::zoomRampTick(const std::shared_ptr<RampState>& state) {
@@ -655,11 +673,13 @@ void CameraViewController::endZoomRamp() {
     if (ramp)
         stopTicking(*ramp);
     required(cameraButton, "cameraButton")->setSelected(false);
-    applySliderZoom();
 }
 
 void CameraViewController::showIdleControls() {
     endZoomRamp();
+    // Not before: the movie ends with the first frame after the stop, which must still show
+    // the ramp's end.
+    applySliderZoom();
     if (topViews)
         for (const QPointer<QWidget>& topView : *topViews)
             if (topView)

@@ -137,10 +137,12 @@ private:
     void showCameraStatus(const QString& message);
     // The same, hidden after a while unless another message took its place.
     void showCameraStatus(const QString& message, int seconds);
-    // Stops the ramp, if it still runs, and puts the preview back at the slider's zoom, so that
-    // the next take starts without a jump.
+    // Runs the ramp's timer from now on.
+    void beginTicking(const std::shared_ptr<RampState>& state);
+    // Stops the ramp, if it still runs.
     void endZoomRamp();
-    // After every take, finished or failed.
+    // After every take, finished or failed; the preview goes back to the slider's zoom, so the
+    // next take starts without a jump.
     void showIdleControls();
     // Keeps the slider within what the camera's current format can zoom sharply.
     void updateZoomRange(int formatWidth);
