@@ -26,10 +26,11 @@ CommandLine::CommandLine()
                                                  "record: the ramp's length, 1 to 15 whole seconds "
                                                  "(default 5)."),
                      QStringLiteral("S")),
-      zoomOption(QStringList{QStringLiteral("zoom")},
-                 QCoreApplication::translate("CommandLine",
-                                             "record: the slider's zoom, above 1 (default 3)."),
-                 QStringLiteral("Z")),
+      zoomOption(
+          QStringList{QStringLiteral("zoom")},
+          QCoreApplication::translate(
+              "CommandLine", "record: the slider's zoom, 1 (a flat ramp) or more (default 3)."),
+          QStringLiteral("Z")),
       zoomInOption(QStringList{QStringLiteral("zoom-in")},
                    QCoreApplication::translate("CommandLine",
                                                "record: ramp from 1.0 up to the zoom, for "
@@ -151,11 +152,11 @@ std::optional<RecordDemo::Options> CommandLine::recordOptions(QString* problem) 
     if (parser.isSet(zoomOption)) {
         const double highest = highestZoom(options.videoMode);
         const std::optional<double> zoom = parseNumber(parser.value(zoomOption));
-        if (!zoom || *zoom <= 1.0 || *zoom > highest)
+        if (!zoom || *zoom < 1.0 || *zoom > highest)
             return fail(QCoreApplication::translate(
                             "CommandLine",
-                            "--zoom takes a zoom above 1 and at most %1 at %2, such as 2.5, not "
-                            "\"%3\".")
+                            "--zoom takes a zoom from 1 (a flat ramp) to %1 at %2, such as 2.5, "
+                            "not \"%3\".")
                             .arg(highest)
                             .arg(QString::fromLatin1(
                                 CameraViewController::videoFormats[options.videoMode].title))

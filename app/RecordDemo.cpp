@@ -13,6 +13,7 @@
 #include "platform/ui/Application.h"
 #include "platform/ui/Button.h"
 #include "platform/ui/Slider.h"
+#include "platform/ui/Storyboard.h"
 #include "platform/ui/Window.h"
 #include "recording/CameraButton.h"
 #include "recording/CameraViewController.h"
@@ -279,6 +280,9 @@ int RecordDemo::run(const Options& options) {
     // One press of the format button brings it to the mode asked for, as a user would.
     defaults.setInteger(QStringLiteral("videoMode"), (options.videoMode + 2) % 3);
 
+    // The run prints where its clip is; there is nobody to watch it loop.
+    ui::Storyboard::unregisterFactory(QStringLiteral("Main"),
+                                      QStringLiteral("VideoPreviewViewController"));
     auto* screen = new CameraViewController;
     ui::Window window;
     window.setRootViewController(screen);
@@ -321,9 +325,8 @@ int RecordDemo::run(const Options& options) {
     }
 
     ui::Slider* slider = screen->zoomSlider;
-    if (options.zoom <= 1.0 || options.zoom > double(slider->maximumValue())) {
-        err() << tr("--zoom %1 is outside what this format zooms sharply: above 1.0 and at most "
-                    "%2.")
+    if (options.zoom < 1.0 || options.zoom > double(slider->maximumValue())) {
+        err() << tr("--zoom %1 is outside what this format zooms sharply: from 1.0 to %2.")
                      .arg(options.zoom)
                      .arg(double(slider->maximumValue()))
               << Qt::endl;

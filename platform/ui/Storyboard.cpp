@@ -26,6 +26,12 @@ void Storyboard::registerFactory(const QString& storyboardName, const QString& i
     registry()[storyboardName].insert(identifier, std::move(factory));
 }
 
+void Storyboard::unregisterFactory(const QString& storyboardName, const QString& identifier) {
+    const auto scenes = registry().find(storyboardName);
+    if (scenes != registry().end())
+        scenes->remove(identifier);
+}
+
 void Storyboard::unregisterAll(const QString& storyboardName) {
     registry().remove(storyboardName);
 }

@@ -21,6 +21,8 @@ public:
     static void registerFactory(const QString& storyboardName, const QString& identifier,
                                 Factory factory);
 
+    // Forgets one scene.
+    static void unregisterFactory(const QString& storyboardName, const QString& identifier);
     // Forgets every scene of a storyboard, so tests can start from an empty one.
     static void unregisterAll(const QString& storyboardName);
 

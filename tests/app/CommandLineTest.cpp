@@ -177,14 +177,14 @@ TEST(CommandLine, recordMakesAClipOfTheRampsLengthWithASheetBesideIt) {
     } bad[] = {
         {{QStringLiteral("--duration"), QStringLiteral("16")}, "--duration"},
         {{QStringLiteral("--duration"), QStringLiteral("2.5")}, "--duration"},
-        {{QStringLiteral("--zoom"), QStringLiteral("1")}, "--zoom"},
+        {{QStringLiteral("--zoom"), QStringLiteral("0.9")}, "--zoom"},
         {{QStringLiteral("--zoom"), QStringLiteral("many")}, "--zoom"},
         {{QStringLiteral("--format"), QStringLiteral("8k")}, "--format"},
         // The highest zoom depends on the format, however the options are ordered.
-        {{QStringLiteral("--zoom"), QStringLiteral("10")}, "at most 4 at HD"},
+        {{QStringLiteral("--zoom"), QStringLiteral("10")}, "to 4 at HD"},
         {{QStringLiteral("--zoom"), QStringLiteral("9"), QStringLiteral("--format"),
           QStringLiteral("4k")},
-         "at most 8 at 4K"},
+         "to 8 at 4K"},
         {{QStringLiteral("--camera"), QStringLiteral("file:") + empty}, "is empty"},
     };
     for (const auto& row : bad) {
