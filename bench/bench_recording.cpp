@@ -101,7 +101,7 @@ void measure(const Mode& mode, double seconds) {
             finished = true;
             std::printf("# %s: %s\n", mode.name, error.what());
         });
-    waitUntil([&] { return session.isRecording(); }, 10000);
+    waitUntil([&] { return session.hasRecordingStarted(); }, 10000);
     const double cpuBefore = cpuSeconds();
     ramp.start();
     QElapsedTimer wall;
