@@ -320,6 +320,11 @@ int RecordDemo::run(const Options& options) {
         return window.isVisible() ? 1 : 130;
     }
 
+    // Nobody sees the offscreen window: drawing the preview would convert every frame on the
+    // main thread for nothing. The camera's frames are still taken, so the counts above hold.
+    if (screen->previewView)
+        screen->previewView->hide();
+
     ui::Slider* slider = screen->zoomSlider;
     if (options.zoom < 1.0 || options.zoom > double(slider->maximumValue())) {
         err() << tr("--zoom %1 is outside what this format zooms sharply: from 1.0 to %2.")

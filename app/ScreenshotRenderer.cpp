@@ -25,7 +25,6 @@
 #include "recording/CameraViewController.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
