@@ -101,7 +101,7 @@ Take recordTake(const QString& tessaro, const Format& format, int seconds, const
     // Per thread: its name, its ticks when the take started and the last seen.
     struct Thread {
         QByteArray name;
-        qint64 start = -1, last = 0;
+        qint64 start = -1, last = 0, busiest = 0;
     };
     std::map<qint64, Thread> threads;
     bool recording = false, finished = false;
@@ -110,17 +110,24 @@ Take recordTake(const QString& tessaro, const Format& format, int seconds, const
     double takeSeconds = 0;
     QByteArray output;
     const auto sample = [&] {
-        if (recording && !finished)
-            readStat(processStat, nullptr, &processEnd);
+        if (!recording || finished)
+            return;
+        readStat(processStat, nullptr, &processEnd);
         for (const QString& tid : QDir(task).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
             Thread& thread = threads[tid.toLongLong()];
+            QByteArray name;
             qint64 ticks = 0;
-            if (!readStat(task + tid + QStringLiteral("/stat"), &thread.name, &ticks))
-                continue;
-            if (!recording || finished)
+            if (!readStat(task + tid + QStringLiteral("/stat"), &name, &ticks))
                 continue;
             if (thread.start < 0)
-                thread.start = ticks;
+                thread.start = thread.last = ticks;
+            // GStreamer's pooled threads take the name of each task they run (the movie's
+            // threads serve the file's checks once it is finished): a thread counts as what it
+            // was when it worked hardest.
+            if (thread.name.isEmpty() || ticks - thread.last > thread.busiest) {
+                thread.name = name;
+                thread.busiest = ticks - thread.last;
+            }
             thread.last = ticks;
         }
     };
@@ -134,8 +141,6 @@ Take recordTake(const QString& tessaro, const Format& format, int seconds, const
             recording = true;
             wall.start();
             readStat(processStat, nullptr, &processStart);
-            for (auto& [tid, thread] : threads)
-                thread.start = -1;
             sample();
         } else if (recording && !finished && output.contains(clip.toUtf8())) {
             sample();
@@ -229,7 +234,7 @@ int main(int argc, char** argv) {
     QTemporaryDir folder;
     for (const Format& format : formats) {
         const QString clip = folder.filePath(QStringLiteral("%1.mov").arg(format.name));
-        const Take take = recordTake(tessaro, format, seconds, clip);
+        Take take = recordTake(tessaro, format, seconds, clip);
         const double encoder = take.ok ? encoderCpu(clip, format) : -1;
         if (!take.ok || encoder <= 0) {
             std::printf("take_%s_failed 1 bool\n", format.name);
@@ -238,6 +243,9 @@ int main(int argc, char** argv) {
         std::printf("take_%s_cpu %.2f s\n", format.name, take.cpu);
         std::printf("take_%s_encoder_alone_cpu %.2f s\n", format.name, encoder);
         std::printf("take_%s_ratio %.2f x (goal 1.3)\n", format.name, take.cpu / encoder);
+        // The camera stand-in renders its scene; a real camera hands frames over for little.
+        std::printf("take_%s_ratio_without_camera_zoom %.2f x\n", format.name,
+                    (take.cpu - take.byKind["camera_zoom"]) / encoder);
         std::printf("take_%s_main_thread %.1f %%_of_a_core (goal 10)\n", format.name,
                     100.0 * take.mainCpu / take.seconds);
         for (const auto& [kind, cpu] : take.byKind)
