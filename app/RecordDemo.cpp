@@ -1,5 +1,7 @@
 #include "app/RecordDemo.h"
 
+#include "app/EventLoopWait.h"
+
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFVideoSession.h"
 #include "platform/av/AssetImageGenerator.h"
@@ -19,7 +21,6 @@
 #include "recording/CameraViewController.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFileInfo>
 #include <QPainter>
@@ -99,13 +100,8 @@ private:
 // Runs the event loop until done() answers true, the window is closed (Ctrl-C, SIGTERM) or the
 // time is up. False unless done.
 bool waitFor(const std::function<bool()>& done, int seconds, const ui::Window& window) {
-    QDeadlineTimer deadline(seconds * 1000);
-    while (!done()) {
-        if (deadline.hasExpired() || !window.isVisible())
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 20);
-    }
-    return true;
+    waitInEventLoop([&] { return done() || !window.isVisible(); }, seconds * 1000);
+    return done();
 }
 
 QString formatZoom(double zoom) {
@@ -323,6 +319,11 @@ int RecordDemo::run(const Options& options) {
               << Qt::endl;
         return window.isVisible() ? 1 : 130;
     }
+
+    // Nobody sees the offscreen window: drawing the preview would convert every frame on the
+    // main thread for nothing. The camera's frames are still taken, so the counts above hold.
+    if (screen->previewView)
+        screen->previewView->hide();
 
     ui::Slider* slider = screen->zoomSlider;
     if (options.zoom < 1.0 || options.zoom > double(slider->maximumValue())) {

@@ -1,5 +1,7 @@
 #include "app/ScreenshotRenderer.h"
 
+#include "app/EventLoopWait.h"
+
 #include "capture/CKFGridView.h"
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFVideoSession.h"
@@ -23,7 +25,6 @@
 #include "recording/CameraViewController.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -283,10 +284,7 @@ int ScreenshotRenderer::render(const QString& name, const QString& file) {
 
     Scene scene = found->build();
     scene.widget->show();
-    QDeadlineTimer deadline(secondsForFrames * 1000);
-    while (scene.ready && !scene.ready() && !deadline.hasExpired())
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    if (scene.ready && !scene.ready()) {
+    if (scene.ready && !waitInEventLoop(scene.ready, secondsForFrames * 1000)) {
         err << QCoreApplication::translate("ScreenshotRenderer",
                                            "The screen \"%1\" had nothing to show after %2 s: "
                                            "no picture came from the camera.")

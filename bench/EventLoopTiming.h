@@ -15,8 +15,9 @@ inline double threadCpuMilliseconds() {
 }
 
 // Runs the event loop (sleeping while there is nothing to do, so the GUI thread's time is only
-// what is measured) until done or the time is up; done is asked every pollMilliseconds.
-inline void waitFor(const std::function<bool()>& done, int milliseconds,
+// what is measured) until done or the time is up; done is asked every pollMilliseconds. False when
+// the time ran out first.
+inline bool waitFor(const std::function<bool()>& done, int milliseconds,
                     int pollMilliseconds = 10) {
     QEventLoop loop;
     QTimer check;
@@ -28,4 +29,5 @@ inline void waitFor(const std::function<bool()>& done, int milliseconds,
     });
     check.start(pollMilliseconds);
     loop.exec();
+    return done();
 }

@@ -8,6 +8,7 @@
 //
 // Usage: bench_ramp [SECONDS [SHORT_SECONDS]]   (default 5 and 2)
 
+#include "bench/EventLoopTiming.h"
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFSessionDelegate.h"
 #include "capture/CKFVideoSession.h"
@@ -26,7 +27,6 @@
 #include "recording/CameraViewController.h"
 
 #include <QApplication>
-#include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QPainter>
 #include <QRandomGenerator>
@@ -64,16 +64,6 @@ GstClockTime runningTime(GstElement* pipeline) {
     const GstClockTime now = gst_clock_get_time(clock);
     gst_object_unref(clock);
     return now - gst_element_get_base_time(pipeline);
-}
-
-bool waitFor(const std::function<bool()>& done, int milliseconds) {
-    QDeadlineTimer deadline(milliseconds);
-    while (!done()) {
-        if (deadline.hasExpired())
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    }
-    return true;
 }
 
 // A camera kind of the short runs: its --camera selection and its picture before the zoom.

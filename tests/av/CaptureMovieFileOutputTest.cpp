@@ -4,11 +4,11 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QScopeGuard>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QThread>
 
 #include <gst/app/gstappsink.h>
@@ -39,19 +39,11 @@ constexpr const char* childVariable = "TESSARO_RECORD_UNTIL_KILLED";
 constexpr const char* childStartedMarker = "tessaro-child-recording";
 
 bool waitUntil(const std::function<bool()>& done, int milliseconds = 15000) {
-    QElapsedTimer timer;
-    timer.start();
-    while (!done()) {
-        if (timer.hasExpired(milliseconds))
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-        QThread::msleep(2);
-    }
-    return true;
+    return QTest::qWaitFor(done, milliseconds);
 }
 
 void spin(int milliseconds) {
-    waitUntil([] { return false; }, milliseconds);
+    QTest::qWait(milliseconds);
 }
 
 // Stands in for the capture session: live test sources whose samples reach the output from

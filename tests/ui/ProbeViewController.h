@@ -2,10 +2,8 @@
 
 #include <functional>
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QStringList>
-#include <QThread>
+#include <QTest>
 #include <QWidget>
 
 #include "platform/ui/ViewController.h"
@@ -44,22 +42,14 @@ private:
     QStringList* journal_;
 };
 
-// Runs the event loop, deferred deletes included, until the condition holds.
+// Runs the event loop, deferred deletes included, until the condition holds; it sleeps between
+// checks rather than spinning the test's core.
 inline bool waitUntil(const std::function<bool()>& condition, int timeoutMs = 2000) {
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.elapsed() > timeoutMs)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QThread::msleep(2);
-    }
-    return true;
+    return QTest::qWaitFor(condition, timeoutMs);
 }
 
 inline void spin(int milliseconds) {
-    waitUntil([] { return false; }, milliseconds);
+    QTest::qWait(milliseconds);
 }
 
 } // namespace ui::test
