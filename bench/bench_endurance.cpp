@@ -33,6 +33,8 @@
 #include <ctime>
 #include <functional>
 #include <memory>
+#include <numeric>
+#include <vector>
 
 namespace {
 
@@ -152,18 +154,19 @@ int measureFormat(int mode, int seconds) {
     print(name + "_preview_cpu", cpuPercentOver(seconds * 1000), "percent_of_core");
     print(name + "_preview_rss_steady", statusMegabytes("VmRSS"), "MB");
     print(name + "_preview_rss_peak", statusMegabytes("VmHWM"), "MB");
-    double recordingRss = 0;
+    std::vector<double> recording;
     QTimer sampler;
-    QObject::connect(&sampler, &QTimer::timeout, [&recordingRss] {
-        recordingRss = std::max(recordingRss, statusMegabytes("VmRSS"));
-    });
+    QObject::connect(&sampler, &QTimer::timeout,
+                     [&recording] { recording.push_back(statusMegabytes("VmRSS")); });
     sampler.start(1000);
     if (!screen.take(seconds)) {
         print(name + "_take_failed", 1, "bool");
         return 1;
     }
     sampler.stop();
-    print(name + "_record_rss_steady", recordingRss, "MB");
+    std::sort(recording.begin(), recording.end());
+    print(name + "_record_rss_steady", recording.empty() ? -1 : recording[recording.size() / 2],
+          "MB");
     print(name + "_record_rss_peak", statusMegabytes("VmHWM"), "MB");
     return 0;
 }
@@ -203,22 +206,23 @@ int measureLongPreview(int minutes) {
     }
     const int sampleMs = minutes >= 20 ? 60000 : 10000;
     const int samples = std::max(1, minutes * 60000 / sampleMs);
-    double firstCpu = 0, firstRss = 0, worstCpu = 0, worstRss = 0;
+    std::vector<double> cpu, rss;
     for (int sample = 1; sample <= samples; ++sample) {
-        const double cpu = cpuPercentOver(sampleMs);
-        const double rss = statusMegabytes("VmRSS");
+        cpu.push_back(cpuPercentOver(sampleMs));
+        rss.push_back(statusMegabytes("VmRSS"));
         const QByteArray at = "preview_at_" + QByteArray::number(sample * sampleMs / 1000) + "s";
-        print(at + "_cpu", cpu, "percent_of_core");
-        print(at + "_rss", rss, "MB");
-        if (sample == 1) {
-            firstCpu = cpu;
-            firstRss = rss;
-        }
-        worstCpu = std::max(worstCpu, std::abs(cpu - firstCpu));
-        worstRss = std::max(worstRss, std::abs(rss - firstRss));
+        print(at + "_cpu", cpu.back(), "percent_of_core");
+        print(at + "_rss", rss.back(), "MB");
     }
-    print("preview_cpu_drift", firstCpu > 0 ? 100.0 * worstCpu / firstCpu : 0, "percent");
-    print("preview_rss_drift", firstRss > 0 ? 100.0 * worstRss / firstRss : 0, "percent");
+    // The trend, not the noise of other processes: the last third against the first.
+    const auto drift = [](const std::vector<double>& values) {
+        const size_t third = std::max<size_t>(1, values.size() / 3);
+        const double first = std::accumulate(values.begin(), values.begin() + third, 0.0) / third;
+        const double last = std::accumulate(values.end() - third, values.end(), 0.0) / third;
+        return first > 0 ? 100.0 * (last - first) / first : 0.0;
+    };
+    print("preview_cpu_drift", drift(cpu), "percent");
+    print("preview_rss_drift", drift(rss), "percent");
     return 0;
 }
 
