@@ -56,8 +56,9 @@ GstElement* appSinkFor(MediaType type, const std::vector<CaptureOutput*>& output
         if (output->wantsMedia(type))
             fanout->outputs.push_back(output);
     GstElement* sink = make("appsink");
-    // Every output takes a sample without waiting, so nothing queues here.
-    g_object_set(sink, "sync", FALSE, "max-buffers", 4, "drop", TRUE, nullptr);
+    // Every output takes a sample without waiting (the preview keeps the latest frame only, the
+    // recording has a queue of its own), so one frame here is all there is to hold.
+    g_object_set(sink, "sync", FALSE, "max-buffers", 1, "drop", TRUE, nullptr);
     GstAppSinkCallbacks callbacks{};
     callbacks.new_sample = deliver;
     gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, fanout, freeFanout);

@@ -38,6 +38,12 @@ constexpr const char* aacEncoders[] = {"avenc_aac", "voaacenc", "fdkaacenc"};
 constexpr GstClockTime reservedDuration = 10 * 60 * GST_SECOND;
 constexpr GstClockTime headerUpdatePeriod = GST_SECOND;
 
+// Frames that may wait for the encoder: a quarter second rides out the encoder thread losing its
+// core for a moment on a loaded two-core machine (another build, the header rewrite each second),
+// and at 4K it stays at 100 MB. A machine too slow for the format drops frames here instead of
+// holding up the camera or piling up memory.
+constexpr double queuedSeconds = 0.25;
+
 // Sound that arrives before the first frame is held for at most this long.
 constexpr GstClockTime audioHoldLimit = GST_SECOND;
 
@@ -81,10 +87,12 @@ void configureVideoEncoder(GstElement* encoder, const QString& factory, const Gs
                              : pixelRate <= 1920.0 * 1080 * 30 ? "superfast"
                                                                : "ultrafast";
         gst_util_set_object_arg(G_OBJECT(encoder), "speed-preset", preset);
-        // One thread per core: x264's default of one and a half holds more frames in flight.
+        // One thread per core, splitting each frame between them: threads that each take a
+        // frame of their own, and the lookahead, keep a copy of every frame in flight (about
+        // 25 MB at 1080p, 100 MB at 2160p) for no gain without B-frames.
         g_object_set(encoder, "bitrate", guint(kbps), "key-int-max", guint(keyInterval.toUInt()),
                      "bframes", 0u, "threads", guint(std::max(1, QThread::idealThreadCount())),
-                     nullptr);
+                     "sliced-threads", TRUE, "sync-lookahead", 0, "rc-lookahead", 0, nullptr);
     } else if (factory == QLatin1String("openh264enc")) {
         setIfPresent(encoder, "bitrate", QString::number(kbps * 1000));
         setIfPresent(encoder, "gop-size", keyInterval);
@@ -150,13 +158,14 @@ bool encoderWorks(const char* factory, const GstVideoInfo& info) {
     return works;
 }
 
-GstElement* makeAppSource(const char* name, GstCaps* caps, quint64 maxBytes) {
+GstElement* makeAppSource(const char* name, GstCaps* caps, quint64 maxBytes,
+                          quint64 maxBuffers = 0) {
     GstElement* source = make("appsrc", name);
     // Not live: the muxer then waits for both streams instead of timing out on the clock, and
     // the buffers keep the times they are given.
     g_object_set(source, "caps", caps, "format", GST_FORMAT_TIME, "is-live", FALSE, "block", FALSE,
-                 "max-bytes", guint64(maxBytes), "emit-signals", FALSE, "handle-segment-change",
-                 TRUE, nullptr);
+                 "max-bytes", guint64(maxBytes), "max-buffers", guint64(maxBuffers), "emit-signals",
+                 FALSE, "handle-segment-change", TRUE, nullptr);
     return source;
 }
 
@@ -312,12 +321,11 @@ MovieWriter::MovieWriter(const QString& path, GstCaps* videoCaps, GstCaps* audio
         return element;
     };
 
-    // About a second of frames may wait for the encoder: a hiccup passes without a drop, and a
-    // machine that is too slow drops frames instead of holding up the camera.
-    maxVideoBytes =
-        std::clamp<quint64>(quint64(videoInfo.size) * quint64(std::ceil(frameRateOf(videoInfo))),
-                            quint64(videoInfo.size) * 4, quint64(256) << 20);
-    videoSource = add(makeAppSource("video", videoCaps, maxVideoBytes));
+    const quint64 queuedFrames =
+        std::max<quint64>(2, quint64(std::ceil(frameRateOf(videoInfo) * queuedSeconds)));
+    // Every frame is the format's size, so the bytes count whole frames.
+    maxVideoBytes = quint64(videoInfo.size) * queuedFrames;
+    videoSource = add(makeAppSource("video", videoCaps, maxVideoBytes, queuedFrames));
     GstElement* mux = add(make("qtmux", "mux"));
     g_object_set(mux, "reserved-max-duration", reservedDuration, "reserved-moov-update-period",
                  headerUpdatePeriod, nullptr);

@@ -1,0 +1,84 @@
+#include "platform/av/CaptureDeviceInput.h"
+#include "platform/av/CaptureMovieFileOutput.h"
+#include "platform/av/CapturePreviewOutput.h"
+#include "platform/av/CaptureSession.h"
+#include "platform/av/VirtualCameraDevice.h"
+#include "platform/av/VirtualMicrophoneDevice.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace av;
+
+qsizetype entriesIn(const QString& folder) {
+    return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System).size();
+}
+
+struct Counts {
+    qsizetype threads = entriesIn(QStringLiteral("/proc/self/task"));
+    qsizetype descriptors = entriesIn(QStringLiteral("/proc/self/fd"));
+};
+
+struct Finish : CaptureMovieFileOutput::RecordingDelegate {
+    void didStartRecording(CaptureMovieFileOutput*, const QUrl&) override { ++starts; }
+    void didFinishRecording(CaptureMovieFileOutput*, const QUrl&,
+                            const std::optional<Error>& finishError) override {
+        ++finishes;
+        error = finishError;
+    }
+    int starts = 0;
+    int finishes = 0;
+    std::optional<Error> error;
+};
+
+// A take that kept its pipeline would keep its streaming and encoder threads and the movie's
+// open file, so the process's own thread and descriptor counts tell whether one was left behind.
+// The first take warms GStreamer's and Qt's thread pools; from then on the counts must hold.
+TEST(TakeResources, aTakeLeavesNoThreadOrDescriptorBehind) {
+    QTemporaryDir folder;
+    ASSERT_TRUE(folder.isValid());
+    VirtualCameraDevice camera(DevicePosition::back);
+    VirtualMicrophoneDevice microphone;
+    CaptureSession session;
+    session.setSessionPreset(CaptureSession::preset1280x720);
+    session.addInput(new CaptureDeviceInput(&camera));
+    session.addInput(new CaptureDeviceInput(&microphone));
+    CapturePreviewOutput preview;
+    CaptureMovieFileOutput movie;
+    session.addOutput(&preview);
+    session.addOutput(&movie);
+    session.startRunning();
+    ASSERT_TRUE(session.isRunning());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return preview.framesReceived() > 5; }, 15000));
+
+    const QUrl url = QUrl::fromLocalFile(folder.filePath(QStringLiteral("take.mov")));
+    const auto take = [&] {
+        Finish delegate;
+        ASSERT_TRUE(movie.startRecordingToOutputFileURL(url, &delegate));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.starts == 1; }, 15000));
+        QTest::qWait(300);
+        movie.stopRecording();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.finishes == 1; }, 15000));
+        EXPECT_FALSE(delegate.error) << delegate.error->localizedDescription().toStdString();
+        // Threads that end with the take need a moment to be gone from /proc.
+        QTest::qWait(500);
+    };
+
+    take();
+    const Counts warm;
+    for (int next = 2; next <= 4; ++next) {
+        take();
+        const Counts now;
+        // One of slack: a pool thread may be between two jobs; one per take shows by the third.
+        EXPECT_LE(now.threads, warm.threads + 1) << "after take " << next;
+        EXPECT_LE(now.descriptors, warm.descriptors + 1) << "after take " << next;
+    }
+    session.stopRunning();
+}
+
+} // namespace
