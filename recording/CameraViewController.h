@@ -5,6 +5,7 @@
 
 #include <QPointer>
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -14,6 +15,10 @@ class CameraButton;
 class CKFPreviewView;
 class CKFSession;
 class CKFVideoSession;
+
+namespace av {
+class CaptureDevice;
+}
 
 namespace ui {
 class Button;
@@ -56,6 +61,26 @@ public:
         {1920, 1080, 60, "HD60"},
         {3840, 2160, 30, "4K"},
     };
+    // A choice of the format button on the current camera: the row of videoFormats it stands for
+    // ("videoMode") and what the camera really runs for it, named by what it is.
+    struct OfferedFormat {
+        int videoMode = 0;
+        int width = 0;
+        int height = 0;
+        int frameRate = 0;
+        QString title;
+    };
+    struct FormatChoices {
+        // One per format the camera really runs, in the table's order.
+        std::vector<OfferedFormat> offered;
+        // For each row of videoFormats, the offered format that stands in for it, and whether
+        // the camera has the row's own size and rate.
+        std::array<int, 3> standIn{};
+        std::array<bool, 3> exact{};
+    };
+    static FormatChoices formatChoices(const av::CaptureDevice& camera);
+    // "HD", "HD60", "4K", or the lines and a rate other than 30: "720p", "480p15".
+    static QString formatTitle(int height, int frameRate);
     static constexpr double rampInterval = 0.01;
     // The crop never gets narrower than this many pixels, so the highest zoom stays watchable.
     static constexpr int narrowestSharpCrop = 480;
@@ -116,6 +141,8 @@ public:
 
     // The session the screen works with: the preview's, when it is a video session.
     CKFVideoSession* videoSession() const;
+    // The format button's choices on the current camera; empty without a camera.
+    const std::vector<OfferedFormat>& offeredFormats() const { return formats.offered; }
 
     void didChangeValue(CKFSession* session, const QVariant& value, const QString& key) override;
     bool prefersStatusBarHidden() const override { return true; }
@@ -133,10 +160,26 @@ protected:
     void viewWillTransition(QSize size) override;
 
 private:
-    // Over the picture, until the next message; empty hides it.
-    void showCameraStatus(const QString& message);
-    // The same, hidden after a while unless another message took its place.
-    void showCameraStatus(const QString& message, int seconds);
+    // Why a message is over the picture: each goes when its cause does.
+    enum class StatusCause {
+        none,
+        permission,
+        virtualCamera,
+        cameraProblem,
+        switchFailed,
+        formatMissing,
+        recordingFailed
+    };
+    // Over the picture until its cause is cleared, another message takes its place or, with
+    // seconds, the time is up.
+    void showCameraStatus(StatusCause cause, const QString& message, int seconds = 0);
+    void clearCameraStatus(StatusCause cause);
+    // Offers the camera's formats and runs the stored one, or its stand-in with a notice.
+    void applyStoredFormat();
+    // Runs the offered format and sizes the slider to what the camera really delivers.
+    void useFormat(int index);
+    // Shown only when another camera is there to switch to.
+    void updateChangeCamButton();
     // Runs the ramp's timer from now on.
     void beginTicking(const std::shared_ptr<RampState>& state);
     // Stops the ramp, if it still runs.
@@ -150,8 +193,11 @@ private:
     void layoutControls();
 
     std::shared_ptr<RampState> ramp;
-    // The failure on the picture; the next press clears it.
-    QString failureShown;
+    StatusCause statusCause = StatusCause::none;
+    // Counts the messages shown, so a message's timer leaves a newer one alone.
+    quint64 statusShown = 0;
+    FormatChoices formats;
+    int formatIndex = 0;
     // The dark bands behind the top row and the bottom controls.
     QPointer<QWidget> topScrim;
     QPointer<QWidget> bottomScrim;

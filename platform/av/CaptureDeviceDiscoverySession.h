@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/av/CaptureDeviceFormat.h"
 #include "platform/av/MediaType.h"
 
 #include <QString>
@@ -22,6 +23,12 @@ public:
 
     std::vector<CaptureDevice*> devices() const;
 
+    // Every camera or microphone of the kind, the stand-ins last, whatever is chosen: for a list
+    // the user picks from.
+    static std::vector<CaptureDevice*> allDevices(MediaType mediaType);
+    // The system camera that a choice names (its name or node), or null when it is not there.
+    static CaptureDevice* systemCamera(const QString& nameOrNode);
+
     // The user's choice of camera: empty (automatic), "virtual", "file:PATH", or a device's
     // name or node. A chosen camera that is not there falls back to the automatic choice with a
     // warning, so a stale choice never stops the app.
@@ -31,6 +38,13 @@ public:
     static void setSystemDevicesEnabled(bool enabled);
     // Tests turn the stand-ins off to see a machine with no device at all.
     static void setVirtualDevicesEnabled(bool enabled);
+    // The virtual cameras become these until reset with an empty list, so that tests and
+    // screenshots can show a machine with one camera, a front-only one or a 720p webcam.
+    struct VirtualCamera {
+        DevicePosition position;
+        std::vector<CaptureDeviceFormat> formats;
+    };
+    static void setVirtualCamerasForTesting(const std::vector<VirtualCamera>& cameras);
     // Probes the system's devices again (devices that went away are marked disconnected).
     static void refresh();
 

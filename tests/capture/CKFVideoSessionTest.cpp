@@ -14,6 +14,27 @@
 #include <gst/pbutils/pbutils.h>
 #include <gtest/gtest.h>
 
+// A webcam as the device monitor reports it: a live test picture, no node, no microphone.
+struct FakeWebcam {
+    GstDevice parent;
+};
+struct FakeWebcamClass {
+    GstDeviceClass parent;
+};
+G_DEFINE_TYPE(FakeWebcam, fake_webcam, GST_TYPE_DEVICE)
+
+static GstElement* createFakeWebcamSource(GstDevice*, const gchar* name) {
+    GstElement* source = gst_element_factory_make("videotestsrc", name);
+    g_object_set(source, "is-live", TRUE, nullptr);
+    return source;
+}
+
+static void fake_webcam_class_init(FakeWebcamClass* webcamClass) {
+    GST_DEVICE_CLASS(webcamClass)->create_element = createFakeWebcamSource;
+}
+
+static void fake_webcam_init(FakeWebcam*) {}
+
 namespace {
 
 struct ZoomNotices : QObject, CKFSessionDelegate {
@@ -264,6 +285,28 @@ TEST_F(VideoSessionTest, anUnpluggedCameraEndsTheRecordingPlayableAndTellsTheScr
     EXPECT_TRUE(camera(next)->isConnected());
 }
 
+TEST_F(VideoSessionTest, aRealCameraWithoutAMicrophoneRecordsPictureOnly) {
+    GstCaps* caps =
+        gst_caps_from_string("video/x-raw, format=I420, width=640, height=360, framerate=30/1");
+    auto* webcam = GST_DEVICE(g_object_new(fake_webcam_get_type(), "display-name", "Fake webcam",
+                                           "device-class", "Video/Source", "caps", caps, nullptr));
+    gst_caps_unref(caps);
+    av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam);
+    {
+        CKFVideoSession session(CKFSession::CameraPosition::back);
+        ASSERT_EQ(camera(session)->localizedName(), QStringLiteral("Fake webcam"));
+        session.start();
+        const QString clip = recordClip(session, 1.0);
+        const MovieInfo info = inspect(clip);
+        EXPECT_EQ(info.videoCodec, QStringLiteral("video/x-h264"));
+        EXPECT_EQ(info.width, 640);
+        EXPECT_TRUE(info.audioCodec.isEmpty()) << info.audioCodec.toStdString();
+        EXPECT_GT(info.seconds, 0.8);
+    }
+    av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(QStringLiteral("Fake webcam"));
+    gst_object_unref(webcam);
+}
+
 TEST_F(VideoSessionTest, withoutACameraTheScreenIsToldAndZoomTorchAndFormatDoNothing) {
     av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(false);
     CKFVideoSession session(CKFSession::CameraPosition::back);
@@ -291,10 +334,19 @@ TEST_F(VideoSessionTest, toggleSwitchesCamerasAndAFailedLookupKeepsTheOld) {
     av::CaptureDevice* back = camera(session);
     EXPECT_EQ(back->position(), av::DevicePosition::back);
 
+    // A failed switch keeps the camera and the position, and says so once, as a failed switch.
+    QStringList failed, problems;
+    QObject::connect(&session, &CKFVideoSession::switchFailed,
+                     [&](const QString& why) { failed << why; });
+    QObject::connect(&session, &CKFSession::deviceProblem,
+                     [&](const QString& why) { problems << why; });
     av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(false);
     session.togglePosition();
-    EXPECT_EQ(session.cameraPosition(), CKFSession::CameraPosition::front);
+    EXPECT_EQ(session.cameraPosition(), CKFSession::CameraPosition::back);
     EXPECT_EQ(camera(session), back);
+    EXPECT_EQ(failed.size(), 1);
+    QTest::qWait(10);
+    EXPECT_TRUE(problems.isEmpty());
 }
 
 TEST_F(VideoSessionTest, zoomTorchAndFormatReachTheCameraWhereItCanTakeThem) {
