@@ -3,6 +3,7 @@
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFVideoSession.h"
 #include "platform/av/AssetImageGenerator.h"
+#include "platform/av/CaptureDevice.h"
 #include "platform/av/CaptureMovieFileOutput.h"
 #include "platform/av/CaptureSession.h"
 #include "platform/av/FileCameraDevice.h"
@@ -311,6 +312,24 @@ int RecordDemo::run(const Options& options) {
         return cameraFailed();
     CKFVideoSession* session = screen->videoSession();
     screen->hdButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
+    // A camera without the format offers its own formats instead: on to the one standing in.
+    const auto chosenMode = [&defaults] {
+        return defaults.integerForKey(QStringLiteral("videoMode"));
+    };
+    for (size_t press = 1;
+         chosenMode() != options.videoMode && press < screen->offeredFormats().size(); ++press)
+        screen->hdButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
+    if (chosenMode() != options.videoMode) {
+        QStringList offered;
+        for (const CameraViewController::OfferedFormat& format : screen->offeredFormats())
+            offered << format.title;
+        err() << tr("This camera has no %1; it records %2.")
+                     .arg(QString::fromLatin1(
+                              CameraViewController::videoFormats[options.videoMode].title),
+                          offered.join(QStringLiteral(", ")))
+              << Qt::endl;
+        return 2;
+    }
     // The pipeline switches format on the next turn of the event loop; wait for its pictures.
     QCoreApplication::processEvents();
     const quint64 beforeSwitch = frames();
@@ -345,18 +364,23 @@ int RecordDemo::run(const Options& options) {
     QUrl clip;
     QObject::connect(screen, &CameraViewController::clipFinished,
                      [&clip](const QUrl& url) { clip = url; });
-    const CameraViewController::VideoFormat& format =
-        CameraViewController::videoFormats[options.videoMode];
-    out() << tr("Recording a %1 s %2 ramp at %3 (%4×%5, %6 fps) with the %7 camera…")
+    // What the camera really runs, which may stand in for the format asked for.
+    const av::CaptureDevice* device = session->cameraDevice();
+    const struct {
+        QString title;
+        int width, height;
+        double frameRate;
+    } format{screen->hdButton->currentTitle(), device->activeFormat().width,
+             device->activeFormat().height, device->activeVideoMinFrameDuration().frameRate()};
+    out() << tr("Recording a %1 s %2 ramp at %3 (%4×%5, %6 fps) with the %7…")
                  .arg(options.duration)
                  .arg(options.zoomIn ? tr("zoom-in from 1.0× to %1").arg(formatZoom(options.zoom))
                                      : tr("zoom-out from %1 to 1.0×").arg(formatZoom(options.zoom)))
-                 .arg(QString::fromLatin1(format.title))
+                 .arg(format.title)
                  .arg(format.width)
                  .arg(format.height)
                  .arg(format.frameRate)
-                 .arg(session->cameraPosition() == CKFSession::CameraPosition::back ? tr("back")
-                                                                                    : tr("front"))
+                 .arg(device->localizedName())
           << Qt::endl;
     qputenv("TESSARO_DOCUMENTS_DIR", QFile::encodeName(recordingFolder.path()));
     screen->cameraButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
