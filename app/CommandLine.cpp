@@ -187,8 +187,8 @@ std::optional<double> CommandLine::parseNumber(const QString& text) {
 
 double CommandLine::highestZoom(int videoMode) {
     // The screen's own limit for the format, so a run is refused before the camera starts.
-    const double width = CameraViewController::videoFormats[videoMode].width;
-    return std::clamp(width / CameraViewController::narrowestSharpCrop, 1.0,
+    const double height = CameraViewController::videoFormats[videoMode].height;
+    return std::clamp(height / CameraViewController::fewestSharpLines, 1.0,
                       CameraViewController::maximumZoom);
 }
 

@@ -480,8 +480,8 @@ void CameraViewController::useFormat(int index) {
     CKFVideoSession* session = videoSession();
     session->setWidth(format.width, format.height, format.frameRate);
     const av::CaptureDevice* camera = session->cameraDevice();
-    updateZoomRange(camera && camera->activeFormat().isValid() ? camera->activeFormat().width
-                                                               : format.width);
+    updateZoomRange(camera && camera->activeFormat().isValid() ? camera->activeFormat().height
+                                                               : format.height);
     layoutControls();
 }
 
@@ -623,10 +623,10 @@ void CameraViewController::durationHandler(ui::Control*) {
         present(picker, true);
 }
 
-void CameraViewController::updateZoomRange(int formatWidth) {
+void CameraViewController::updateZoomRange(int formatHeight) {
     ui::Slider* slider = required(zoomSlider, "zoomSlider");
     const float highest =
-        std::clamp(float(formatWidth) / float(narrowestSharpCrop), 1.0f, float(maximumZoom));
+        std::clamp(float(formatHeight) / float(fewestSharpLines), 1.0f, float(maximumZoom));
     slider->setMaximumValue(highest);
     updateZoomValueLabel();
 }

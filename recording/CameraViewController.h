@@ -82,8 +82,9 @@ public:
     // "HD", "HD60", "4K", or the lines and a rate other than 30: "720p", "480p15".
     static QString formatTitle(int height, int frameRate);
     static constexpr double rampInterval = 0.01;
-    // The crop never gets narrower than this many pixels, so the highest zoom stays watchable.
-    static constexpr int narrowestSharpCrop = 480;
+    // The crop never holds fewer lines than this (480 pixels wide at 16:9), so the highest zoom
+    // stays watchable whatever the camera's shape.
+    static constexpr int fewestSharpLines = 270;
     static constexpr double maximumZoom = 10.0;
 
     explicit CameraViewController(QObject* parent = nullptr);
@@ -188,7 +189,7 @@ private:
     // next take starts without a jump.
     void showIdleControls();
     // Keeps the slider within what the camera's current format can zoom sharply.
-    void updateZoomRange(int formatWidth);
+    void updateZoomRange(int formatHeight);
     void updateZoomValueLabel();
     void layoutControls();
 

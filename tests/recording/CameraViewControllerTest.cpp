@@ -174,7 +174,7 @@ TEST_F(CameraViewControllerTest, FormatButtonCyclesThroughTheThreeFormats) {
         EXPECT_EQ(format.height, step.height) << step.title;
         EXPECT_EQ(camera()->activeVideoMinFrameDuration().timescale, step.rate) << step.title;
         // The slider never goes past what the format keeps sharp.
-        EXPECT_FLOAT_EQ(screen->zoomSlider->maximumValue(), float(step.width) / 480.0f);
+        EXPECT_FLOAT_EQ(screen->zoomSlider->maximumValue(), float(step.height) / 270.0f);
     }
 }
 
@@ -190,7 +190,7 @@ TEST_F(CameraViewControllerTest, ACameraWithOnly720pOffersItsOwnFormatsAndSizesT
     EXPECT_EQ(titles, (std::vector<QString>{QStringLiteral("720p"), QStringLiteral("720p60")}));
     EXPECT_EQ(screen->hdButton->currentTitle(), QStringLiteral("720p"));
     EXPECT_EQ(camera()->activeFormat().height, 720);
-    const float highest = 1280.0f / 480.0f;
+    const float highest = 720.0f / 270.0f;
     EXPECT_FLOAT_EQ(screen->zoomSlider->maximumValue(), highest);
     EXPECT_LE(screen->videoSession()->zoom(), double(highest));
     // The stored 4K falls back with a notice, which goes once another format is chosen.
