@@ -389,13 +389,13 @@ void CameraViewController::setupSession() {
     auto session = std::make_shared<CKFVideoSession>(CKFSession::CameraPosition::back);
     session->setDelegate(this);
     session->setFlashMode(CKFSession::FlashMode::automatic);
+    // Before the camera starts, so it starts in its format and the slider's range follows it.
+    applyStoredFormat(*session);
     CKFPreviewView* preview = required(previewView, "previewView");
     preview->setAutorotate(true);
     preview->setSession(session);
     if (av::CaptureVideoPreviewLayer* layer = preview->previewLayer())
         layer->setVideoGravity(av::CaptureVideoPreviewLayer::VideoGravity::resizeAspectFill);
-    // The slider's range follows the format, before the zoom is taken from it.
-    applyStoredFormat();
     applySliderZoom();
     updateZoomModeButton();
     updateChangeCamButton();
@@ -453,10 +453,9 @@ CameraViewController::formatChoices(const av::CaptureDevice& camera) {
     return choices;
 }
 
-void CameraViewController::applyStoredFormat() {
+void CameraViewController::applyStoredFormat(CKFVideoSession& session) {
     clearCameraStatus(StatusCause::formatMissing);
-    CKFVideoSession* session = videoSession();
-    const av::CaptureDevice* camera = session ? session->cameraDevice() : nullptr;
+    const av::CaptureDevice* camera = session.cameraDevice();
     formats = camera ? formatChoices(*camera) : FormatChoices{};
     ui::Button* button = required(hdButton, "hdButton");
     button->setEnabled(formats.offered.size() > 1);
@@ -465,7 +464,7 @@ void CameraViewController::applyStoredFormat() {
     // A value no row has (written by hand) reads as the default, like an absent one.
     const qint64 stored = defaults().integerForKey(videoModeKey);
     const int mode = stored >= 0 && stored < qint64(std::size(videoFormats)) ? int(stored) : 0;
-    useFormat(formats.standIn[mode]);
+    useFormat(session, formats.standIn[mode]);
     if (!formats.exact[mode] && defaults().hasStoredValue(videoModeKey))
         showCameraStatus(StatusCause::formatMissing,
                          foundation::Strings::localizedString("cam_status_format_missing")
@@ -473,13 +472,12 @@ void CameraViewController::applyStoredFormat() {
                                   formats.offered[formatIndex].title));
 }
 
-void CameraViewController::useFormat(int index) {
+void CameraViewController::useFormat(CKFVideoSession& session, int index) {
     formatIndex = index;
     const OfferedFormat& format = formats.offered[index];
     required(hdButton, "hdButton")->setTitle(format.title);
-    CKFVideoSession* session = videoSession();
-    session->setWidth(format.width, format.height, format.frameRate);
-    const av::CaptureDevice* camera = session->cameraDevice();
+    session.setWidth(format.width, format.height, format.frameRate);
+    const av::CaptureDevice* camera = session.cameraDevice();
     updateZoomRange(camera && camera->activeFormat().isValid() ? camera->activeFormat().height
                                                                : format.height);
     layoutControls();
@@ -570,7 +568,7 @@ void CameraViewController::changeCamHandler(ui::Control*) {
         // A new camera: what was wrong with the old one is gone, and its formats differ.
         clearCameraStatus(StatusCause::switchFailed);
         clearCameraStatus(StatusCause::cameraProblem);
-        applyStoredFormat();
+        applyStoredFormat(*session);
         applySliderZoom();
     }
     updateChangeCamButton();
@@ -605,7 +603,7 @@ void CameraViewController::hdHandler(ui::Control*) {
     const int next = (formatIndex + 1) % int(formats.offered.size());
     defaults().setInteger(videoModeKey, formats.offered[next].videoMode);
     clearCameraStatus(StatusCause::formatMissing);
-    useFormat(next);
+    useFormat(*session, next);
     if (defaults().integerForKey(zoomModeKey) == 0)
         session->setZoom(double(required(zoomSlider, "zoomSlider")->value()));
 }

@@ -176,9 +176,9 @@ private:
     void showCameraStatus(StatusCause cause, const QString& message, int seconds = 0);
     void clearCameraStatus(StatusCause cause);
     // Offers the camera's formats and runs the stored one, or its stand-in with a notice.
-    void applyStoredFormat();
+    void applyStoredFormat(CKFVideoSession& session);
     // Runs the offered format and sizes the slider to what the camera really delivers.
-    void useFormat(int index);
+    void useFormat(CKFVideoSession& session, int index);
     // Shown only when another camera is there to switch to.
     void updateChangeCamButton();
     // Runs the ramp's timer from now on.
