@@ -5,6 +5,7 @@
 #include "capture/CKFVideoSession.h"
 #include "platform/av/CaptureDevice.h"
 #include "platform/av/CaptureDeviceDiscoverySession.h"
+#include "platform/av/CaptureSession.h"
 #include "platform/av/CaptureVideoPreviewLayer.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/Device.h"
@@ -406,6 +407,8 @@ void CameraViewController::setupSession() {
     connect(session.get(), &CKFSession::deviceProblem, this, [this](const QString& description) {
         showCameraStatus(StatusCause::cameraProblem, description);
     });
+    connect(&av::CaptureDeviceDiscoverySession::changes(),
+            &av::CaptureDeviceChanges::devicesChanged, this, &CameraViewController::camerasChanged);
     connect(session.get(), &CKFVideoSession::switchFailed, this, [this](const QString& why) {
         showCameraStatus(StatusCause::switchFailed,
                          foundation::Strings::localizedString("cam_status_switch_failed").arg(why),
@@ -496,6 +499,29 @@ void CameraViewController::updateChangeCamButton() {
         return;
     changeCamButton->setVisible(canSwitch);
     layoutControls();
+}
+
+void CameraViewController::camerasChanged() {
+    CKFVideoSession* session = videoSession();
+    if (!session)
+        return;
+    const av::CaptureDevice* before = session->cameraDevice();
+    if (statusCause == StatusCause::cameraProblem && before && !before->isConnected() &&
+        !session->session()->isRunning()) {
+        const av::CaptureDevice* next =
+            CKFSession::captureDevice(CKFSession::DeviceType(int(session->cameraPosition())));
+        // The virtual stand-in does not replace a real camera that went: that one is waited for.
+        if (next && next != before && (!next->isVirtual() || before->isVirtual())) {
+            session->setCameraPosition(session->cameraPosition());
+            if (session->cameraDevice() != before) {
+                clearCameraStatus(StatusCause::cameraProblem);
+                applyStoredFormat(*session);
+                applySliderZoom();
+                session->start();
+            }
+        }
+    }
+    updateChangeCamButton();
 }
 
 void CameraViewController::updateDurationTitle() {

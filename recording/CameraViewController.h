@@ -181,6 +181,9 @@ private:
     void useFormat(CKFVideoSession& session, int index);
     // Shown only when another camera is there to switch to.
     void updateChangeCamButton();
+    // A camera plugged in or out: the switch follows, and an unplugged camera resumes once it
+    // (or another real one) is back.
+    void camerasChanged();
     // Runs the ramp's timer from now on.
     void beginTicking(const std::shared_ptr<RampState>& state);
     // Stops the ramp, if it still runs.

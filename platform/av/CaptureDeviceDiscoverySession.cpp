@@ -127,6 +127,7 @@ struct Catalog {
             return;
         qCDebug(lcAv).noquote() << "device plugged in:" << plugged->uniqueID();
         system.push_back(plugged);
+        emit CaptureDeviceDiscoverySession::changes().devicesChanged();
     }
 
     void removed(const QString& id) {
@@ -136,6 +137,7 @@ struct Catalog {
         qCDebug(lcAv).noquote() << "device unplugged:" << id;
         std::erase(system, gone);
         gone->setDisconnected();
+        emit CaptureDeviceDiscoverySession::changes().devicesChanged();
     }
 
     CaptureDevice* chosenCamera() {
@@ -273,6 +275,11 @@ void CaptureDeviceDiscoverySession::setSystemDevicesEnabled(bool enabled) {
         return;
     c.systemEnabled = enabled;
     c.probe();
+}
+
+CaptureDeviceChanges& CaptureDeviceDiscoverySession::changes() {
+    static CaptureDeviceChanges notifier;
+    return notifier;
 }
 
 void CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(bool enabled) {

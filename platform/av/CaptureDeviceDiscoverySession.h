@@ -3,6 +3,7 @@
 #include "platform/av/CaptureDeviceFormat.h"
 #include "platform/av/MediaType.h"
 
+#include <QObject>
 #include <QString>
 
 #include <gst/gst.h>
@@ -12,6 +13,14 @@
 namespace av {
 
 class CaptureDevice;
+
+// Says on the GUI thread that the device monitor saw a camera or microphone plugged in or out.
+class CaptureDeviceChanges : public QObject {
+    Q_OBJECT
+
+signals:
+    void devicesChanged();
+};
 
 // Finds the cameras and microphones to use, in order of preference. Real devices come first;
 // the virtual camera and microphone are listed after them when no real one of their kind
@@ -36,6 +45,7 @@ public:
     static QString cameraSelection();
     // Tests turn the system's devices off so they see only the virtual ones.
     static void setSystemDevicesEnabled(bool enabled);
+    static CaptureDeviceChanges& changes();
     // Tests turn the stand-ins off to see a machine with no device at all.
     static void setVirtualDevicesEnabled(bool enabled);
     // The virtual cameras become these until reset with an empty list, so that tests and

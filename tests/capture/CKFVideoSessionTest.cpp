@@ -14,26 +14,7 @@
 #include <gst/pbutils/pbutils.h>
 #include <gtest/gtest.h>
 
-// A webcam as the device monitor reports it: a live test picture, no node, no microphone.
-struct FakeWebcam {
-    GstDevice parent;
-};
-struct FakeWebcamClass {
-    GstDeviceClass parent;
-};
-G_DEFINE_TYPE(FakeWebcam, fake_webcam, GST_TYPE_DEVICE)
-
-static GstElement* createFakeWebcamSource(GstDevice*, const gchar* name) {
-    GstElement* source = gst_element_factory_make("videotestsrc", name);
-    g_object_set(source, "is-live", TRUE, nullptr);
-    return source;
-}
-
-static void fake_webcam_class_init(FakeWebcamClass* webcamClass) {
-    GST_DEVICE_CLASS(webcamClass)->create_element = createFakeWebcamSource;
-}
-
-static void fake_webcam_init(FakeWebcam*) {}
+#include "tests/FakeWebcam.h"
 
 namespace {
 
@@ -286,11 +267,8 @@ TEST_F(VideoSessionTest, anUnpluggedCameraEndsTheRecordingPlayableAndTellsTheScr
 }
 
 TEST_F(VideoSessionTest, aRealCameraWithoutAMicrophoneRecordsPictureOnly) {
-    GstCaps* caps =
-        gst_caps_from_string("video/x-raw, format=I420, width=640, height=360, framerate=30/1");
-    auto* webcam = GST_DEVICE(g_object_new(fake_webcam_get_type(), "display-name", "Fake webcam",
-                                           "device-class", "Video/Source", "caps", caps, nullptr));
-    gst_caps_unref(caps);
+    GstDevice* webcam = makeFakeWebcam(
+        "Fake webcam", "video/x-raw, format=I420, width=640, height=360, framerate=30/1");
     av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam);
     {
         CKFVideoSession session(CKFSession::CameraPosition::back);

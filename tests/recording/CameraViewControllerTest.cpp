@@ -27,6 +27,8 @@
 #include <gst/gst.h>
 #include <gtest/gtest.h>
 
+#include "tests/FakeWebcam.h"
+
 namespace {
 
 using foundation::Preferences;
@@ -243,6 +245,34 @@ TEST_F(CameraViewControllerTest, AFailedSwitchSaysSoUntilASwitchSucceeds) {
     EXPECT_FALSE(screen->cameraStatusLabel->isVisible()) << failed.toStdString();
     // The new camera runs the stored format too.
     EXPECT_EQ(camera()->activeFormat().height, 1080);
+}
+
+TEST_F(CameraViewControllerTest, AnUnpluggedCameraResumesWhenPluggedBackIn) {
+    GstDevice* webcam = makeFakeWebcam(
+        "Fake webcam", "video/x-raw, format=I420, width=640, height=360, framerate=30/1");
+    const QString id = QStringLiteral("Fake webcam");
+    av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam);
+    show();
+    ASSERT_EQ(camera()->uniqueID(), id);
+    EXPECT_TRUE(screen->changeCamButton->isHidden());
+    const auto frames = [this] { return screen->previewView->framesTaken(); };
+    ASSERT_TRUE(QTest::qWaitFor([&] { return frames() > 2; }, 10000));
+
+    av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(id);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return screen->cameraStatusLabel->isVisible(); }));
+    // Another change while it is away: the virtual stand-in does not take the real camera's place.
+    emit av::CaptureDeviceDiscoverySession::changes().devicesChanged();
+    EXPECT_EQ(camera()->uniqueID(), id);
+    EXPECT_FALSE(camera()->isConnected());
+
+    const quint64 before = frames();
+    av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return frames() > before + 2; }, 10000));
+    EXPECT_TRUE(camera()->isConnected());
+    EXPECT_FALSE(screen->cameraStatusLabel->isVisible());
+    window.reset();
+    av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(id);
+    gst_object_unref(webcam);
 }
 
 TEST_F(CameraViewControllerTest, FlashCyclesOffAutoOn) {
