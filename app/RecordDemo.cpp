@@ -278,8 +278,8 @@ int RecordDemo::run(const Options& options) {
     foundation::Preferences& defaults = foundation::Preferences::standard();
     defaults.setFloat(QStringLiteral("zoomDuration"), float(options.duration));
     defaults.setInteger(QStringLiteral("zoomMode"), options.zoomIn ? 1 : 0);
-    // One press of the format button brings it to the mode asked for, as a user would.
-    defaults.setInteger(QStringLiteral("videoMode"), (options.videoMode + 2) % 3);
+    // The screen runs the stored format from the camera's start, as at every launch.
+    defaults.setInteger(QStringLiteral("videoMode"), options.videoMode);
 
     // The run prints where its clip is; there is nobody to watch it loop.
     ui::Storyboard::unregisterFactory(QStringLiteral("Main"),
@@ -311,15 +311,9 @@ int RecordDemo::run(const Options& options) {
     if (camera.failed())
         return cameraFailed();
     CKFVideoSession* session = screen->videoSession();
-    screen->hdButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
-    // A camera without the format offers its own formats instead: on to the one standing in.
-    const auto chosenMode = [&defaults] {
-        return defaults.integerForKey(QStringLiteral("videoMode"));
-    };
-    for (size_t press = 1;
-         chosenMode() != options.videoMode && press < screen->offeredFormats().size(); ++press)
-        screen->hdButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
-    if (chosenMode() != options.videoMode) {
+    // A camera without the format runs its nearest one: HD's stand-in is recorded (the first line
+    // says which), a missing HD60 or 4K is refused.
+    if (options.videoMode != 0 && !screen->formatChoicesOffered().exact[options.videoMode]) {
         QStringList offered;
         for (const CameraViewController::OfferedFormat& format : screen->offeredFormats())
             offered << format.title;

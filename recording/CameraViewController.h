@@ -144,6 +144,7 @@ public:
     CKFVideoSession* videoSession() const;
     // The format button's choices on the current camera; empty without a camera.
     const std::vector<OfferedFormat>& offeredFormats() const { return formats.offered; }
+    const FormatChoices& formatChoicesOffered() const { return formats; }
 
     void didChangeValue(CKFSession* session, const QVariant& value, const QString& key) override;
     bool prefersStatusBarHidden() const override { return true; }
