@@ -1,5 +1,7 @@
 #include "app/CommandLine.h"
 
+#include "platform/av/CaptureDevice.h"
+#include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/FileCameraDevice.h"
 #include "recording/CameraViewController.h"
 
@@ -15,6 +17,10 @@ CommandLine::CommandLine()
                        "CommandLine", "Record with the camera NAME (a device name or path, "
                                       "or \"virtual\")."),
                    QStringLiteral("NAME")),
+      listCamerasOption(QStringList{QStringLiteral("list-cameras")},
+                        QCoreApplication::translate(
+                            "CommandLine", "Print every camera and microphone with its formats "
+                                           "and position, and leave.")),
       screenshotOption(QStringList{QStringLiteral("screenshot")},
                        QCoreApplication::translate(
                            "CommandLine", "Draw the screen NAME without a display, write it to "
@@ -51,6 +57,7 @@ CommandLine::CommandLine()
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addOption(cameraOption);
+    parser.addOption(listCamerasOption);
     parser.addOption(screenshotOption);
     parser.addOption(durationOption);
     parser.addOption(zoomOption);
@@ -80,7 +87,8 @@ bool CommandLine::runsOffscreen(int argc, char** argv) {
     // Errors and --help are left for process(), once the application exists.
     CommandLine commandLine;
     commandLine.parser.parse(arguments);
-    return commandLine.screenshot() || commandLine.asksForRecording();
+    return commandLine.screenshot() || commandLine.asksForRecording() ||
+           commandLine.asksForCameraList();
 }
 
 QVariantMap CommandLine::launchOptions() const {
@@ -103,6 +111,69 @@ bool CommandLine::asksForRecording() const {
     return !positional.isEmpty() && positional.first() == QLatin1String("record");
 }
 
+bool CommandLine::asksForCameraList() const {
+    return parser.isSet(listCamerasOption);
+}
+
+namespace {
+
+QString rateText(double rate) {
+    return QString::number(rate, 'g', 4);
+}
+
+QString formatLine(const av::CaptureDeviceFormat& format) {
+    QStringList rates;
+    for (const av::FrameRateRange& range : format.videoSupportedFrameRateRanges)
+        rates << (range.minFrameRate == range.maxFrameRate
+                      ? rateText(range.maxFrameRate)
+                      : rateText(range.minFrameRate) + QChar(0x2013) +
+                            rateText(range.maxFrameRate));
+    QString line =
+        QStringLiteral("    %1×%2").arg(format.width).arg(format.height).leftJustified(16);
+    line +=
+        QCoreApplication::translate("CommandLine", "%1 fps").arg(rates.join(QStringLiteral(", ")));
+    if (format.mediaType == QLatin1String("image/jpeg"))
+        line += QStringLiteral(" (MJPEG)");
+    else if (format.mediaType != QLatin1String("video/x-raw"))
+        line += QStringLiteral(" (%1)").arg(format.mediaType);
+    return line;
+}
+
+QString positionText(av::DevicePosition position) {
+    switch (position) {
+    case av::DevicePosition::front:
+        return QCoreApplication::translate("CommandLine", "front");
+    case av::DevicePosition::back:
+        return QCoreApplication::translate("CommandLine", "back");
+    default:
+        return QCoreApplication::translate("CommandLine", "position unknown");
+    }
+}
+
+} // namespace
+
+QString CommandLine::cameraList() {
+    QStringList lines;
+    lines << QCoreApplication::translate("CommandLine", "Cameras (choose one with --camera NAME):");
+    const auto cameras = av::CaptureDeviceDiscoverySession::allDevices(av::MediaType::video);
+    for (const av::CaptureDevice* camera : cameras) {
+        const QString choice = camera->isVirtual() ? QStringLiteral("virtual") : camera->uniqueID();
+        lines << QStringLiteral("  %1 — %2 — --camera %3")
+                     .arg(camera->localizedName(), positionText(camera->position()), choice);
+        for (const av::CaptureDeviceFormat& format : camera->formats())
+            lines << formatLine(format);
+    }
+    lines << QCoreApplication::translate("CommandLine", "Microphones:");
+    const auto microphones = av::CaptureDeviceDiscoverySession::allDevices(av::MediaType::audio);
+    for (const av::CaptureDevice* microphone : microphones)
+        lines << QStringLiteral("  ") + microphone->localizedName() +
+                     (microphone->isVirtual()
+                          ? QCoreApplication::translate("CommandLine",
+                                                        " (only with the virtual camera)")
+                          : QString());
+    return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
+}
+
 std::optional<double> CommandLine::parseNumber(const QString& text) {
     QString plain = text.trimmed();
     if (plain.count(QLatin1Char(',')) == 1 && !plain.contains(QLatin1Char('.')))
@@ -116,8 +187,8 @@ std::optional<double> CommandLine::parseNumber(const QString& text) {
 
 double CommandLine::highestZoom(int videoMode) {
     // The screen's own limit for the format, so a run is refused before the camera starts.
-    const double width = CameraViewController::videoFormats[videoMode].width;
-    return std::clamp(width / CameraViewController::narrowestSharpCrop, 1.0,
+    const double height = CameraViewController::videoFormats[videoMode].height;
+    return std::clamp(height / CameraViewController::fewestSharpLines, 1.0,
                       CameraViewController::maximumZoom);
 }
 
@@ -165,6 +236,12 @@ std::optional<RecordDemo::Options> CommandLine::recordOptions(QString* problem) 
     }
     const QString camera = parser.value(cameraOption);
     options.camera = camera;
+    // A script must be able to tell: the window falls back to another camera, a record does not.
+    if (!camera.isEmpty() && camera != QLatin1String("virtual") &&
+        !camera.startsWith(QLatin1String("file:")) &&
+        !av::CaptureDeviceDiscoverySession::systemCamera(camera))
+        return fail(QCoreApplication::translate("CommandLine", "There is no camera “%1”.\n%2")
+                        .arg(camera, cameraList().trimmed()));
     if (camera.startsWith(QLatin1String("file:")))
         if (const std::optional<av::Error> unusable =
                 av::FileCameraDevice::problemWith(camera.mid(5)))

@@ -28,6 +28,10 @@ public:
     std::optional<Screenshot> screenshot() const;
     // Whether the first argument is the command "record".
     bool asksForRecording() const;
+    bool asksForCameraList() const;
+    // Every camera and microphone there is, with its formats and position, and what --camera
+    // takes to choose it.
+    static QString cameraList();
     // The demo's options, each checked against the chosen format and camera before anything
     // starts; nullopt with a message for the user when one is out of range or a camera file
     // cannot be used.
@@ -45,6 +49,7 @@ public:
 private:
     QCommandLineParser parser;
     QCommandLineOption cameraOption;
+    QCommandLineOption listCamerasOption;
     QCommandLineOption screenshotOption;
     QCommandLineOption durationOption;
     QCommandLineOption zoomOption;

@@ -5,6 +5,7 @@
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFVideoSession.h"
 #include "platform/av/AssetImageGenerator.h"
+#include "platform/av/CaptureDevice.h"
 #include "platform/av/CaptureMovieFileOutput.h"
 #include "platform/av/CaptureSession.h"
 #include "platform/av/FileCameraDevice.h"
@@ -273,8 +274,8 @@ int RecordDemo::run(const Options& options) {
     foundation::Preferences& defaults = foundation::Preferences::standard();
     defaults.setFloat(QStringLiteral("zoomDuration"), float(options.duration));
     defaults.setInteger(QStringLiteral("zoomMode"), options.zoomIn ? 1 : 0);
-    // One press of the format button brings it to the mode asked for, as a user would.
-    defaults.setInteger(QStringLiteral("videoMode"), (options.videoMode + 2) % 3);
+    // The screen runs the stored format from the camera's start, as at every launch.
+    defaults.setInteger(QStringLiteral("videoMode"), options.videoMode);
 
     // The run prints where its clip is; there is nobody to watch it loop.
     ui::Storyboard::unregisterFactory(QStringLiteral("Main"),
@@ -306,7 +307,19 @@ int RecordDemo::run(const Options& options) {
     if (camera.failed())
         return cameraFailed();
     CKFVideoSession* session = screen->videoSession();
-    screen->hdButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
+    // A camera without the format runs its nearest one: HD's stand-in is recorded (the first line
+    // says which), a missing HD60 or 4K is refused.
+    if (options.videoMode != 0 && !screen->formatChoicesOffered().exact[options.videoMode]) {
+        QStringList offered;
+        for (const CameraViewController::OfferedFormat& format : screen->offeredFormats())
+            offered << format.title;
+        err() << tr("This camera has no %1; it records %2.")
+                     .arg(QString::fromLatin1(
+                              CameraViewController::videoFormats[options.videoMode].title),
+                          offered.join(QStringLiteral(", ")))
+              << Qt::endl;
+        return 2;
+    }
     // The pipeline switches format on the next turn of the event loop; wait for its pictures.
     QCoreApplication::processEvents();
     const quint64 beforeSwitch = frames();
@@ -346,18 +359,23 @@ int RecordDemo::run(const Options& options) {
     QUrl clip;
     QObject::connect(screen, &CameraViewController::clipFinished,
                      [&clip](const QUrl& url) { clip = url; });
-    const CameraViewController::VideoFormat& format =
-        CameraViewController::videoFormats[options.videoMode];
-    out() << tr("Recording a %1 s %2 ramp at %3 (%4×%5, %6 fps) with the %7 camera…")
+    // What the camera really runs, which may stand in for the format asked for.
+    const av::CaptureDevice* device = session->cameraDevice();
+    const struct {
+        QString title;
+        int width, height;
+        double frameRate;
+    } format{screen->hdButton->currentTitle(), device->activeFormat().width,
+             device->activeFormat().height, device->activeVideoMinFrameDuration().frameRate()};
+    out() << tr("Recording a %1 s %2 ramp at %3 (%4×%5, %6 fps) with the %7…")
                  .arg(options.duration)
                  .arg(options.zoomIn ? tr("zoom-in from 1.0× to %1").arg(formatZoom(options.zoom))
                                      : tr("zoom-out from %1 to 1.0×").arg(formatZoom(options.zoom)))
-                 .arg(QString::fromLatin1(format.title))
+                 .arg(format.title)
                  .arg(format.width)
                  .arg(format.height)
                  .arg(format.frameRate)
-                 .arg(session->cameraPosition() == CKFSession::CameraPosition::back ? tr("back")
-                                                                                    : tr("front"))
+                 .arg(device->localizedName())
           << Qt::endl;
     qputenv("TESSARO_DOCUMENTS_DIR", QFile::encodeName(recordingFolder.path()));
     screen->cameraButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);

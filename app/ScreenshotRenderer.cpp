@@ -5,9 +5,11 @@
 #include "capture/CKFGridView.h"
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFVideoSession.h"
+#include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/CaptureVideoPreviewLayer.h"
 #include "platform/av/Gst.h"
 #include "platform/av/GstHandle.h"
+#include "platform/av/VirtualCameraDevice.h"
 #include "platform/foundation/FileManager.h"
 #include "platform/foundation/Preferences.h"
 #include "platform/ui/ActivityViewController.h"
@@ -242,6 +244,20 @@ const std::vector<ScreenshotRenderer::Screen>& ScreenshotRenderer::screens() {
          [] { return cameraScreen(phone.transposed(), CameraScene::idle); }},
         {QStringLiteral("camera-desktop"),
          [] { return cameraScreen(QSize(1280, 720), CameraScene::idle); }},
+        // A webcam with 720p only, and a machine with one camera: what the controls offer there.
+        {QStringLiteral("camera-720p"),
+         [] {
+             av::CaptureDeviceDiscoverySession::setVirtualCamerasForTesting(
+                 {{av::DevicePosition::back,
+                   {{1280, 720, {{1, 30}}, QStringLiteral("video/x-raw")}}}});
+             return cameraScreen(phone, CameraScene::idle);
+         }},
+        {QStringLiteral("camera-one"),
+         [] {
+             av::CaptureDeviceDiscoverySession::setVirtualCamerasForTesting(
+                 {{av::DevicePosition::back, av::VirtualCameraDevice::sceneFormats()}});
+             return cameraScreen(phone, CameraScene::idle);
+         }},
         {QStringLiteral("duration-picker"),
          [] { return cameraScreen(phone, CameraScene::picker); }},
         {QStringLiteral("rate-first"), [] { return cameraScreen(phone, CameraScene::rateFirst); }},

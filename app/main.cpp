@@ -28,6 +28,11 @@ int main(int argc, char** argv) {
     const QString camera = commandLine.launchOptions().value(QStringLiteral("camera")).toString();
     MainStoryboard::registerScenes();
 
+    if (commandLine.asksForCameraList()) {
+        QTextStream(stdout) << CommandLine::cameraList();
+        return 0;
+    }
+
     if (commandLine.asksForRecording()) {
         QString problem;
         const std::optional<RecordDemo::Options> options = commandLine.recordOptions(&problem);

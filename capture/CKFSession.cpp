@@ -8,6 +8,9 @@
 
 #include <QWidget>
 
+#include <algorithm>
+#include <cstdlib>
+
 std::optional<CKFSession::DeviceType> CKFSession::deviceType(qint64 rawValue) {
     if (rawValue < 0 || rawValue > 2)
         return std::nullopt;
@@ -83,24 +86,39 @@ void CKFSession::reportDeviceProblem(const QString& description) {
         this, [this, description] { emit deviceProblem(description); }, Qt::QueuedConnection);
 }
 
-std::unique_ptr<av::CaptureDeviceInput> CKFSession::captureDeviceInput(DeviceType type) {
+av::CaptureDevice* CKFSession::captureDevice(DeviceType type) {
     const av::MediaType media =
         type == DeviceType::microphone ? av::MediaType::audio : av::MediaType::video;
     const av::DevicePosition position = type == DeviceType::frontCamera ? av::DevicePosition::front
                                         : type == DeviceType::backCamera
                                             ? av::DevicePosition::back
                                             : av::DevicePosition::unspecified;
-    const std::vector<av::CaptureDevice*> devices =
+    std::vector<av::CaptureDevice*> devices =
         av::CaptureDeviceDiscoverySession(media, position).devices();
-    if (devices.empty())
+    // A laptop whose only camera says it faces the user still has a main camera.
+    if (devices.empty() && type == DeviceType::backCamera)
+        devices =
+            av::CaptureDeviceDiscoverySession(media, av::DevicePosition::unspecified).devices();
+    return devices.empty() ? nullptr : devices.front();
+}
+
+std::unique_ptr<av::CaptureDeviceInput> CKFSession::captureDeviceInput(DeviceType type) {
+    av::CaptureDevice* device = captureDevice(type);
+    if (!device)
         throw CKFError::captureDeviceNotFound();
-    return std::make_unique<av::CaptureDeviceInput>(devices.front());
+    return std::make_unique<av::CaptureDeviceInput>(device);
 }
 
 std::optional<av::CaptureDeviceFormat>
 CKFSession::deviceInputFormat(const av::CaptureDeviceInput& input, qint64 width, qint64 height,
                               qint64 frameRate) {
-    for (const av::CaptureDeviceFormat& format : input.device()->formats()) {
+    return deviceInputFormat(*input.device(), width, height, frameRate);
+}
+
+std::optional<av::CaptureDeviceFormat>
+CKFSession::deviceInputFormat(const av::CaptureDevice& device, qint64 width, qint64 height,
+                              qint64 frameRate) {
+    for (const av::CaptureDeviceFormat& format : device.formats()) {
         if (format.width < width || format.height < height)
             continue;
         for (const av::FrameRateRange& range : format.videoSupportedFrameRateRanges)
@@ -108,4 +126,37 @@ CKFSession::deviceInputFormat(const av::CaptureDeviceInput& input, qint64 width,
                 return format;
     }
     return std::nullopt;
+}
+
+std::optional<CKFSession::FormatChoice>
+CKFSession::nearestDeviceInputFormat(const av::CaptureDevice& device, qint64 width, qint64 height,
+                                     qint64 frameRate) {
+    if (std::optional<av::CaptureDeviceFormat> format =
+            deviceInputFormat(device, width, height, frameRate))
+        return FormatChoice{*format, frameRate, true};
+    std::optional<FormatChoice> nearest;
+    qint64 bestLines = 0;
+    qint64 bestRate = 0;
+    for (const av::CaptureDeviceFormat& format : device.formats()) {
+        for (const av::FrameRateRange& range : format.videoSupportedFrameRateRanges) {
+            const qint64 lowest = std::max<qint64>(1, qint64(range.minFrameRate));
+            const qint64 highest = qint64(range.maxFrameRate);
+            if (highest < lowest)
+                continue;
+            const qint64 rate = std::clamp(frameRate, lowest, highest);
+            const qint64 lines = std::abs(format.height - height);
+            const qint64 rateOff = std::abs(rate - frameRate);
+            if (nearest && (lines > bestLines || (lines == bestLines && rateOff >= bestRate)))
+                continue;
+            // Named by what the camera really runs: an earlier, larger format may win the choice.
+            std::optional<av::CaptureDeviceFormat> runs =
+                deviceInputFormat(device, format.width, format.height, rate);
+            if (!runs)
+                continue;
+            nearest = FormatChoice{*runs, rate, false};
+            bestLines = lines;
+            bestRate = rateOff;
+        }
+    }
+    return nearest;
 }

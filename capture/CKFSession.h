@@ -65,14 +65,33 @@ public:
     // Where the user tapped, in the device's point of interest; a plain session ignores it.
     virtual void focusAt(const QPointF& point);
 
-    // Opens the first device of the kind. Throws CKFError::captureDeviceNotFound when there is
+    // Opens the first device of the kind; asked for the back camera, a machine without one gives
+    // its camera of any position. Throws CKFError::captureDeviceNotFound when there is
     // none, and av::Error (unchanged) when the device cannot be opened.
     static std::unique_ptr<av::CaptureDeviceInput> captureDeviceInput(DeviceType type);
+    // The device captureDeviceInput() would open, found without opening it; null when none.
+    static av::CaptureDevice* captureDevice(DeviceType type);
     // The first format, in the device's order, at least this large with a frame-rate range
     // holding the rate.
     static std::optional<av::CaptureDeviceFormat>
     deviceInputFormat(const av::CaptureDeviceInput& input, qint64 width, qint64 height,
                       qint64 frameRate);
+    static std::optional<av::CaptureDeviceFormat> deviceInputFormat(const av::CaptureDevice& device,
+                                                                    qint64 width, qint64 height,
+                                                                    qint64 frameRate);
+
+    // What the device really runs for a size and rate it may not have: the format above when
+    // one qualifies, otherwise its format nearest in lines, then in rate, at the rate it can
+    // give. nullopt only for a device without formats.
+    struct FormatChoice {
+        av::CaptureDeviceFormat format;
+        qint64 frameRate = 0;
+        // The requested size and rate are served as asked.
+        bool exact = false;
+    };
+    static std::optional<FormatChoice> nearestDeviceInputFormat(const av::CaptureDevice& device,
+                                                                qint64 width, qint64 height,
+                                                                qint64 frameRate);
 
 signals:
     // A camera could not be opened, or the running session stopped because of its device (in

@@ -26,12 +26,8 @@ CKFVideoSession::CKFVideoSession(CameraPosition initialPosition)
     session()->setSessionPreset(av::CaptureSession::preset1920x1080);
     session()->addOutput(movieOutput);
     position = initialPosition;
-    swapCameraInput();
-    try {
-        session()->addInput(captureDeviceInput(DeviceType::microphone).release());
-    } catch (const std::exception& error) {
-        printError(error);
-    }
+    swapCameraInput(initialPosition);
+    matchMicrophone();
 }
 
 CKFVideoSession::~CKFVideoSession() {
@@ -44,28 +40,61 @@ av::CaptureDevice* CKFVideoSession::cameraDevice() const {
 }
 
 void CKFVideoSession::setCameraPosition(CameraPosition value) {
-    position = value;
-    swapCameraInput();
+    if (swapCameraInput(value))
+        matchMicrophone();
 }
 
 void CKFVideoSession::togglePosition() {
-    position = position == CameraPosition::back ? CameraPosition::front : CameraPosition::back;
-    swapCameraInput();
+    setCameraPosition(position == CameraPosition::back ? CameraPosition::front
+                                                       : CameraPosition::back);
 }
 
-void CKFVideoSession::swapCameraInput() {
+bool CKFVideoSession::swapCameraInput(CameraPosition wanted) {
     std::unique_ptr<av::CaptureDeviceInput> input;
     try {
-        input = captureDeviceInput(DeviceType(int(position)));
+        input = captureDeviceInput(DeviceType(int(wanted)));
+        // The back camera's stand-in for a lone front camera is no other camera to switch to.
+        if (cameraInput && input->device() == cameraInput->device() && wanted != position)
+            throw CKFError::captureDeviceNotFound();
     } catch (const std::exception& error) {
         printError(error);
-        reportDeviceProblem(QString::fromUtf8(error.what()));
-        return;
+        // Without any camera the session itself has a problem; otherwise only the switch failed.
+        if (cameraInput)
+            emit switchFailed(QString::fromUtf8(error.what()));
+        else
+            reportDeviceProblem(QString::fromUtf8(error.what()));
+        return false;
     }
+    position = wanted;
+    if (cameraInput && input->device() == cameraInput->device())
+        return true;
     av::CaptureDeviceInput* old = std::exchange(cameraInput, input.release());
     if (old)
         session()->removeInput(old);
     session()->addInput(cameraInput);
+    return true;
+}
+
+void CKFVideoSession::matchMicrophone() {
+    const av::CaptureDevice* camera = cameraDevice();
+    const bool standInAllowed = !camera || camera->isVirtual();
+    if (microphoneInput) {
+        if (standInAllowed || !microphoneInput->device()->isVirtual())
+            return;
+        session()->removeInput(std::exchange(microphoneInput, nullptr));
+        return;
+    }
+    std::unique_ptr<av::CaptureDeviceInput> input;
+    try {
+        input = captureDeviceInput(DeviceType::microphone);
+    } catch (const std::exception& error) {
+        printError(error);
+        return;
+    }
+    if (input->device()->isVirtual() && !standInAllowed)
+        return;
+    microphoneInput = input.release();
+    session()->addInput(microphoneInput);
 }
 
 void CKFVideoSession::configureCamera(const std::function<void(av::CaptureDevice&)>& change) {

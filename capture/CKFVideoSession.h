@@ -30,6 +30,8 @@ public:
     bool hasRecordingStarted() const { return started; }
 
     CameraPosition cameraPosition() const { return position; }
+    // A camera that cannot be opened leaves the camera and the position as they were, and says
+    // so through switchFailed.
     void setCameraPosition(CameraPosition value);
 
     FlashMode flashMode() const { return flash; }
@@ -61,9 +63,15 @@ public:
 signals:
     // The first frame of the requested recording is in the movie.
     void recordingStarted();
+    // Another camera was asked for and could not be opened; the current one goes on.
+    void switchFailed(const QString& description);
 
 private:
-    void swapCameraInput();
+    // False, with the old camera in place, when the camera of the position cannot be opened.
+    bool swapCameraInput(CameraPosition wanted);
+    // The virtual microphone's hiss belongs to the virtual scene: a real camera without a
+    // microphone of its own records no sound.
+    void matchMicrophone();
     // Changes the camera under its configuration lock; no camera, or a lock that fails (the
     // camera is gone), changes nothing and says nothing.
     void configureCamera(const std::function<void(av::CaptureDevice&)>& change);
@@ -73,6 +81,7 @@ private:
     bool started = false;
     CameraPosition position = CameraPosition::back;
     av::CaptureDeviceInput* cameraInput = nullptr;
+    av::CaptureDeviceInput* microphoneInput = nullptr;
     FlashMode flash = FlashMode::off;
     av::CaptureMovieFileOutput* movieOutput = nullptr;
     RecordCallback recordCallback = [](const QUrl&) {};

@@ -5,6 +5,7 @@
 #include "capture/CKFVideoSession.h"
 #include "platform/av/CaptureDevice.h"
 #include "platform/av/CaptureDeviceDiscoverySession.h"
+#include "platform/av/CaptureSession.h"
 #include "platform/av/CaptureVideoPreviewLayer.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/Device.h"
@@ -54,12 +55,6 @@ qint64 wholeSeconds(float seconds, const char* where) {
         qFatal("CameraViewController::%s: \"zoomDuration\" %g is not a number of seconds", where,
                double(seconds));
     return qint64(seconds);
-}
-
-const CameraViewController::VideoFormat& videoFormat(qint64 mode) {
-    if (mode < 0 || mode > 2)
-        qFatal("CameraViewController: \"videoMode\" %lld has no format", mode);
-    return CameraViewController::videoFormats[mode];
 }
 
 // Stops a ramp's ticks; the timer goes once its current tick has returned.
@@ -276,7 +271,7 @@ void CameraViewController::layoutControls() {
     std::vector<QWidget*> row;
     for (const QPointer<ui::Button>& button :
          {changeCamButton, zoomInButton, durationButton, gridButton, flashButton, hdButton})
-        if (button)
+        if (button && !button->isHidden())
             row.push_back(button);
     if (!row.empty()) {
         const int rowWidth = std::min(width, columnWidth + 80) - 2 * margin;
@@ -367,7 +362,8 @@ void CameraViewController::viewDidLoad() {
     }
     case av::AuthorizationStatus::restricted:
     case av::AuthorizationStatus::denied:
-        showCameraStatus(foundation::Strings::localizedString("cam_status_denied"));
+        showCameraStatus(StatusCause::permission,
+                         foundation::Strings::localizedString("cam_status_denied"));
         break;
     }
 }
@@ -394,6 +390,8 @@ void CameraViewController::setupSession() {
     auto session = std::make_shared<CKFVideoSession>(CKFSession::CameraPosition::back);
     session->setDelegate(this);
     session->setFlashMode(CKFSession::FlashMode::automatic);
+    // Before the camera starts, so it starts in its format and the slider's range follows it.
+    applyStoredFormat(*session);
     CKFPreviewView* preview = required(previewView, "previewView");
     preview->setAutorotate(true);
     preview->setSession(session);
@@ -401,18 +399,129 @@ void CameraViewController::setupSession() {
         layer->setVideoGravity(av::CaptureVideoPreviewLayer::VideoGravity::resizeAspectFill);
     applySliderZoom();
     updateZoomModeButton();
+    updateChangeCamButton();
     if (preview->gridView())
         preview->gridView()->raise();
 
     // Every camera state is said on the picture: busy, refused, unplugged; and a stand-in.
-    connect(session.get(), &CKFSession::deviceProblem, this,
-            qOverload<const QString&>(&CameraViewController::showCameraStatus));
+    connect(session.get(), &CKFSession::deviceProblem, this, [this](const QString& description) {
+        showCameraStatus(StatusCause::cameraProblem, description);
+    });
+    connect(&av::CaptureDeviceDiscoverySession::changes(),
+            &av::CaptureDeviceChanges::devicesChanged, this, &CameraViewController::camerasChanged);
+    connect(session.get(), &CKFVideoSession::switchFailed, this, [this](const QString& why) {
+        showCameraStatus(StatusCause::switchFailed,
+                         foundation::Strings::localizedString("cam_status_switch_failed").arg(why),
+                         failureNoticeSeconds);
+    });
     const av::CaptureDevice* camera = session->cameraDevice();
     if (camera && camera->isVirtual() &&
-        av::CaptureDeviceDiscoverySession::cameraSelection() != QLatin1String("virtual")) {
-        showCameraStatus(foundation::Strings::localizedString("cam_status_virtual"),
+        av::CaptureDeviceDiscoverySession::cameraSelection() != QLatin1String("virtual") &&
+        statusCause == StatusCause::none) {
+        showCameraStatus(StatusCause::virtualCamera,
+                         foundation::Strings::localizedString("cam_status_virtual"),
                          virtualNoticeSeconds);
     }
+}
+
+QString CameraViewController::formatTitle(int height, int frameRate) {
+    const QString size = height == 1080   ? QStringLiteral("HD")
+                         : height == 2160 ? QStringLiteral("4K")
+                                          : QStringLiteral("%1p").arg(height);
+    return frameRate == 30 ? size : size + QString::number(frameRate);
+}
+
+CameraViewController::FormatChoices
+CameraViewController::formatChoices(const av::CaptureDevice& camera) {
+    FormatChoices choices;
+    for (int mode = 0; mode < int(std::size(videoFormats)); ++mode) {
+        const VideoFormat& row = videoFormats[mode];
+        const std::optional<CKFSession::FormatChoice> choice =
+            CKFSession::nearestDeviceInputFormat(camera, row.width, row.height, row.frameRate);
+        if (!choice)
+            return {};
+        const OfferedFormat offer{mode, choice->format.width, choice->format.height,
+                                  int(choice->frameRate),
+                                  formatTitle(choice->format.height, int(choice->frameRate))};
+        auto same = std::find_if(
+            choices.offered.begin(), choices.offered.end(), [&](const OfferedFormat& known) {
+                return known.width == offer.width && known.height == offer.height &&
+                       known.frameRate == offer.frameRate;
+            });
+        if (same == choices.offered.end())
+            same = choices.offered.insert(choices.offered.end(), offer);
+        choices.standIn[mode] = int(same - choices.offered.begin());
+        choices.exact[mode] = choice->exact;
+    }
+    return choices;
+}
+
+void CameraViewController::applyStoredFormat(CKFVideoSession& session) {
+    clearCameraStatus(StatusCause::formatMissing);
+    const av::CaptureDevice* camera = session.cameraDevice();
+    formats = camera ? formatChoices(*camera) : FormatChoices{};
+    ui::Button* button = required(hdButton, "hdButton");
+    button->setEnabled(formats.offered.size() > 1);
+    if (formats.offered.empty())
+        return;
+    // A value no row has (written by hand) reads as the default, like an absent one.
+    const qint64 stored = defaults().integerForKey(videoModeKey);
+    const int mode = stored >= 0 && stored < qint64(std::size(videoFormats)) ? int(stored) : 0;
+    useFormat(session, formats.standIn[mode]);
+    if (!formats.exact[mode] && defaults().hasStoredValue(videoModeKey))
+        showCameraStatus(StatusCause::formatMissing,
+                         foundation::Strings::localizedString("cam_status_format_missing")
+                             .arg(QString::fromLatin1(videoFormats[mode].title),
+                                  formats.offered[formatIndex].title));
+}
+
+void CameraViewController::useFormat(CKFVideoSession& session, int index) {
+    formatIndex = index;
+    const OfferedFormat& format = formats.offered[index];
+    required(hdButton, "hdButton")->setTitle(format.title);
+    session.setWidth(format.width, format.height, format.frameRate);
+    const av::CaptureDevice* camera = session.cameraDevice();
+    updateZoomRange(camera && camera->activeFormat().isValid() ? camera->activeFormat().height
+                                                               : format.height);
+    layoutControls();
+}
+
+void CameraViewController::updateChangeCamButton() {
+    if (!changeCamButton)
+        return;
+    CKFVideoSession* session = videoSession();
+    const auto other = session && session->cameraPosition() == CKFSession::CameraPosition::back
+                           ? CKFSession::DeviceType::frontCamera
+                           : CKFSession::DeviceType::backCamera;
+    const av::CaptureDevice* otherCamera = session ? CKFSession::captureDevice(other) : nullptr;
+    const bool canSwitch = otherCamera && otherCamera != session->cameraDevice();
+    if (changeCamButton->isHidden() != canSwitch)
+        return;
+    changeCamButton->setVisible(canSwitch);
+    layoutControls();
+}
+
+void CameraViewController::camerasChanged() {
+    CKFVideoSession* session = videoSession();
+    if (!session)
+        return;
+    const av::CaptureDevice* before = session->cameraDevice();
+    if (statusCause == StatusCause::cameraProblem && before && !before->isConnected() &&
+        !session->session()->isRunning()) {
+        const av::CaptureDevice* next =
+            CKFSession::captureDevice(CKFSession::DeviceType(int(session->cameraPosition())));
+        // The virtual stand-in does not replace a real camera that went: that one is waited for.
+        if (next && next != before && (!next->isVirtual() || before->isVirtual())) {
+            session->setCameraPosition(session->cameraPosition());
+            if (session->cameraDevice() != before) {
+                clearCameraStatus(StatusCause::cameraProblem);
+                applyStoredFormat(*session);
+                applySliderZoom();
+                session->start();
+            }
+        }
+    }
+    updateChangeCamButton();
 }
 
 void CameraViewController::updateDurationTitle() {
@@ -477,9 +586,18 @@ void CameraViewController::changeCamHandler(ui::Control*) {
     CKFVideoSession* session = videoSession();
     if (!session)
         return;
+    const av::CaptureDevice* before = session->cameraDevice();
     session->setCameraPosition(session->cameraPosition() == CKFSession::CameraPosition::back
                                    ? CKFSession::CameraPosition::front
                                    : CKFSession::CameraPosition::back);
+    if (session->cameraDevice() != before) {
+        // A new camera: what was wrong with the old one is gone, and its formats differ.
+        clearCameraStatus(StatusCause::switchFailed);
+        clearCameraStatus(StatusCause::cameraProblem);
+        applyStoredFormat(*session);
+        applySliderZoom();
+    }
+    updateChangeCamButton();
 }
 
 void CameraViewController::flashHandler(ui::Control*) {
@@ -505,18 +623,13 @@ void CameraViewController::flashHandler(ui::Control*) {
 
 void CameraViewController::hdHandler(ui::Control*) {
     CKFVideoSession* session = videoSession();
-    if (!session)
+    if (!session || formats.offered.empty())
         return;
-    qint64 mode = defaults().integerForKey(videoModeKey);
-    if (mode >= 0 && mode <= 2) {
-        mode = (mode + 1) % 3;
-        required(hdButton, "hdButton")->setTitle(QString::fromLatin1(videoFormats[mode].title));
-    }
-    defaults().setInteger(videoModeKey, mode);
-    const VideoFormat& format = videoFormat(mode);
-    session->setWidth(format.width, format.height, format.frameRate);
-    updateZoomRange(format.width);
-    layoutControls();
+    // The next format this camera has; the stored row is the one it stands for.
+    const int next = (formatIndex + 1) % int(formats.offered.size());
+    defaults().setInteger(videoModeKey, formats.offered[next].videoMode);
+    clearCameraStatus(StatusCause::formatMissing);
+    useFormat(*session, next);
     if (defaults().integerForKey(zoomModeKey) == 0)
         session->setZoom(double(required(zoomSlider, "zoomSlider")->value()));
 }
@@ -534,10 +647,10 @@ void CameraViewController::durationHandler(ui::Control*) {
         present(picker, true);
 }
 
-void CameraViewController::updateZoomRange(int formatWidth) {
+void CameraViewController::updateZoomRange(int formatHeight) {
     ui::Slider* slider = required(zoomSlider, "zoomSlider");
     const float highest =
-        std::clamp(float(formatWidth) / float(narrowestSharpCrop), 1.0f, float(maximumZoom));
+        std::clamp(float(formatHeight) / float(fewestSharpLines), 1.0f, float(maximumZoom));
     slider->setMaximumValue(highest);
     updateZoomValueLabel();
 }
@@ -546,8 +659,7 @@ void CameraViewController::cameraButtonHandler(ui::Control*) {
     CKFVideoSession* session = videoSession();
     if (!session)
         return;
-    if (!failureShown.isEmpty() && cameraStatusLabel && cameraStatusLabel->text() == failureShown)
-        showCameraStatus(QString());
+    clearCameraStatus(StatusCause::recordingFailed);
     if (session->isRecording()) {
         // Before the first frame too; the ramp ends with the take, or it would cut the next one.
         session->stopRecording();
@@ -695,8 +807,9 @@ void CameraViewController::showIdleControls() {
 
 void CameraViewController::recordingFailed(const QString& description) {
     showIdleControls();
-    failureShown = foundation::Strings::localizedString("cam_recording_failed").arg(description);
-    showCameraStatus(failureShown, failureNoticeSeconds);
+    showCameraStatus(StatusCause::recordingFailed,
+                     foundation::Strings::localizedString("cam_recording_failed").arg(description),
+                     failureNoticeSeconds);
 }
 
 void CameraViewController::recordingFinished(const QUrl& url) {
@@ -720,19 +833,26 @@ void CameraViewController::recordingFinished(const QUrl& url) {
 
 void CameraViewController::didChangeValue(CKFSession*, const QVariant&, const QString&) {}
 
-void CameraViewController::showCameraStatus(const QString& message) {
+void CameraViewController::showCameraStatus(StatusCause cause, const QString& message,
+                                            int seconds) {
     ui::Label* label = required(cameraStatusLabel, "cameraStatusLabel");
+    statusCause = cause;
+    const quint64 shown = ++statusShown;
     label->setText(message);
     label->setVisible(!message.isEmpty());
     label->raise();
     layoutControls();
+    if (seconds > 0)
+        QTimer::singleShot(seconds * 1000, this, [this, shown, cause] {
+            if (statusShown == shown)
+                clearCameraStatus(cause);
+        });
 }
 
-void CameraViewController::showCameraStatus(const QString& message, int seconds) {
-    showCameraStatus(message);
-    QPointer<ui::Label> label(cameraStatusLabel);
-    QTimer::singleShot(seconds * 1000, this, [label, message] {
-        if (label && label->text() == message)
-            label->hide();
-    });
+void CameraViewController::clearCameraStatus(StatusCause cause) {
+    if (statusCause != cause || !cameraStatusLabel)
+        return;
+    statusCause = StatusCause::none;
+    cameraStatusLabel->clear();
+    cameraStatusLabel->hide();
 }

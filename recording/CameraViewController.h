@@ -5,6 +5,7 @@
 
 #include <QPointer>
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -14,6 +15,10 @@ class CameraButton;
 class CKFPreviewView;
 class CKFSession;
 class CKFVideoSession;
+
+namespace av {
+class CaptureDevice;
+}
 
 namespace ui {
 class Button;
@@ -56,9 +61,30 @@ public:
         {1920, 1080, 60, "HD60"},
         {3840, 2160, 30, "4K"},
     };
+    // A choice of the format button on the current camera: the row of videoFormats it stands for
+    // ("videoMode") and what the camera really runs for it, named by what it is.
+    struct OfferedFormat {
+        int videoMode = 0;
+        int width = 0;
+        int height = 0;
+        int frameRate = 0;
+        QString title;
+    };
+    struct FormatChoices {
+        // One per format the camera really runs, in the table's order.
+        std::vector<OfferedFormat> offered;
+        // For each row of videoFormats, the offered format that stands in for it, and whether
+        // the camera has the row's own size and rate.
+        std::array<int, 3> standIn{};
+        std::array<bool, 3> exact{};
+    };
+    static FormatChoices formatChoices(const av::CaptureDevice& camera);
+    // "HD", "HD60", "4K", or the lines and a rate other than 30: "720p", "480p15".
+    static QString formatTitle(int height, int frameRate);
     static constexpr double rampInterval = 0.01;
-    // The crop never gets narrower than this many pixels, so the highest zoom stays watchable.
-    static constexpr int narrowestSharpCrop = 480;
+    // The crop never holds fewer lines than this (480 pixels wide at 16:9), so the highest zoom
+    // stays watchable whatever the camera's shape.
+    static constexpr int fewestSharpLines = 270;
     static constexpr double maximumZoom = 10.0;
 
     explicit CameraViewController(QObject* parent = nullptr);
@@ -116,6 +142,9 @@ public:
 
     // The session the screen works with: the preview's, when it is a video session.
     CKFVideoSession* videoSession() const;
+    // The format button's choices on the current camera; empty without a camera.
+    const std::vector<OfferedFormat>& offeredFormats() const { return formats.offered; }
+    const FormatChoices& formatChoicesOffered() const { return formats; }
 
     void didChangeValue(CKFSession* session, const QVariant& value, const QString& key) override;
     bool prefersStatusBarHidden() const override { return true; }
@@ -133,10 +162,29 @@ protected:
     void viewWillTransition(QSize size) override;
 
 private:
-    // Over the picture, until the next message; empty hides it.
-    void showCameraStatus(const QString& message);
-    // The same, hidden after a while unless another message took its place.
-    void showCameraStatus(const QString& message, int seconds);
+    // Why a message is over the picture: each goes when its cause does.
+    enum class StatusCause {
+        none,
+        permission,
+        virtualCamera,
+        cameraProblem,
+        switchFailed,
+        formatMissing,
+        recordingFailed
+    };
+    // Over the picture until its cause is cleared, another message takes its place or, with
+    // seconds, the time is up.
+    void showCameraStatus(StatusCause cause, const QString& message, int seconds = 0);
+    void clearCameraStatus(StatusCause cause);
+    // Offers the camera's formats and runs the stored one, or its stand-in with a notice.
+    void applyStoredFormat(CKFVideoSession& session);
+    // Runs the offered format and sizes the slider to what the camera really delivers.
+    void useFormat(CKFVideoSession& session, int index);
+    // Shown only when another camera is there to switch to.
+    void updateChangeCamButton();
+    // A camera plugged in or out: the switch follows, and an unplugged camera resumes once it
+    // (or another real one) is back.
+    void camerasChanged();
     // Runs the ramp's timer from now on.
     void beginTicking(const std::shared_ptr<RampState>& state);
     // Stops the ramp, if it still runs.
@@ -145,13 +193,16 @@ private:
     // next take starts without a jump.
     void showIdleControls();
     // Keeps the slider within what the camera's current format can zoom sharply.
-    void updateZoomRange(int formatWidth);
+    void updateZoomRange(int formatHeight);
     void updateZoomValueLabel();
     void layoutControls();
 
     std::shared_ptr<RampState> ramp;
-    // The failure on the picture; the next press clears it.
-    QString failureShown;
+    StatusCause statusCause = StatusCause::none;
+    // Counts the messages shown, so a message's timer leaves a newer one alone.
+    quint64 statusShown = 0;
+    FormatChoices formats;
+    int formatIndex = 0;
     // The dark bands behind the top row and the bottom controls.
     QPointer<QWidget> topScrim;
     QPointer<QWidget> bottomScrim;

@@ -33,6 +33,8 @@ struct Catalog {
     bool virtualEnabled = true;
     QString selection;
     QString warnedSelection;
+    // Replacements for the two virtual cameras; never deleted, like every device.
+    std::vector<CaptureDevice*> virtualCameras;
 
     GstHandle<GstDeviceMonitor> monitor;
     std::unique_ptr<BusWatch> monitorWatch;
@@ -125,6 +127,7 @@ struct Catalog {
             return;
         qCDebug(lcAv).noquote() << "device plugged in:" << plugged->uniqueID();
         system.push_back(plugged);
+        emit CaptureDeviceDiscoverySession::changes().devicesChanged();
     }
 
     void removed(const QString& id) {
@@ -134,6 +137,7 @@ struct Catalog {
         qCDebug(lcAv).noquote() << "device unplugged:" << id;
         std::erase(system, gone);
         gone->setDisconnected();
+        emit CaptureDeviceDiscoverySession::changes().devicesChanged();
     }
 
     CaptureDevice* chosenCamera() {
@@ -143,10 +147,8 @@ struct Catalog {
             const QString path = selection.mid(5);
             return device<FileCameraDevice>(QStringLiteral("file:") + path, path);
         }
-        for (CaptureDevice* candidate : system)
-            if (candidate->mediaType() == MediaType::video &&
-                (candidate->localizedName() == selection || candidate->uniqueID() == selection))
-                return candidate;
+        if (CaptureDevice* named = systemCamera(selection))
+            return named;
         if (warnedSelection != selection) {
             warnedSelection = selection;
             QTextStream(stdout) << QCoreApplication::translate(
@@ -156,6 +158,35 @@ struct Catalog {
                                 << Qt::endl;
         }
         return nullptr;
+    }
+
+    CaptureDevice* systemCamera(const QString& nameOrNode) const {
+        for (CaptureDevice* candidate : system)
+            if (candidate->mediaType() == MediaType::video && candidate->isConnected() &&
+                (candidate->localizedName() == nameOrNode || candidate->uniqueID() == nameOrNode))
+                return candidate;
+        return nullptr;
+    }
+
+    // A device that failed as unplugged stays out until the monitor or a refresh finds it.
+    std::vector<CaptureDevice*> connected(MediaType media) {
+        if (!probed)
+            probe();
+        std::vector<CaptureDevice*> result;
+        for (CaptureDevice* device : system)
+            if (device->mediaType() == media && device->isConnected())
+                result.push_back(device);
+        return result;
+    }
+
+    std::vector<CaptureDevice*> virtuals(MediaType media) {
+        if (media != MediaType::video)
+            return {device<VirtualMicrophoneDevice>(QStringLiteral("virtual:microphone"))};
+        if (!virtualCameras.empty())
+            return virtualCameras;
+        return {
+            device<VirtualCameraDevice>(QStringLiteral("virtual:back"), DevicePosition::back),
+            device<VirtualCameraDevice>(QStringLiteral("virtual:front"), DevicePosition::front)};
     }
 };
 
@@ -176,24 +207,8 @@ CaptureDeviceDiscoverySession::CaptureDeviceDiscoverySession(MediaType mediaType
 
 std::vector<CaptureDevice*> CaptureDeviceDiscoverySession::devices() const {
     Catalog& c = catalog();
-    if (!c.probed)
-        c.probe();
-
-    std::vector<CaptureDevice*> real;
-    // A device that failed as unplugged stays out until the monitor or a refresh finds it.
-    for (CaptureDevice* device : c.system)
-        if (device->mediaType() == media && device->isConnected())
-            real.push_back(device);
-
-    std::vector<CaptureDevice*> virtuals;
-    if (media == MediaType::video) {
-        virtuals.push_back(
-            c.device<VirtualCameraDevice>(QStringLiteral("virtual:back"), DevicePosition::back));
-        virtuals.push_back(
-            c.device<VirtualCameraDevice>(QStringLiteral("virtual:front"), DevicePosition::front));
-    } else {
-        virtuals.push_back(c.device<VirtualMicrophoneDevice>(QStringLiteral("virtual:microphone")));
-    }
+    const std::vector<CaptureDevice*> real = c.connected(media);
+    const std::vector<CaptureDevice*> virtuals = c.virtuals(media);
 
     std::vector<CaptureDevice*> ordered;
     const bool virtualChosen =
@@ -217,6 +232,35 @@ std::vector<CaptureDevice*> CaptureDeviceDiscoverySession::devices() const {
     return result;
 }
 
+std::vector<CaptureDevice*> CaptureDeviceDiscoverySession::allDevices(MediaType mediaType) {
+    Catalog& c = catalog();
+    std::vector<CaptureDevice*> result = c.connected(mediaType);
+    if (c.virtualEnabled)
+        for (CaptureDevice* device : c.virtuals(mediaType))
+            result.push_back(device);
+    return result;
+}
+
+CaptureDevice* CaptureDeviceDiscoverySession::systemCamera(const QString& nameOrNode) {
+    Catalog& c = catalog();
+    if (!c.probed)
+        c.probe();
+    return c.systemCamera(nameOrNode);
+}
+
+void CaptureDeviceDiscoverySession::setVirtualCamerasForTesting(
+    const std::vector<VirtualCamera>& cameras) {
+    static int made = 0;
+    Catalog& c = catalog();
+    c.virtualCameras.clear();
+    for (const VirtualCamera& camera : cameras) {
+        const QString id = QStringLiteral("virtual:%1:%2")
+                               .arg(camera.position == DevicePosition::front ? "front" : "back")
+                               .arg(++made);
+        c.virtualCameras.push_back(new VirtualCameraDevice(id, camera.position, camera.formats));
+    }
+}
+
 void CaptureDeviceDiscoverySession::setCameraSelection(const QString& selection) {
     catalog().selection = selection;
 }
@@ -231,6 +275,11 @@ void CaptureDeviceDiscoverySession::setSystemDevicesEnabled(bool enabled) {
         return;
     c.systemEnabled = enabled;
     c.probe();
+}
+
+CaptureDeviceChanges& CaptureDeviceDiscoverySession::changes() {
+    static CaptureDeviceChanges notifier;
+    return notifier;
 }
 
 void CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(bool enabled) {

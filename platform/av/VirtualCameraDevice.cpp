@@ -7,14 +7,19 @@
 namespace av {
 
 VirtualCameraDevice::VirtualCameraDevice(DevicePosition position, QObject* parent)
-    : CaptureDevice(position == DevicePosition::front ? QStringLiteral("virtual:front")
-                                                      : QStringLiteral("virtual:back"),
+    : VirtualCameraDevice(position == DevicePosition::front ? QStringLiteral("virtual:front")
+                                                            : QStringLiteral("virtual:back"),
+                          position, sceneFormats(), parent) {}
+
+VirtualCameraDevice::VirtualCameraDevice(QString uniqueID, DevicePosition position,
+                                         std::vector<CaptureDeviceFormat> formats, QObject* parent)
+    : CaptureDevice(std::move(uniqueID),
                     position == DevicePosition::front
                         ? QCoreApplication::translate("av", "Virtual front camera")
                         : QCoreApplication::translate("av", "Virtual back camera"),
                     MediaType::video, position, parent) {
     setVirtual(true);
-    setFormats(sceneFormats());
+    setFormats(std::move(formats));
     setTorchSupported(position != DevicePosition::front);
     setMaxZoom(VirtualCameraSource::maxZoom);
 }

@@ -11,6 +11,9 @@ class VirtualCameraDevice : public CaptureDevice {
 
 public:
     VirtualCameraDevice(DevicePosition position, QObject* parent = nullptr);
+    // A camera that offers only some of the scene's formats, as a small webcam does.
+    VirtualCameraDevice(QString uniqueID, DevicePosition position,
+                        std::vector<CaptureDeviceFormat> formats, QObject* parent = nullptr);
 
     GstElement* createSourceElement() const override;
 

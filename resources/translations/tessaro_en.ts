@@ -43,6 +43,16 @@
         <source>No camera was found, so this is Tessaro's virtual camera: a street that reacts to the zoom like a real one.</source>
         <translation>No camera was found, so this is Tessaro's virtual camera: a street that reacts to the zoom like a real one.</translation>
     </message>
+    <message id="cam_status_format_missing">
+        <extracomment>Over the camera picture when the camera lacks the format chosen before; %1 is that format ("4K"), %2 the one used instead ("720p").</extracomment>
+        <source>This camera has no %1, so Tessaro records in %2.</source>
+        <translation>This camera has no %1, so Tessaro records in %2.</translation>
+    </message>
+    <message id="cam_status_switch_failed">
+        <extracomment>Over the camera picture when the other camera could not be opened; %1 says why. The camera in use goes on.</extracomment>
+        <source>The other camera could not be opened. %1</source>
+        <translation>The other camera could not be opened. %1</translation>
+    </message>
     <message id="cam_recording_failed">
         <extracomment>Over the camera picture after a take failed; %1 says what went wrong.</extracomment>
         <source>The recording failed. %1</source>

@@ -61,6 +61,17 @@ TEST(CommandLine, withoutADisplayTheAppSaysItNeedsOne) {
     EXPECT_TRUE(result.out.contains(QStringLiteral("needs a display"))) << result.out.toStdString();
 }
 
+TEST(CommandLine, listCamerasNamesEachCameraWithItsFormatsAndPositionWithoutADisplay) {
+    const Result result = runTessaro({QStringLiteral("--list-cameras")});
+    EXPECT_EQ(result.exitCode, 0);
+    // The virtual cameras are always there to choose.
+    for (const char* expected :
+         {"Virtual back camera — back — --camera virtual", "Virtual front camera — front",
+          "3840×2160", "1–60 fps", "Microphones:", "Virtual microphone"})
+        EXPECT_TRUE(result.out.contains(QString::fromUtf8(expected))) << expected << "\n"
+                                                                      << result.out.toStdString();
+}
+
 TEST(CommandLine, unknownOptionsAreRefused) {
     const Result result = runTessaro({QStringLiteral("--no-such-option")});
     EXPECT_NE(result.exitCode, 0);
@@ -191,6 +202,10 @@ TEST(CommandLine, recordMakesAClipOfTheRampsLengthWithASheetBesideIt) {
           QStringLiteral("4k")},
          "to 8 at 4K"},
         {{QStringLiteral("--camera"), QStringLiteral("file:") + empty}, "is empty"},
+        // A script can tell, and learns what is there.
+        {{QStringLiteral("--camera"), QStringLiteral("No Such Camera")},
+         "no camera “No Such Camera”"},
+        {{QStringLiteral("--camera"), QStringLiteral("/dev/no-such-video")}, "--camera virtual"},
     };
     for (const auto& row : bad) {
         SCOPED_TRACE(row.arguments.join(' ').toStdString());

@@ -4,6 +4,7 @@
 #include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/CaptureDeviceInput.h"
 #include "platform/av/CaptureSession.h"
+#include "platform/av/VirtualCameraDevice.h"
 
 #include <QWidget>
 #include <gtest/gtest.h>
@@ -68,6 +69,71 @@ TEST(CKFSessionFormatChoice, tooSmallOrNoFormatsGiveNone) {
     EXPECT_FALSE(choose(noRanges, 1920, 1080, 30));
 }
 
+TEST(CKFSessionFormatChoice, aMissingFormatGetsTheNearestInLinesThenRateAsTheCameraRunsIt) {
+    const struct {
+        const char* camera;
+        std::vector<av::CaptureDeviceFormat> formats;
+        qint64 width, height, fps;
+        int chosenHeight;
+        qint64 chosenFps;
+        bool exact;
+    } rows[] = {
+        {"720p webcam",
+         {format(640, 480, {{30, 30}}), format(1280, 720, {{5, 30}})},
+         1920,
+         1080,
+         60,
+         720,
+         30,
+         false},
+        {"720p webcam",
+         {format(640, 480, {{30, 30}}), format(1280, 720, {{5, 30}})},
+         3840,
+         2160,
+         30,
+         720,
+         30,
+         false},
+        {"fast 720p", {format(1280, 720, {{1, 60}})}, 1920, 1080, 60, 720, 60, false},
+        {"only fast", {format(1920, 1080, {{50, 60}})}, 1920, 1080, 30, 1080, 50, false},
+        // 720p60 is nearer to 1080p60 than 4K is; the 4K format runs HD at 30 exactly.
+        {"4K first",
+         {format(3840, 2160, {{1, 30}}), format(1280, 720, {{60, 60}})},
+         1920,
+         1080,
+         60,
+         720,
+         60,
+         false},
+        {"4K first",
+         {format(3840, 2160, {{1, 30}}), format(1280, 720, {{60, 60}})},
+         1920,
+         1080,
+         30,
+         2160,
+         30,
+         true},
+        // 29.97 frames a second serve a request for 29.
+        {"NTSC", {format(1920, 1080, {{29.97, 29.97}})}, 1920, 1080, 30, 1080, 29, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.camera);
+        ListedCamera camera(row.formats);
+        const auto chosen =
+            CKFSession::nearestDeviceInputFormat(camera, row.width, row.height, row.fps);
+        ASSERT_TRUE(chosen);
+        EXPECT_EQ(chosen->format.height, row.chosenHeight);
+        EXPECT_EQ(chosen->frameRate, row.chosenFps);
+        EXPECT_EQ(chosen->exact, row.exact);
+        // What it names, the format choice itself picks.
+        EXPECT_EQ(CKFSession::deviceInputFormat(camera, chosen->format.width, chosen->format.height,
+                                                chosen->frameRate),
+                  chosen->format);
+    }
+    ListedCamera none({});
+    EXPECT_FALSE(CKFSession::nearestDeviceInputFormat(none, 1920, 1080, 30));
+}
+
 TEST(CKFSessionEnums, rawValuesOutsideTheCasesGiveNoValue) {
     EXPECT_EQ(CKFSession::deviceType(2), CKFSession::DeviceType::microphone);
     EXPECT_FALSE(CKFSession::deviceType(3));
@@ -114,6 +180,20 @@ TEST_F(DeviceLookup, noDeviceOfTheKindThrowsNotFound) {
             EXPECT_FALSE(error.localizedDescription().isEmpty());
         }
     }
+}
+
+TEST_F(DeviceLookup, aLoneFrontCameraIsTheMainCameraButNotASecondOne) {
+    av::CaptureDeviceDiscoverySession::setVirtualCamerasForTesting(
+        {{av::DevicePosition::front, av::VirtualCameraDevice::sceneFormats()}});
+    av::CaptureDevice* back = CKFSession::captureDevice(CKFSession::DeviceType::backCamera);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->position(), av::DevicePosition::front);
+    EXPECT_EQ(CKFSession::captureDevice(CKFSession::DeviceType::frontCamera), back);
+
+    av::CaptureDeviceDiscoverySession::setVirtualCamerasForTesting(
+        {{av::DevicePosition::back, av::VirtualCameraDevice::sceneFormats()}});
+    EXPECT_FALSE(CKFSession::captureDevice(CKFSession::DeviceType::frontCamera));
+    av::CaptureDeviceDiscoverySession::setVirtualCamerasForTesting({});
 }
 
 TEST_F(DeviceLookup, aChosenCameraThatIsGoneFallsBackAndAMissingFileIsAnError) {

@@ -14,6 +14,8 @@
 #include <gst/pbutils/pbutils.h>
 #include <gtest/gtest.h>
 
+#include "tests/FakeWebcam.h"
+
 namespace {
 
 struct ZoomNotices : QObject, CKFSessionDelegate {
@@ -264,6 +266,25 @@ TEST_F(VideoSessionTest, anUnpluggedCameraEndsTheRecordingPlayableAndTellsTheScr
     EXPECT_TRUE(camera(next)->isConnected());
 }
 
+TEST_F(VideoSessionTest, aRealCameraWithoutAMicrophoneRecordsPictureOnly) {
+    GstDevice* webcam = makeFakeWebcam(
+        "Fake webcam", "video/x-raw, format=I420, width=640, height=360, framerate=30/1");
+    av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam);
+    {
+        CKFVideoSession session(CKFSession::CameraPosition::back);
+        ASSERT_EQ(camera(session)->localizedName(), QStringLiteral("Fake webcam"));
+        session.start();
+        const QString clip = recordClip(session, 1.0);
+        const MovieInfo info = inspect(clip);
+        EXPECT_EQ(info.videoCodec, QStringLiteral("video/x-h264"));
+        EXPECT_EQ(info.width, 640);
+        EXPECT_TRUE(info.audioCodec.isEmpty()) << info.audioCodec.toStdString();
+        EXPECT_GT(info.seconds, 0.8);
+    }
+    av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(QStringLiteral("Fake webcam"));
+    gst_object_unref(webcam);
+}
+
 TEST_F(VideoSessionTest, withoutACameraTheScreenIsToldAndZoomTorchAndFormatDoNothing) {
     av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(false);
     CKFVideoSession session(CKFSession::CameraPosition::back);
@@ -291,10 +312,19 @@ TEST_F(VideoSessionTest, toggleSwitchesCamerasAndAFailedLookupKeepsTheOld) {
     av::CaptureDevice* back = camera(session);
     EXPECT_EQ(back->position(), av::DevicePosition::back);
 
+    // A failed switch keeps the camera and the position, and says so once, as a failed switch.
+    QStringList failed, problems;
+    QObject::connect(&session, &CKFVideoSession::switchFailed,
+                     [&](const QString& why) { failed << why; });
+    QObject::connect(&session, &CKFSession::deviceProblem,
+                     [&](const QString& why) { problems << why; });
     av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(false);
     session.togglePosition();
-    EXPECT_EQ(session.cameraPosition(), CKFSession::CameraPosition::front);
+    EXPECT_EQ(session.cameraPosition(), CKFSession::CameraPosition::back);
     EXPECT_EQ(camera(session), back);
+    EXPECT_EQ(failed.size(), 1);
+    QTest::qWait(10);
+    EXPECT_TRUE(problems.isEmpty());
 }
 
 TEST_F(VideoSessionTest, zoomTorchAndFormatReachTheCameraWhereItCanTakeThem) {

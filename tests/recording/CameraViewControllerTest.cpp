@@ -6,6 +6,7 @@
 #include "platform/av/CaptureDeviceInput.h"
 #include "platform/av/CaptureMovieFileOutput.h"
 #include "platform/av/CaptureSession.h"
+#include "platform/av/VirtualCameraDevice.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/Device.h"
 #include "platform/foundation/PreferenceSchema.h"
@@ -25,6 +26,8 @@
 #include <QTest>
 #include <gst/gst.h>
 #include <gtest/gtest.h>
+
+#include "tests/FakeWebcam.h"
 
 namespace {
 
@@ -55,6 +58,8 @@ protected:
     }
     void TearDown() override {
         window.reset();
+        av::CaptureDeviceDiscoverySession::setVirtualCamerasForTesting({});
+        av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(true);
         foundation::Device::current().setFormFactorForTesting(std::nullopt);
         foundation::Device::current().setOrientationForTesting(
             foundation::Device::Orientation::unknown);
@@ -171,8 +176,103 @@ TEST_F(CameraViewControllerTest, FormatButtonCyclesThroughTheThreeFormats) {
         EXPECT_EQ(format.height, step.height) << step.title;
         EXPECT_EQ(camera()->activeVideoMinFrameDuration().timescale, step.rate) << step.title;
         // The slider never goes past what the format keeps sharp.
-        EXPECT_FLOAT_EQ(screen->zoomSlider->maximumValue(), float(step.width) / 480.0f);
+        EXPECT_FLOAT_EQ(screen->zoomSlider->maximumValue(), float(step.height) / 270.0f);
     }
+}
+
+// A webcam with 720p only: named by what it is, zoomed no further than 720 lines keep sharp.
+TEST_F(CameraViewControllerTest, ACameraWithOnly720pOffersItsOwnFormatsAndSizesTheSlider) {
+    av::CaptureDeviceDiscoverySession::setVirtualCamerasForTesting(
+        {{av::DevicePosition::back, {{1280, 720, {{1, 60}}, QStringLiteral("video/x-raw")}}}});
+    defaults().setInteger(PreferenceSchema::videoMode, 2);
+    show();
+    std::vector<QString> titles;
+    for (const auto& format : screen->offeredFormats())
+        titles.push_back(format.title);
+    EXPECT_EQ(titles, (std::vector<QString>{QStringLiteral("720p"), QStringLiteral("720p60")}));
+    EXPECT_EQ(screen->hdButton->currentTitle(), QStringLiteral("720p"));
+    EXPECT_EQ(camera()->activeFormat().height, 720);
+    const float highest = 720.0f / 270.0f;
+    EXPECT_FLOAT_EQ(screen->zoomSlider->maximumValue(), highest);
+    EXPECT_LE(screen->videoSession()->zoom(), double(highest));
+    // The stored 4K falls back with a notice, which goes once another format is chosen.
+    EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
+    EXPECT_TRUE(screen->cameraStatusLabel->text().contains(QStringLiteral("4K")));
+    EXPECT_TRUE(screen->cameraStatusLabel->text().contains(QStringLiteral("720p")));
+
+    screen->hdButton->sendActions(ui::Control::touchUpInside);
+    EXPECT_EQ(screen->hdButton->currentTitle(), QStringLiteral("720p60"));
+    EXPECT_EQ(camera()->activeVideoMinFrameDuration().timescale, 60);
+    EXPECT_EQ(defaults().integerForKey(PreferenceSchema::videoMode), 1);
+    EXPECT_FALSE(screen->cameraStatusLabel->isVisible());
+    screen->hdButton->sendActions(ui::Control::touchUpInside);
+    EXPECT_EQ(screen->hdButton->currentTitle(), QStringLiteral("720p"));
+    EXPECT_EQ(defaults().integerForKey(PreferenceSchema::videoMode), 0);
+}
+
+TEST_F(CameraViewControllerTest, OneCameraOfAnyPositionIsUsedAndOffersNoSwitch) {
+    for (const av::DevicePosition position :
+         {av::DevicePosition::back, av::DevicePosition::front}) {
+        SCOPED_TRACE(int(position));
+        av::CaptureDeviceDiscoverySession::setVirtualCamerasForTesting(
+            {{position, av::VirtualCameraDevice::sceneFormats()}});
+        show();
+        ASSERT_TRUE(camera());
+        EXPECT_EQ(camera()->position(), position);
+        EXPECT_TRUE(screen->changeCamButton->isHidden());
+        // Reached anyway (a shortcut), the switch keeps camera and position.
+        av::CaptureDevice* before = camera();
+        screen->changeCamHandler(screen->changeCamButton);
+        EXPECT_EQ(camera(), before);
+        EXPECT_EQ(screen->videoSession()->cameraPosition(), CKFSession::CameraPosition::back);
+    }
+}
+
+TEST_F(CameraViewControllerTest, AFailedSwitchSaysSoUntilASwitchSucceeds) {
+    show();
+    EXPECT_FALSE(screen->changeCamButton->isHidden());
+    av::CaptureDevice* back = camera();
+    av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(false);
+    screen->changeCamButton->sendActions(ui::Control::touchUpInside);
+    EXPECT_EQ(camera(), back);
+    EXPECT_EQ(screen->videoSession()->cameraPosition(), CKFSession::CameraPosition::back);
+    EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
+    const QString failed = screen->cameraStatusLabel->text();
+
+    av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(true);
+    screen->changeCamButton->sendActions(ui::Control::touchUpInside);
+    EXPECT_EQ(camera()->position(), av::DevicePosition::front);
+    EXPECT_FALSE(screen->cameraStatusLabel->isVisible()) << failed.toStdString();
+    // The new camera runs the stored format too.
+    EXPECT_EQ(camera()->activeFormat().height, 1080);
+}
+
+TEST_F(CameraViewControllerTest, AnUnpluggedCameraResumesWhenPluggedBackIn) {
+    GstDevice* webcam = makeFakeWebcam(
+        "Fake webcam", "video/x-raw, format=I420, width=640, height=360, framerate=30/1");
+    const QString id = QStringLiteral("Fake webcam");
+    av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam);
+    show();
+    ASSERT_EQ(camera()->uniqueID(), id);
+    EXPECT_TRUE(screen->changeCamButton->isHidden());
+    const auto frames = [this] { return screen->previewView->framesTaken(); };
+    ASSERT_TRUE(QTest::qWaitFor([&] { return frames() > 2; }, 10000));
+
+    av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(id);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return screen->cameraStatusLabel->isVisible(); }));
+    // Another change while it is away: the virtual stand-in does not take the real camera's place.
+    emit av::CaptureDeviceDiscoverySession::changes().devicesChanged();
+    EXPECT_EQ(camera()->uniqueID(), id);
+    EXPECT_FALSE(camera()->isConnected());
+
+    const quint64 before = frames();
+    av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return frames() > before + 2; }, 10000));
+    EXPECT_TRUE(camera()->isConnected());
+    EXPECT_FALSE(screen->cameraStatusLabel->isVisible());
+    window.reset();
+    av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(id);
+    gst_object_unref(webcam);
 }
 
 TEST_F(CameraViewControllerTest, FlashCyclesOffAutoOn) {
