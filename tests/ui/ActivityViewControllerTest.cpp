@@ -76,35 +76,34 @@ protected:
 
 TEST_F(ActivityTest, EachActivityReachesItsProgramAndReportsCompletion) {
     const QString url = QUrl::fromLocalFile(clip).toString();
+    const QString open = QStringLiteral("open ");
+    const QString show = QStringLiteral("show ");
     struct Case {
         const QString& type;
-        QString call;
+        bool openSucceeds, fileManagerAnswers;
+        QStringList calls;
         bool completed;
     };
     const Case cases[] = {
-        {ActivityType::openInDefaultApplication, QStringLiteral("open ") + url, true},
-        {ActivityType::showInFileManager, QStringLiteral("show ") + url, true},
-        {ActivityType::mail, QStringLiteral("xdg-email --attach ") + clip, true},
+        {ActivityType::openInDefaultApplication, true, true, {open + url}, true},
+        {ActivityType::openInDefaultApplication, false, true, {open + url}, false},
+        {ActivityType::showInFileManager, true, true, {show + url}, true},
+        // Without a file manager service the folder opens instead.
+        {ActivityType::showInFileManager,
+         true,
+         false,
+         {show + url, open + QUrl::fromLocalFile(folder.path()).toString()},
+         true},
+        {ActivityType::mail, true, true, {QStringLiteral("xdg-email --attach ") + clip}, true},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.type.toStdString());
+        SCOPED_TRACE(c.calls.join(", ").toStdString());
         calls.clear();
+        openSucceeds = c.openSucceeds;
+        fileManagerAnswers = c.fileManagerAnswers;
         EXPECT_EQ(perform(c.type), std::make_pair(c.type, c.completed));
-        EXPECT_EQ(calls, QStringList{c.call});
+        EXPECT_EQ(calls, c.calls);
     }
-}
-
-TEST_F(ActivityTest, WithoutAFileManagerServiceTheFolderOpens) {
-    fileManagerAnswers = false;
-    EXPECT_EQ(perform(ActivityType::showInFileManager),
-              std::make_pair(ActivityType::showInFileManager, true));
-    EXPECT_EQ(calls.last(),
-              QStringLiteral("open ") + QUrl::fromLocalFile(folder.path()).toString());
-}
-
-TEST_F(ActivityTest, AnOpenThatFailsIsNotCompleted) {
-    openSucceeds = false;
-    EXPECT_FALSE(perform(ActivityType::openInDefaultApplication).second);
 }
 
 TEST_F(ActivityTest, CopyPutsTheFileOnTheClipboardForFileManagers) {
