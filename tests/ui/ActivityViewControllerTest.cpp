@@ -4,10 +4,10 @@
 #include <QClipboard>
 #include <QFile>
 #include <QGuiApplication>
-#include <QKeyEvent>
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -150,8 +150,7 @@ TEST_F(ActivityTest, EscAndAClickBesideTheCardCancel) {
         std::optional<std::pair<QString, bool>> result;
         ActivityViewController* sheet = showSheet(result);
         if (byKey) {
-            QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
-            QCoreApplication::sendEvent(sheet->view(), &escape);
+            QTest::keyClick(sheet->view(), Qt::Key_Escape);
         } else {
             QMouseEvent click(QEvent::MouseButtonRelease, QPointF(10, 10), QPointF(10, 10),
                               Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
