@@ -80,8 +80,7 @@ protected:
     }
 
     ui::AlertController* shownAlert() const {
-        return qobject_cast<ui::AlertController*>(
-            window.topViewController() ? window.topViewController() : nullptr);
+        return qobject_cast<ui::AlertController*>(window.topViewController());
     }
 
     static inline QTemporaryDir* folder = nullptr;
