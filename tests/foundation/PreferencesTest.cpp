@@ -122,10 +122,9 @@ TEST_F(PreferencesTest, AbsentKeysReadTheDocumentedDefaults) {
 }
 
 TEST_F(PreferencesTest, EveryTypeSurvivesAReloadExactly) {
-    const qint64 largest = std::numeric_limits<qint64>::max();
     const QDateTime moment(QDate(2026, 11, 23), QTime(9, 30, 0, 123), Qt::UTC);
     const std::pair<const char*, PreferenceValue> rows[] = {
-        {"largest", largest},
+        {"largest", std::numeric_limits<qint64>::max()},
         {"smallest", std::numeric_limits<qint64>::min()},
         {"beyondDoublePrecision", (qint64(1) << 53) + 1},
         {"tenth", 0.1f},
@@ -147,11 +146,9 @@ TEST_F(PreferencesTest, EveryTypeSurvivesAReloadExactly) {
     Preferences& again = reloaded();
     for (const auto& [key, value] : rows)
         EXPECT_EQ(again.valueForKey(key), value) << key;
-    EXPECT_EQ(again.integerForKey("largest"), largest);
     EXPECT_TRUE(std::isnan(again.doubleForKey("notANumber")));
     const QDateTime date = again.dateForKey("AppRatingFirstUsed");
     EXPECT_EQ(date, moment);
-    EXPECT_EQ(date.time().msec(), 123);
     EXPECT_EQ(date.timeSpec(), Qt::UTC);
 
     // Float and double reads accept either real type; the value keeps its own.

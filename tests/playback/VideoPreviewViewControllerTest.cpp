@@ -19,7 +19,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QKeyEvent>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -81,8 +80,7 @@ protected:
     }
 
     ui::AlertController* shownAlert() const {
-        return qobject_cast<ui::AlertController*>(
-            window.topViewController() ? window.topViewController() : nullptr);
+        return qobject_cast<ui::AlertController*>(window.topViewController());
     }
 
     static inline QTemporaryDir* folder = nullptr;
@@ -219,8 +217,7 @@ TEST_F(VideoPreviewTest, ASaveOrACompletedShareAsksForARatingACancelDoesNot) {
     EXPECT_EQ(sheet->excludedActivityTypes(),
               QStringList({ui::ActivityType::addToReadingList, ui::ActivityType::assignToContact}));
     ASSERT_TRUE(waitUntil([&] { return !sheet->isBeingPresented(); }));
-    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
-    QCoreApplication::sendEvent(sheet->view(), &escape);
+    QTest::keyClick(sheet->view(), Qt::Key_Escape);
     ASSERT_TRUE(waitUntil([&] { return preview->presentedViewController() == nullptr; }));
     QTest::qWait(100);
     EXPECT_EQ(ratingOver(preview), nullptr);
@@ -251,8 +248,7 @@ TEST_F(VideoPreviewTest, CloseAndEscLeaveTheClipUntouched) {
         VideoPreviewViewController* preview = presentPreview(clip);
         QPointer<VideoPreviewViewController> watched(preview);
         if (byKey) {
-            QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
-            QCoreApplication::sendEvent(preview->view(), &escape);
+            QTest::keyClick(preview->view(), Qt::Key_Escape);
         } else {
             press(preview->closeButton);
         }

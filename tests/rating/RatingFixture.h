@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QCoreApplication>
 #include <QPointer>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -59,10 +58,7 @@ protected:
 
     // Runs the event loop, deferred deletes included, until the condition holds.
     static bool waitFor(const std::function<bool()>& condition) {
-        return QTest::qWaitFor([&] {
-            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-            return condition();
-        });
+        return QTest::qWaitFor(condition);
     }
 
     QTemporaryDir folder;

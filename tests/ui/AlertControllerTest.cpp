@@ -1,7 +1,7 @@
 #include "platform/ui/AlertController.h"
 #include "platform/ui/Window.h"
 
-#include <QKeyEvent>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -48,8 +48,7 @@ TEST_F(AlertTest, AnActionClosesTheAlertThenRunsOnceEvenWhenChosenTwice) {
 
 TEST_F(AlertTest, EscChoosesTheCancelAction) {
     AlertController* alert = showAlert();
-    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
-    QCoreApplication::sendEvent(alert->view(), &escape);
+    QTest::keyClick(alert->view(), Qt::Key_Escape);
     ASSERT_TRUE(waitUntil([&] { return !chosen.isEmpty(); }));
     EXPECT_EQ(chosen, QStringList{QStringLiteral("OK")});
 }

@@ -191,19 +191,6 @@ TEST_F(ViewControllerTest, DismissingTheBottomOfAStackRemovesEverythingAboveIt) 
     EXPECT_TRUE(waitUntil([&] { return b.isNull() && c.isNull(); }));
 }
 
-TEST_F(ViewControllerTest, ADialogCanBeReplacedFromItsDismissalCompletion) {
-    // The rating funnel: the first dialog leaves and its presenter shows the next one.
-    auto* first = probe("D1", Style::overCurrentContext);
-    root->present(first, false);
-    QPointer<ViewController> presenter = first->presentingViewController();
-    QPointer<ProbeViewController> second = probe("D2", Style::overCurrentContext);
-    bool replaced = false;
-    first->dismiss(true, [&] { presenter->present(second, true, [&] { replaced = true; }); });
-    ASSERT_TRUE(waitUntil([&] { return replaced; }));
-    EXPECT_EQ(root->presentedViewController(), second);
-    EXPECT_EQ(second->presentingViewController(), root);
-}
-
 TEST_F(ViewControllerTest, ViewLoadsOnceBeforeTheFirstAppearance) {
     Window other;
     auto* controller = new ProbeViewController("V", &journal);

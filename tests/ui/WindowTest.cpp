@@ -8,13 +8,21 @@
 namespace ui::test {
 namespace {
 
-TEST(WindowTest, ResizingTellsRootAndPresentedControllersBeforeLayingThemOut) {
+// A shown 400 × 300 window whose root "A" writes into the journal.
+class WindowTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        window.resize(400, 300);
+        window.setRootViewController(root);
+        window.show();
+    }
+
     QStringList journal;
     Window window;
-    window.resize(400, 300);
-    auto* root = new ProbeViewController("A", &journal);
-    window.setRootViewController(root);
-    window.show();
+    QPointer<ProbeViewController> root = new ProbeViewController("A", &journal);
+};
+
+TEST_F(WindowTest, ResizingTellsRootAndPresentedControllersBeforeLayingThemOut) {
     auto* dialog = new ProbeViewController("B", &journal);
     dialog->setModalPresentationStyle(ModalPresentationStyle::overCurrentContext);
     root->present(dialog, false);
@@ -29,15 +37,9 @@ TEST(WindowTest, ResizingTellsRootAndPresentedControllersBeforeLayingThemOut) {
     EXPECT_EQ(dialog->view()->geometry(), QRect(0, 0, 500, 350));
 }
 
-TEST(WindowTest, ReplacingTheRootOfAVisibleWindowSwapsAppearanceAndDeletesTheOldRoot) {
-    QStringList journal;
-    Window window;
-    window.resize(200, 100);
-    QPointer<ProbeViewController> first = new ProbeViewController("A", &journal);
-    window.setRootViewController(first);
-    window.show();
+TEST_F(WindowTest, ReplacingTheRootOfAVisibleWindowSwapsAppearanceAndDeletesTheOldRoot) {
     QPointer<ProbeViewController> shown = new ProbeViewController("S", &journal);
-    first->present(shown, false);
+    root->present(shown, false);
     journal.clear();
 
     auto* second = new ProbeViewController("N", &journal);
@@ -48,13 +50,13 @@ TEST(WindowTest, ReplacingTheRootOfAVisibleWindowSwapsAppearanceAndDeletesTheOld
     EXPECT_EQ(window.rootViewController(), second);
     EXPECT_EQ(second->parent(), &window);
     EXPECT_EQ(second->view()->geometry(), window.rect());
-    EXPECT_TRUE(first->view()->isHidden());
+    EXPECT_TRUE(root->view()->isHidden());
     EXPECT_TRUE(shown->view()->isHidden());
     EXPECT_EQ(window.topViewController(), second);
-    EXPECT_TRUE(waitUntil([&] { return first.isNull() && shown.isNull(); }));
+    EXPECT_TRUE(waitUntil([&] { return root.isNull() && shown.isNull(); }));
 }
 
-TEST(WindowTest, KeyWindowIsTheOneLastMadeKey) {
+TEST(KeyWindowTest, KeyWindowIsTheOneLastMadeKey) {
     EXPECT_EQ(Window::keyWindow(), nullptr);
     {
         Window first;
@@ -68,12 +70,7 @@ TEST(WindowTest, KeyWindowIsTheOneLastMadeKey) {
     EXPECT_EQ(Window::keyWindow(), nullptr);
 }
 
-TEST(WindowTest, StatusBarPreferenceFollowsTheTopController) {
-    QStringList journal;
-    Window window;
-    auto* root = new ProbeViewController("A", &journal);
-    window.setRootViewController(root);
-    window.show();
+TEST_F(WindowTest, StatusBarPreferenceFollowsTheTopController) {
     QSignalSpy changes(&window, &Window::statusBarHiddenChanged);
     EXPECT_FALSE(window.prefersStatusBarHidden());
 
