@@ -135,11 +135,12 @@ void CaptureMovieFileOutput::sessionDidStart(GstCaps* videoCaps, GstCaps* audioC
         videoCaps && gst_video_info_from_caps(&info, videoCaps) && info.fps_n > 0
             ? gst_util_uint64_scale(GST_SECOND, guint64(info.fps_d), guint64(info.fps_n))
             : GST_CLOCK_TIME_NONE;
-    // Tries the hardware encoders now rather than when the user presses record.
+    // Tries the hardware encoders now, off this thread, rather than when the user presses record.
     if (videoCaps && state == State::idle) {
-        encoder = MovieWriter::chooseVideoEncoder(videoCaps);
-        QThreadPool::globalInstance()->start(
-            [chosen = encoder] { MovieWriter::loadPlugins(chosen); });
+        MovieWriter::probeVideoEncoders(videoCaps);
+        QThreadPool::globalInstance()->start([caps = GstHandle<GstCaps>(videoCaps, GstRef::add)] {
+            MovieWriter::loadPlugins(MovieWriter::chooseVideoEncoder(caps.get()));
+        });
     }
 }
 

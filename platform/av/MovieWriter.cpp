@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QThread>
+#include <QThreadPool>
 
 #include <gst/app/gstappsrc.h>
 #include <gst/video/video.h>
@@ -14,7 +15,8 @@
 #include <cmath>
 #include <map>
 #include <mutex>
-#include <tuple>
+#include <optional>
+#include <utility>
 
 // Debug lines only when asked for (QT_LOGGING_RULES="tessaro.av.debug=true").
 
@@ -263,26 +265,77 @@ void MovieWriter::loadPlugins(const QString& videoEncoder) {
         }
 }
 
+namespace {
+
+// The hardware encoder that works for each picture size; absent while its probe runs, empty when
+// none does.
+struct EncoderProbes {
+    std::mutex lock;
+    std::map<std::pair<int, int>, std::optional<QString>> bySize; // guarded by lock
+};
+
+EncoderProbes& encoderProbes() {
+    static EncoderProbes probes;
+    return probes;
+}
+
+QString workingHardwareEncoder(const GstVideoInfo& info) {
+    for (const char* factory : hardwareEncoders) {
+        if (!elementExists(factory))
+            continue;
+        const bool works = encoderWorks(factory, info);
+        qCDebug(lcAv) << factory << (works ? "encodes" : "cannot encode") << info.width << "x"
+                      << info.height;
+        if (works)
+            return QString::fromUtf8(factory);
+    }
+    return {};
+}
+
+} // namespace
+
+void MovieWriter::probeVideoEncoders(GstCaps* videoCaps) {
+    GstVideoInfo info;
+    if (!videoCaps || !gst_video_info_from_caps(&info, videoCaps))
+        return;
+    const auto size = std::make_pair(info.width, info.height);
+    EncoderProbes& probes = encoderProbes();
+    {
+        std::lock_guard lock(probes.lock);
+        if (!probes.bySize.try_emplace(size).second)
+            return; // probed or being probed
+    }
+    // Each probe may take seconds (a driver that hangs until the timeout), so never here.
+    QThreadPool::globalInstance()->start([info, size] {
+        const QString found = workingHardwareEncoder(info);
+        EncoderProbes& probes = encoderProbes();
+        std::lock_guard lock(probes.lock);
+        probes.bySize[size] = found;
+    });
+}
+
+bool MovieWriter::videoEncodersProbed(GstCaps* videoCaps) {
+    GstVideoInfo info;
+    if (!videoCaps || !gst_video_info_from_caps(&info, videoCaps))
+        return false;
+    EncoderProbes& probes = encoderProbes();
+    std::lock_guard lock(probes.lock);
+    const auto found = probes.bySize.find(std::make_pair(info.width, info.height));
+    return found != probes.bySize.end() && found->second.has_value();
+}
+
 QString MovieWriter::chooseVideoEncoder(GstCaps* videoCaps) {
     GstVideoInfo info;
     if (!videoCaps || !gst_video_info_from_caps(&info, videoCaps))
         return {};
-    // Probing costs a moment, so each encoder is tried once per picture size.
-    static std::mutex probedLock;
-    static std::map<std::tuple<QString, int, int>, bool> probed; // guarded by probedLock
-    for (const char* factory : hardwareEncoders) {
-        if (!elementExists(factory))
-            continue;
-        const auto key = std::make_tuple(QString::fromUtf8(factory), info.width, info.height);
-        std::lock_guard lock(probedLock);
-        auto found = probed.find(key);
-        if (found == probed.end()) {
-            found = probed.emplace(key, encoderWorks(factory, info)).first;
-            qCDebug(lcAv) << factory << (found->second ? "encodes" : "cannot encode") << info.width
-                          << "x" << info.height;
-        }
-        if (found->second)
-            return QString::fromUtf8(factory);
+    probeVideoEncoders(videoCaps);
+    {
+        EncoderProbes& probes = encoderProbes();
+        std::lock_guard lock(probes.lock);
+        const auto& found = probes.bySize[std::make_pair(info.width, info.height)];
+        // Until the probe has answered, a recording takes the software encoder rather than wait.
+        if (found && !found->isEmpty())
+            return *found;
     }
     for (const char* factory : softwareEncoders)
         if (elementExists(factory))

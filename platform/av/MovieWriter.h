@@ -47,8 +47,14 @@ public:
     GstHandle<GstMessage> waitForEnd(std::chrono::milliseconds timeout);
 
     // The H.264 encoder a recording of this format gets: a hardware encoder that has shown it
-    // can encode this size (tried once per size), otherwise x264enc. Empty when there is none.
+    // can encode this size, otherwise x264enc (also while the size is still being probed: it
+    // never waits). Empty when there is none. Any thread.
     static QString chooseVideoEncoder(GstCaps* videoCaps);
+    // Tries the hardware encoders on this size on a worker thread, once per size for the
+    // process; returns at once. Any thread.
+    static void probeVideoEncoders(GstCaps* videoCaps);
+    // True once the probe of this size has answered.
+    static bool videoEncodersProbed(GstCaps* videoCaps);
     // Loads the plugins a recording with this encoder needs, so the first press of record does
     // not wait for them (a fifth of a second on a small machine). Any thread.
     static void loadPlugins(const QString& videoEncoder);

@@ -659,6 +659,25 @@ TEST(MovieWriterTest, BitRateMeetsTheReferenceFormatsAndGrowsWithThePicture) {
     EXPECT_EQ(av::MovieWriter::videoBitrate(1920, 1080, 0), 17000);
 }
 
+TEST(MovieWriterTest, EncoderChoiceNeverWaitsForTheHardwareProbe) {
+    gst_init(nullptr, nullptr);
+    // A size no other test uses, so this process has not probed it yet.
+    GstHandle<GstCaps> caps(gst_caps_from_string("video/x-raw,format=I420,width=344,height=196,"
+                                                 "framerate=30/1"),
+                            GstRef::adopt);
+    EXPECT_FALSE(av::MovieWriter::videoEncodersProbed(caps.get()));
+    // The first recording of a size starts with the software encoder while the probe runs.
+    const QString first = av::MovieWriter::chooseVideoEncoder(caps.get());
+    EXPECT_TRUE(first == "x264enc" || first == "openh264enc") << first.toStdString();
+    ASSERT_TRUE(waitUntil([&] { return av::MovieWriter::videoEncodersProbed(caps.get()); }));
+    EXPECT_FALSE(av::MovieWriter::chooseVideoEncoder(caps.get()).isEmpty());
+
+    GstHandle<GstCaps> unusable(gst_caps_from_string("video/x-raw"), GstRef::adopt);
+    EXPECT_TRUE(av::MovieWriter::chooseVideoEncoder(unusable.get()).isEmpty());
+    EXPECT_TRUE(av::MovieWriter::chooseVideoEncoder(nullptr).isEmpty());
+    EXPECT_FALSE(av::MovieWriter::videoEncodersProbed(unusable.get()));
+}
+
 class BusWatchTest : public ::testing::Test {
 protected:
     void SetUp() override {
