@@ -145,7 +145,17 @@ void CaptureMovieFileOutput::sessionDidStart(GstCaps* videoCaps, GstCaps* audioC
 }
 
 void CaptureMovieFileOutput::sessionWillStop() {
-    finishAndWait();
+    // No frame comes after this, so the movie ends now; its own pipeline completes the file and
+    // did-finish follows from there, so stopping or reformatting the session never waits for it.
+    if (state == State::recording) {
+        state = State::finishing;
+        if (!endWriterStreams())
+            finish(nothingRecorded());
+        else
+            limitFinish();
+    } else if (state == State::finishing) {
+        endWriterStreams(); // a stop that waited for a later frame gets none
+    }
     sessionVideoCaps.reset();
     sessionAudioCaps.reset();
     sessionClock.reset();
@@ -232,6 +242,10 @@ void CaptureMovieFileOutput::stopRecording() {
             if (clip == stopped && state == State::finishing)
                 endWriterStreams();
         });
+    limitFinish();
+}
+
+void CaptureMovieFileOutput::limitFinish() {
     // An encoder that hangs must not leave the recording unfinished forever.
     QTimer::singleShot(finishTimeout, this, [this, stopped = clip] {
         if (clip == stopped && state == State::finishing)

@@ -77,7 +77,8 @@ public:
     CaptureConnection* connectionWithMediaType(MediaType type) const override;
     bool wantsMedia(MediaType type) const override;
     void sessionDidStart(GstCaps* videoCaps, GstCaps* audioCaps, GstElement* pipeline) override;
-    // Finishes a recording in progress and waits (a few seconds at most) for the file.
+    // Ends a recording in progress; its file completes afterwards and did-finish follows, as
+    // after stopRecording(). Never waits for the encoder.
     void sessionWillStop() override;
     void handleSample(MediaType type, GstSample* sample) override;
 
@@ -93,8 +94,11 @@ private:
     void endFeed();
     // Hands a frame to the writer and counts it; must be called with feedLock held.
     void pushFrame(GstBuffer* buffer, GstClockTime captured);
-    // Ends a recording in progress and blocks until its file is complete (or the wait is over).
+    // Ends a recording in progress and blocks until its file is complete (or the wait is over):
+    // only for the destructor, when there is no later moment.
     void finishAndWait();
+    // Fails a finishing recording whose end has not come in time.
+    void limitFinish();
     // Takes the writer from the streaming threads, tears it down and queues did-finish.
     void finish(std::optional<Error> error);
     Error nothingRecorded() const;

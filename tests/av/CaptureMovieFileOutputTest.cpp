@@ -577,7 +577,9 @@ TEST_F(CaptureMovieFileOutputTest, ReportsWhereItCannotWrite) {
     }
 }
 
-TEST_F(CaptureMovieFileOutputTest, SessionWillStopCompletesTheFileBeforeReturning) {
+// The session stopping (or restarting in another format) ends the movie without waiting for the
+// encoder: the file completes afterwards, and no new recording starts until did-finish.
+TEST_F(CaptureMovieFileOutputTest, SessionWillStopEndsTheMovieAndFinishesItLater) {
     FakeSession session(&output, 640, 360, true);
     session.start();
     Delegate delegate;
@@ -586,15 +588,23 @@ TEST_F(CaptureMovieFileOutputTest, SessionWillStopCompletesTheFileBeforeReturnin
     ASSERT_TRUE(waitUntil([&] { return delegate.starts == 1; }));
     spin(800);
     output.sessionWillStop();
+    session.start();
+    EXPECT_EQ(delegate.finishes, 0);
+    EXPECT_TRUE(output.isRecording());
+    Delegate refused;
+    EXPECT_FALSE(start(fileURL(QStringLiteral("refused.mov")), refused));
 
+    ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }));
+    EXPECT_FALSE(output.isRecording());
+    ASSERT_FALSE(delegate.error) << delegate.error->localizedDescription().toStdString();
+    EXPECT_FALSE(delegate.synchronous);
     const Movie movie = discover(url.toLocalFile());
     EXPECT_TRUE(movie.readable);
     expectDurationOfWhatWasFed(movie, session.fed());
-    // Recording until the delegate has heard that it is over.
-    EXPECT_TRUE(output.isRecording());
-    ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }));
-    EXPECT_FALSE(output.isRecording());
-    EXPECT_FALSE(delegate.error);
+
+    Delegate next;
+    record(fileURL(QStringLiteral("next.mov")), next, 500);
+    EXPECT_FALSE(next.error);
 }
 
 // Runs only as the child of SurvivesSigkill: records until it is killed.
