@@ -164,19 +164,7 @@ QUrl writeSampleClip() {
         "framerate=30/1 ! videoconvert ! x264enc speed-preset=ultrafast ! qtmux name=mux ! "
         "filesink location=\"" +
         path.toUtf8() + "\" audiotestsrc num-buffers=20 ! avenc_aac ! mux.";
-    av::GstHandle<GstElement> writer(gst_parse_launch(launch.constData(), nullptr),
-                                     av::GstRef::adopt);
-    if (!writer)
-        return {};
-    gst_element_set_state(writer.get(), GST_STATE_PLAYING);
-    av::GstHandle<GstBus> bus(gst_element_get_bus(writer.get()), av::GstRef::adopt);
-    av::GstHandle<GstMessage> end(
-        gst_bus_timed_pop_filtered(bus.get(), 20 * GST_SECOND,
-                                   GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)),
-        av::GstRef::adopt);
-    gst_element_set_state(writer.get(), GST_STATE_NULL);
-    return end && GST_MESSAGE_TYPE(end.get()) == GST_MESSAGE_EOS ? QUrl::fromLocalFile(path)
-                                                                 : QUrl();
+    return av::Gst::runToEnd(launch, std::chrono::seconds(20)) ? QUrl::fromLocalFile(path) : QUrl();
 }
 
 enum class PreviewScene { playing, share, saveError };

@@ -16,6 +16,7 @@
 #include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/CaptureMovieFileOutput.h"
 #include "platform/av/CaptureSession.h"
+#include "platform/av/Gst.h"
 #include "platform/av/GstHandle.h"
 #include "platform/av/PictureZoom.h"
 #include "platform/av/ZoomFilter.h"
@@ -97,18 +98,7 @@ bool writeVideoOf(const QString& picture, const QString& video) {
                               "video/x-raw,format=I420,framerate=30/1 ! x264enc ! mp4mux ! "
                               "filesink location=\"" +
                               video.toUtf8() + "\"";
-    av::GstHandle<GstElement> writer(gst_parse_launch(launch.constData(), nullptr),
-                                     av::GstRef::adopt);
-    if (!writer)
-        return false;
-    gst_element_set_state(writer.get(), GST_STATE_PLAYING);
-    av::GstHandle<GstBus> bus(gst_element_get_bus(writer.get()), av::GstRef::adopt);
-    av::GstHandle<GstMessage> end(
-        gst_bus_timed_pop_filtered(bus.get(), 60 * GST_SECOND,
-                                   GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)),
-        av::GstRef::adopt);
-    gst_element_set_state(writer.get(), GST_STATE_NULL);
-    return end && GST_MESSAGE_TYPE(end.get()) == GST_MESSAGE_EOS;
+    return av::Gst::runToEnd(launch, std::chrono::seconds(60));
 }
 
 // A ramp with the full report (camera null: the virtual camera), or a short one with the zoom

@@ -1,5 +1,7 @@
 #include "platform/av/Gst.h"
 
+#include "platform/av/GstHandle.h"
+
 #include "platform/av/VirtualCameraSource.h"
 #include "platform/av/ZoomFilter.h"
 
@@ -23,6 +25,21 @@ void Gst::ensureInitialized() {
         ZoomFilter::registerElement();
         VirtualCameraSource::registerElement();
     });
+}
+
+bool Gst::runToEnd(const QByteArray& launch, std::chrono::milliseconds timeout) {
+    ensureInitialized();
+    GstHandle<GstElement> pipeline(gst_parse_launch(launch.constData(), nullptr), GstRef::adopt);
+    if (!pipeline)
+        return false;
+    gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
+    GstHandle<GstBus> bus(gst_element_get_bus(pipeline.get()), GstRef::adopt);
+    GstHandle<GstMessage> end(
+        gst_bus_timed_pop_filtered(bus.get(), GstClockTime(timeout.count()) * GST_MSECOND,
+                                   GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)),
+        GstRef::adopt);
+    gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+    return end && GST_MESSAGE_TYPE(end.get()) == GST_MESSAGE_EOS;
 }
 
 } // namespace av

@@ -24,15 +24,7 @@ QString makeClip(const QTemporaryDir& folder) {
         "videotestsrc num-buffers=30 pattern=smpte ! video/x-raw,width=320,height=240,"
         "framerate=30/1 ! x264enc ! mp4mux name=mux ! filesink location=" +
         path.toUtf8() + " audiotestsrc num-buffers=47 ! avenc_aac ! mux.";
-    GstHandle<GstElement> writer(gst_parse_launch(launch.constData(), nullptr), GstRef::adopt);
-    gst_element_set_state(writer.get(), GST_STATE_PLAYING);
-    GstHandle<GstBus> bus(gst_element_get_bus(writer.get()), GstRef::adopt);
-    GstHandle<GstMessage> end(
-        gst_bus_timed_pop_filtered(bus.get(), 20 * GST_SECOND,
-                                   GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)),
-        GstRef::adopt);
-    gst_element_set_state(writer.get(), GST_STATE_NULL);
-    EXPECT_TRUE(end && GST_MESSAGE_TYPE(end.get()) == GST_MESSAGE_EOS);
+    EXPECT_TRUE(Gst::runToEnd(launch, std::chrono::seconds(20)));
     return path;
 }
 

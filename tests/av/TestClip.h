@@ -23,16 +23,5 @@ inline bool writeTestClip(const QString& path, double seconds, int width = 320, 
             .arg(path)
             .arg(blocks)
             .toUtf8();
-    av::GstHandle<GstElement> writer(gst_parse_launch(launch.constData(), nullptr),
-                                     av::GstRef::adopt);
-    if (!writer)
-        return false;
-    gst_element_set_state(writer.get(), GST_STATE_PLAYING);
-    av::GstHandle<GstBus> bus(gst_element_get_bus(writer.get()), av::GstRef::adopt);
-    av::GstHandle<GstMessage> end(
-        gst_bus_timed_pop_filtered(bus.get(), 30 * GST_SECOND,
-                                   GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)),
-        av::GstRef::adopt);
-    gst_element_set_state(writer.get(), GST_STATE_NULL);
-    return end && GST_MESSAGE_TYPE(end.get()) == GST_MESSAGE_EOS;
+    return av::Gst::runToEnd(launch, std::chrono::seconds(30));
 }

@@ -183,24 +183,6 @@ TEST_F(VideoSessionTest, oneRecordingFromTheRequestUntilItsCallback) {
     EXPECT_TRUE(second.isEmpty());
 }
 
-// Runs a gst-launch description that writes a file, to its end.
-bool writeWith(const QByteArray& launch) {
-    GstElement* writer = gst_parse_launch(launch.constData(), nullptr);
-    if (!writer)
-        return false;
-    gst_element_set_state(writer, GST_STATE_PLAYING);
-    GstBus* bus = gst_element_get_bus(writer);
-    GstMessage* end = gst_bus_timed_pop_filtered(
-        bus, 20 * GST_SECOND, GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
-    const bool written = end && GST_MESSAGE_TYPE(end) == GST_MESSAGE_EOS;
-    if (end)
-        gst_message_unref(end);
-    gst_object_unref(bus);
-    gst_element_set_state(writer, GST_STATE_NULL);
-    gst_object_unref(writer);
-    return written;
-}
-
 TEST_F(VideoSessionTest, aStillPictureOrAShortLoopedClipRecordsAsTheBackCamera) {
     const struct {
         const char* file;
@@ -218,7 +200,8 @@ TEST_F(VideoSessionTest, aStillPictureOrAShortLoopedClipRecordsAsTheBackCamera) 
     for (const auto& row : rows) {
         SCOPED_TRACE(row.file);
         const QString source = documents.filePath(QString::fromLatin1(row.file));
-        ASSERT_TRUE(writeWith(row.writer + " ! filesink location=" + source.toUtf8()));
+        ASSERT_TRUE(av::Gst::runToEnd(row.writer + " ! filesink location=" + source.toUtf8(),
+                                      std::chrono::seconds(20)));
         av::CaptureDeviceDiscoverySession::setCameraSelection(QStringLiteral("file:") + source);
         CKFVideoSession session(CKFSession::CameraPosition::back);
         av::CaptureDeviceDiscoverySession::setCameraSelection({});
