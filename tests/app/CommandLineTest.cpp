@@ -44,6 +44,19 @@ Result runTessaro(const QStringList& arguments) {
             QString::fromUtf8(process.readAllStandardOutput() + process.readAllStandardError())};
 }
 
+// Starts `tessaro record` on the virtual camera into clip, for a test that watches it run.
+void startRecording(QProcess& process, const QTemporaryDir& folder, const QString& clip,
+                    int seconds) {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("TESSARO_CONFIG_DIR"), folder.path());
+    process.setProcessEnvironment(environment);
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(QStringLiteral(TESSARO_BINARY),
+                  {QStringLiteral("record"), QStringLiteral("--duration"), QString::number(seconds),
+                   QStringLiteral("--camera"), QStringLiteral("virtual"),
+                   QStringLiteral("--output"), clip});
+}
+
 TEST(CommandLine, helpAndVersionWorkWithoutADisplay) {
     const Result help = runTessaro({QStringLiteral("--help")});
     EXPECT_EQ(help.exitCode, 0);
@@ -225,14 +238,7 @@ TEST(CommandLine, recordLeavesAPlayableClipWhateverEndsIt) {
         QTemporaryDir folder;
         const QString clip = folder.filePath(QStringLiteral("clip.mov"));
         QProcess process;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("TESSARO_CONFIG_DIR"), folder.path());
-        process.setProcessEnvironment(environment);
-        process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start(QStringLiteral(TESSARO_BINARY),
-                      {QStringLiteral("record"), QStringLiteral("--duration"), QStringLiteral("10"),
-                       QStringLiteral("--camera"), QStringLiteral("virtual"),
-                       QStringLiteral("--output"), clip});
+        startRecording(process, folder, clip, 10);
         // Pictures are going in once the file outgrows the header space saved at its front.
         QDeadlineTimer deadline(30000);
         while (QFileInfo(clip).size() < 2'000'000 && !deadline.hasExpired() &&
@@ -295,14 +301,7 @@ TEST(CommandLine, recordsWithoutSpinningTheMainThread) {
     QTemporaryDir folder;
     const QString clip = folder.filePath(QStringLiteral("clip.mov"));
     QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("TESSARO_CONFIG_DIR"), folder.path());
-    process.setProcessEnvironment(environment);
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral(TESSARO_BINARY),
-                  {QStringLiteral("record"), QStringLiteral("--duration"), QStringLiteral("3"),
-                   QStringLiteral("--camera"), QStringLiteral("virtual"),
-                   QStringLiteral("--output"), clip});
+    startRecording(process, folder, clip, 3);
     QByteArray out;
     double cpuAtPress = -1, cpuAtEnd = -1;
     QElapsedTimer take;
