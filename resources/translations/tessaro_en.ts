@@ -119,24 +119,24 @@
         <translation>Cancel</translation>
     </message>
     <message id="tutorial_text_1">
-        <extracomment>First-run tutorial, page 1 of 4.</extracomment>
-        <source>Frame your subject and set the start zoom with the slider.</source>
-        <translation>Frame your subject and set the start zoom with the slider.</translation>
+        <extracomment>First-run tutorial, page 1 of 4, over a clip of a zoom-out ramp: explains the effect to someone who has never heard of it.</extracomment>
+        <source>This is a dolly zoom: the person keeps the same size while the street behind them stretches away. Tessaro makes one for you. All you do is walk.</source>
+        <translation>This is a dolly zoom: the person keeps the same size while the street behind them stretches away. Tessaro makes one for you. All you do is walk.</translation>
     </message>
     <message id="tutorial_text_2">
-        <extracomment>First-run tutorial, page 2 of 4.</extracomment>
-        <source>Press record and walk toward your subject, keeping it the same size. The background stretches behind it.</source>
-        <translation>Press record and walk toward your subject, keeping it the same size. The background stretches behind it.</translation>
+        <extracomment>First-run tutorial, page 2 of 4, beside the zoom-in icon, over a zoom-in ramp.</extracomment>
+        <source>With the zoom-in button (the magnifier with +), walk away from your subject while you record. Tessaro zooms in as you go, and the background closes in behind it.</source>
+        <translation>With the zoom-in button (the magnifier with +), walk away from your subject while you record. Tessaro zooms in as you go, and the background closes in behind it.</translation>
     </message>
     <message id="tutorial_text_3">
-        <extracomment>First-run tutorial, page 3 of 4.</extracomment>
-        <source>Switch the zoom direction for the reverse effect: the zoom grows while you walk away.</source>
-        <translation>Switch the zoom direction for the reverse effect: the zoom grows while you walk away.</translation>
+        <extracomment>First-run tutorial, page 3 of 4, beside the zoom-out icon (the default mode).</extracomment>
+        <source>With the zoom-out button (the magnifier with −), set the start zoom, then walk toward your subject. Tessaro zooms out as you go, and the background opens up.</source>
+        <translation>With the zoom-out button (the magnifier with −), set the start zoom, then walk toward your subject. Tessaro zooms out as you go, and the background opens up.</translation>
     </message>
     <message id="tutorial_text_4">
-        <extracomment>First-run tutorial, page 4 of 4.</extracomment>
-        <source>When the zoom ends, your clip plays in a loop. Save it or share it.</source>
-        <translation>When the zoom ends, your clip plays in a loop. Save it or share it.</translation>
+        <extracomment>First-run tutorial, page 4 of 4, above the button that opens the camera.</extracomment>
+        <source>Keep your subject in the middle, choose how long the zoom lasts and walk at an even pace. The recording stops by itself when the zoom is done.</source>
+        <translation>Keep your subject in the middle, choose how long the zoom lasts and walk at an even pace. The recording stops by itself when the zoom is done.</translation>
     </message>
     <message id="tutorial_ready">
         <extracomment>Button on the last tutorial page that opens the camera.</extracomment>
