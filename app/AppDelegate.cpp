@@ -1,11 +1,14 @@
 #include "app/AppDelegate.h"
 
+#include "platform/foundation/Device.h"
 #include "platform/foundation/Preferences.h"
 #include "platform/ui/Application.h"
 #include "platform/ui/Storyboard.h"
 #include "platform/ui/ViewController.h"
 #include "platform/ui/Window.h"
 #include "rating/AppRating.h"
+
+#include <QWindow>
 
 #include <memory>
 
@@ -17,9 +20,27 @@ void AppDelegate::setWindow(ui::Window* window) {
     mainWindow = window;
 }
 
-bool AppDelegate::didFinishLaunchingWithOptions(ui::Application*, const QVariantMap&) {
-    runLaunchSequence();
+bool AppDelegate::didFinishLaunchingWithOptions(ui::Application*,
+                                                const QVariantMap& launchOptions) {
+    runLaunchSequence(launchOptions.value(QStringLiteral("tutorial")).toBool());
     return true;
+}
+
+void AppDelegate::setOrientationLock(quint64 mask) {
+    lock = mask;
+    applyOrientationLock();
+}
+
+void AppDelegate::applyOrientationLock() {
+    const foundation::Device& device = foundation::Device::current();
+    if (device.formFactor() == foundation::Device::FormFactor::desktop ||
+        device.orientation() == foundation::Device::Orientation::unknown || !mainWindow ||
+        !mainWindow->windowHandle())
+        return;
+    // The compositor turns the window's picture to match the content's orientation, so a
+    // portrait-only screen stays upright while the device lies on its side.
+    mainWindow->windowHandle()->reportContentOrientationChange(
+        lock == ui::portraitMask ? Qt::PortraitOrientation : Qt::PrimaryOrientation);
 }
 
 quint64 AppDelegate::supportedInterfaceOrientationsFor(ui::Application*, ui::Window*) {
@@ -31,11 +52,12 @@ AppDelegate* AppDelegate::shared() {
     return app ? dynamic_cast<AppDelegate*>(app->delegate()) : nullptr;
 }
 
-void AppDelegate::runLaunchSequence() {
+void AppDelegate::runLaunchSequence(bool showTutorial) {
     // The plain assignment, not the checked setter: the launch value wins over the default.
     AppRating::daysUntilPrompt = 3;
 
-    const bool tutorialShowed = foundation::Preferences::standard().boolForKey("tutorialShowed");
+    const bool tutorialShowed =
+        !showTutorial && foundation::Preferences::standard().boolForKey("tutorialShowed");
     const ui::Storyboard storyboard(QStringLiteral("Main"));
     const char* required = tutorialShowed ? "CameraViewController" : "TutorialViewController";
     // A build without the tutorial's scene starts on the recording screen rather than on an

@@ -12,14 +12,18 @@ class Window;
 // The program's delegate: owns the orientation lock and picks the first screen at launch.
 class AppDelegate : public QObject, public ui::ApplicationDelegate {
     Q_OBJECT
+    // Set by name by the tutorial, which does not link this layer.
+    Q_PROPERTY(quint64 orientationLock READ orientationLock WRITE setOrientationLock)
 
 public:
     ui::Window* window() const override;
     void setWindow(ui::Window* window) override;
 
     quint64 orientationLock() const { return lock; }
-    // Screens narrow the allowed orientations while they are shown.
-    void setOrientationLock(quint64 mask) { lock = mask; }
+    // Screens narrow the allowed orientations while they are shown. Where the system rotates
+    // the screen (a phone or tablet with an orientation sensor), a lock to portrait alone keeps
+    // the window's content upright in portrait; on a desktop it changes nothing.
+    void setOrientationLock(quint64 mask);
 
     bool didFinishLaunchingWithOptions(ui::Application* application,
                                        const QVariantMap& launchOptions) override;
@@ -30,7 +34,9 @@ public:
     static AppDelegate* shared();
 
 private:
-    void runLaunchSequence();
+    // Launch option "tutorial": show the tutorial even after it was left once.
+    void runLaunchSequence(bool showTutorial);
+    void applyOrientationLock();
 
     QPointer<ui::Window> mainWindow;
     quint64 lock = ui::allOrientationsMask;

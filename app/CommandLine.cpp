@@ -27,6 +27,10 @@ CommandLine::CommandLine()
                                           "FILE.png and leave. The virtual camera is used unless "
                                           "--camera says otherwise."),
                        QStringLiteral("NAME")),
+      tutorialOption(QStringList{QStringLiteral("tutorial")},
+                     QCoreApplication::translate("CommandLine",
+                                                 "Start on the tutorial that explains the dolly "
+                                                 "zoom, even after it was left once.")),
       durationOption(QStringList{QStringLiteral("duration")},
                      QCoreApplication::translate("CommandLine",
                                                  "record: the ramp's length, 1 to 15 whole seconds "
@@ -59,6 +63,7 @@ CommandLine::CommandLine()
     parser.addOption(cameraOption);
     parser.addOption(listCamerasOption);
     parser.addOption(screenshotOption);
+    parser.addOption(tutorialOption);
     parser.addOption(durationOption);
     parser.addOption(zoomOption);
     parser.addOption(zoomInOption);
@@ -95,6 +100,8 @@ QVariantMap CommandLine::launchOptions() const {
     QVariantMap options;
     if (parser.isSet(cameraOption))
         options.insert(QStringLiteral("camera"), parser.value(cameraOption));
+    if (parser.isSet(tutorialOption))
+        options.insert(QStringLiteral("tutorial"), true);
     return options;
 }
 

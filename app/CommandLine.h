@@ -51,6 +51,7 @@ private:
     QCommandLineOption cameraOption;
     QCommandLineOption listCamerasOption;
     QCommandLineOption screenshotOption;
+    QCommandLineOption tutorialOption;
     QCommandLineOption durationOption;
     QCommandLineOption zoomOption;
     QCommandLineOption zoomInOption;

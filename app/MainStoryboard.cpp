@@ -1,5 +1,6 @@
 #include "app/MainStoryboard.h"
 
+#include "onboarding/TutorialViewController.h"
 #include "platform/ui/Storyboard.h"
 #include "playback/VideoPreviewViewController.h"
 #include "rating/RateAppFirstViewController.h"
@@ -22,4 +23,6 @@ void MainStoryboard::registerScenes() {
                                     [] { return new RateAppMailViewController; });
     ui::Storyboard::registerFactory(main, QStringLiteral("VideoPreviewViewController"),
                                     [] { return new VideoPreviewViewController; });
+    ui::Storyboard::registerFactory(main, QStringLiteral("TutorialViewController"),
+                                    [] { return new TutorialViewController; });
 }

@@ -5,6 +5,8 @@
 #include "capture/CKFGridView.h"
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFVideoSession.h"
+#include "onboarding/ALButton.h"
+#include "onboarding/TutorialViewController.h"
 #include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/CaptureVideoPreviewLayer.h"
 #include "platform/av/Gst.h"
@@ -16,6 +18,7 @@
 #include "platform/ui/AlertController.h"
 #include "platform/ui/Button.h"
 #include "platform/ui/MailComposeViewController.h"
+#include "platform/ui/ScrollView.h"
 #include "platform/ui/Slider.h"
 #include "platform/ui/Storyboard.h"
 #include "platform/ui/Window.h"
@@ -215,6 +218,47 @@ ScreenshotRenderer::Scene previewScreen(PreviewScene what) {
     return scene;
 }
 
+// The tutorial as a first start shows it, glided to its page (1 to 4) as a swipe would; page 0
+// goes on to press the start button and shows the recording screen that replaces it.
+ScreenshotRenderer::Scene tutorialScreen(int page) {
+    usePrivateFolders();
+    auto window = std::make_unique<ui::Window>();
+    auto* tutorial = new TutorialViewController;
+    window->setRootViewController(tutorial);
+    window->resize(phone);
+    window->makeKeyAndVisible();
+    ui::Window* shown = window.get();
+    auto moved = std::make_shared<bool>(false);
+    auto since = std::make_shared<QElapsedTimer>();
+    auto ready = [=] {
+        auto* camera = qobject_cast<CameraViewController*>(shown->rootViewController());
+        if (camera)
+            return camera->previewView && camera->previewView->framesTaken() >= framesBeforeGrab;
+        const QList<VideoContainerView*> pages =
+            tutorial->scrollView->contentView()->findChildren<VideoContainerView*>();
+        const int target = page == 0 ? 3 : page - 1;
+        if (pages.size() <= target || !pages.at(target)->playerLayer())
+            return false;
+        if (!*moved) {
+            *moved = true;
+            tutorial->scrollView->setContentOffset(
+                QPointF(target * tutorial->scrollView->width(), 0), true);
+            since->start();
+            return false;
+        }
+        if (tutorial->scrollView->isDecelerating() ||
+            pages.at(target)->playerLayer()->framesDisplayed() < framesBeforeGrab)
+            return false;
+        if (page == 0) {
+            tutorial->startButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
+            return false;
+        }
+        // A second into the clips, where the ramp shows.
+        return since->elapsed() > 1000;
+    };
+    return {std::move(window), ready};
+}
+
 } // namespace
 
 const std::vector<ScreenshotRenderer::Screen>& ScreenshotRenderer::screens() {
@@ -256,6 +300,11 @@ const std::vector<ScreenshotRenderer::Screen>& ScreenshotRenderer::screens() {
         {QStringLiteral("clip-preview"), [] { return previewScreen(PreviewScene::playing); }},
         {QStringLiteral("share-sheet"), [] { return previewScreen(PreviewScene::share); }},
         {QStringLiteral("save-error"), [] { return previewScreen(PreviewScene::saveError); }},
+        {QStringLiteral("tutorial-1"), [] { return tutorialScreen(1); }},
+        {QStringLiteral("tutorial-2"), [] { return tutorialScreen(2); }},
+        {QStringLiteral("tutorial-3"), [] { return tutorialScreen(3); }},
+        {QStringLiteral("tutorial-4"), [] { return tutorialScreen(4); }},
+        {QStringLiteral("tutorial-start"), [] { return tutorialScreen(0); }},
     };
     return registry;
 }

@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 
+#include "onboarding/TutorialViewController.h"
 #include "platform/foundation/Preferences.h"
 #include "platform/ui/Storyboard.h"
 #include "platform/ui/ViewController.h"
@@ -10,12 +11,6 @@
 #include <QPointer>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
-
-// A stand-in for the tutorial screen, which is not built yet. The launch checks the class by
-// name, so it carries the real screen's class name.
-class TutorialViewController : public ui::ViewController {
-    Q_OBJECT
-};
 
 namespace {
 
@@ -69,6 +64,18 @@ TEST_F(LaunchTest, laterLaunchesShowTheRecordingScreen) {
         next.didFinishLaunchingWithOptions(nullptr, {});
         EXPECT_EQ(rootClass(), "CameraViewController");
     }
+}
+
+TEST_F(LaunchTest, askingForTheTutorialShowsItAfterItWasLeft) {
+    registerBothScreens();
+    foundation::Preferences::standard().setBool("tutorialShowed", true);
+    delegate.didFinishLaunchingWithOptions(nullptr, {{QStringLiteral("tutorial"), true}});
+    EXPECT_EQ(rootClass(), "TutorialViewController");
+    // Asking does not forget that it was left: the next plain launch skips it.
+    AppDelegate next;
+    next.setWindow(window);
+    next.didFinishLaunchingWithOptions(nullptr, {});
+    EXPECT_EQ(rootClass(), "CameraViewController");
 }
 
 TEST_F(LaunchTest, withoutATutorialSceneTheFirstLaunchShowsTheRecordingScreen) {
@@ -129,5 +136,3 @@ TEST(OrientationLock, answersAllUntilChangedThenExactlyTheLastValue) {
 }
 
 } // namespace
-
-#include "AppDelegateTest.moc"
