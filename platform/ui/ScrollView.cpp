@@ -20,6 +20,8 @@ constexpr double flickSpeed = 300.0;
 constexpr qint64 restBeforeRelease = 100;
 // A touchpad that sends no end of its scroll has ended it after this pause.
 constexpr int wheelRestMs = 150;
+// Events that arrive together are taken as a frame apart, not as an infinite speed.
+constexpr qint64 minimumInterval = 8;
 // A wheel notch scrolls this far where there are no pages.
 constexpr double lineStep = 40.0;
 
@@ -155,7 +157,7 @@ void ScrollView::finishScroll() {
         delegate_->scrollViewDidEndDecelerating(this);
 }
 
-void ScrollView::beginDrag(QPointF position) {
+void ScrollView::beginDrag(QPointF position, quint64 time) {
     stopGlide();
     wheelScrolling_ = false;
     pressed_ = true;
@@ -163,29 +165,32 @@ void ScrollView::beginDrag(QPointF position) {
     pressPosition_ = lastPosition_ = position;
     dragStartOffset_ = offset_;
     velocity_ = QPointF();
-    sinceLastMove_.start();
+    lastMoveTime_ = time;
 }
 
-void ScrollView::moveDrag(QPointF position) {
+void ScrollView::moveDrag(QPointF position, quint64 time) {
     if (!pressed_)
         return;
     if (!dragging_ &&
         (position - pressPosition_).manhattanLength() < QApplication::startDragDistance())
         return;
     dragging_ = true;
-    const qint64 elapsed = std::max<qint64>(1, sinceLastMove_.restart());
+    if (position == lastPosition_)
+        return;
+    const qint64 elapsed = std::max(minimumInterval, qint64(time - lastMoveTime_));
+    lastMoveTime_ = time;
     const QPointF moved = -(position - lastPosition_) * 1000.0 / double(elapsed);
     velocity_ = moved * 0.8 + velocity_ * 0.2;
     lastPosition_ = position;
     applyOffset(clamped(dragStartOffset_ - (position - pressPosition_)));
 }
 
-void ScrollView::endDrag(bool cancelled) {
+void ScrollView::endDrag(bool cancelled, quint64 time) {
     if (!pressed_)
         return;
     pressed_ = false;
     const bool dragged = std::exchange(dragging_, false);
-    const bool thrown = !cancelled && sinceLastMove_.elapsed() < restBeforeRelease;
+    const bool thrown = !cancelled && qint64(time - lastMoveTime_) < restBeforeRelease;
     // A tap leaves a resting pager alone; one that stopped a glide puts it back on a page.
     if (dragged || restingOffset({}, offset_) != offset_)
         glideTo(restingOffset(thrown ? velocity_ : QPointF(), dragStartOffset_));
@@ -200,7 +205,7 @@ bool ScrollView::event(QEvent* event) {
         auto* touch = static_cast<QTouchEvent*>(event);
         if (event->type() == QEvent::TouchCancel) {
             if (trackingTouch_)
-                endDrag(true);
+                endDrag(true, touch->timestamp());
             trackingTouch_ = false;
             return true;
         }
@@ -212,7 +217,7 @@ bool ScrollView::event(QEvent* event) {
             const QEventPoint& point = touch->points().constFirst();
             touchPointId_ = point.id();
             trackingTouch_ = true;
-            beginDrag(point.position());
+            beginDrag(point.position(), touch->timestamp());
             event->accept();
             return true;
         }
@@ -222,11 +227,11 @@ bool ScrollView::event(QEvent* event) {
             if (point.id() != touchPointId_)
                 continue;
             if (point.state() == QEventPoint::Released || event->type() == QEvent::TouchEnd) {
-                moveDrag(point.position());
+                moveDrag(point.position(), touch->timestamp());
                 trackingTouch_ = false;
-                endDrag(false);
+                endDrag(false, touch->timestamp());
             } else if (point.state() == QEventPoint::Updated) {
-                moveDrag(point.position());
+                moveDrag(point.position(), touch->timestamp());
             }
             break;
         }
@@ -243,20 +248,20 @@ void ScrollView::mousePressEvent(QMouseEvent* event) {
         return;
     }
     trackingTouch_ = false;
-    beginDrag(event->position());
+    beginDrag(event->position(), event->timestamp());
 }
 
 void ScrollView::mouseMoveEvent(QMouseEvent* event) {
     if (trackingTouch_)
         return;
-    moveDrag(event->position());
+    moveDrag(event->position(), event->timestamp());
 }
 
 void ScrollView::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton || trackingTouch_)
         return;
-    moveDrag(event->position());
-    endDrag(false);
+    moveDrag(event->position(), event->timestamp());
+    endDrag(false, event->timestamp());
 }
 
 void ScrollView::wheelEvent(QWheelEvent* event) {
@@ -292,18 +297,21 @@ void ScrollView::wheelEvent(QWheelEvent* event) {
         event->accept();
         return;
     }
-    if (event->phase() == Qt::ScrollBegin || !wheelScrolling_) {
+    const bool begins = event->phase() == Qt::ScrollBegin || !wheelScrolling_;
+    if (begins) {
         stopGlide();
         wheelScrolling_ = true;
         dragStartOffset_ = offset_;
         wheelVelocity_ = QPointF();
-        sinceLastWheel_.start();
+        lastWheelTime_ = event->timestamp();
     }
     const QPointF delta =
         -folded(QPointF(event->pixelDelta().isNull() ? QPointF(event->angleDelta()) / 8.0
                                                      : QPointF(event->pixelDelta())));
-    const qint64 elapsed = std::max<qint64>(1, sinceLastWheel_.restart());
-    if (!delta.isNull())
+    const qint64 elapsed = std::max(minimumInterval, qint64(event->timestamp() - lastWheelTime_));
+    lastWheelTime_ = event->timestamp();
+    // The first movement of a scroll has no time to be measured against.
+    if (!delta.isNull() && !begins)
         wheelVelocity_ = delta * 1000.0 / double(elapsed);
     applyOffset(clamped(offset_ + delta));
     event->accept();

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QElapsedTimer>
 #include <QPointF>
 #include <QPointer>
 #include <QSizeF>
@@ -77,9 +76,11 @@ private:
     void applyOffset(QPointF offset);
     void layoutContent();
 
-    void beginDrag(QPointF position);
-    void moveDrag(QPointF position);
-    void endDrag(bool cancelled);
+    // Times are the events' own, in milliseconds: a loaded machine that handles them late
+    // does not change how fast the finger moved.
+    void beginDrag(QPointF position, quint64 time);
+    void moveDrag(QPointF position, quint64 time);
+    void endDrag(bool cancelled, quint64 time);
     // Where a scroll that began at began and moves by velocity (points per second) comes to
     // rest: the nearest page, or the next one after a flick, never more than a page from began.
     QPointF restingOffset(QPointF velocity, QPointF began) const;
@@ -102,13 +103,13 @@ private:
     QPointF lastPosition_;
     QPointF dragStartOffset_;
     QPointF velocity_;
-    QElapsedTimer sinceLastMove_;
+    quint64 lastMoveTime_ = 0;
 
     QVariantAnimation* glide_ = nullptr;
     // Touchpad scrolling without begin and end phases is taken as ended after a pause.
     QTimer wheelRest_;
     QPointF wheelVelocity_;
-    QElapsedTimer sinceLastWheel_;
+    quint64 lastWheelTime_ = 0;
     bool wheelScrolling_ = false;
 };
 
