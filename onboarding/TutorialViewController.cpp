@@ -117,6 +117,8 @@ void TutorialViewController::loadView() {
     startButton->setObjectName(QStringLiteral("startButton"));
     startButton->setBackgroundColor(QColor(255, 204, 0));
     startButton->setTitleColor(Qt::black);
+    // The button's fade is its only feedback; the title does not dim besides.
+    startButton->setTitleColor(Qt::black, ui::Control::highlighted);
     QFont buttonFont = startButton->font();
     buttonFont.setPixelSize(18);
     buttonFont.setBold(true);

@@ -1,0 +1,228 @@
+#include "onboarding/TutorialViewController.h"
+
+#include "app/AppDelegate.h"
+#include "app/MainStoryboard.h"
+#include "onboarding/ALButton.h"
+#include "platform/av/CaptureDeviceDiscoverySession.h"
+#include "platform/av/Player.h"
+#include "platform/foundation/Bundle.h"
+#include "platform/foundation/Preferences.h"
+#include "platform/foundation/Strings.h"
+#include "platform/ui/ImageView.h"
+#include "platform/ui/Label.h"
+#include "platform/ui/PageControl.h"
+#include "platform/ui/Storyboard.h"
+#include "platform/ui/Window.h"
+#include "tests/av/TestClip.h"
+#include "tests/ui/ProbeViewController.h"
+
+#include <QDir>
+#include <QPointer>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using ui::test::waitUntil;
+
+constexpr QSize phone(390, 844);
+
+// The same picture, drawn at one size.
+QImage picture(const QIcon& icon) {
+    return icon.pixmap(QSize(32, 32)).toImage();
+}
+
+// A shown phone-sized window with the tutorial as its root, four short clips as its data files
+// and the program's delegate as the keeper of the orientation lock.
+class TutorialTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        foundation::Strings::install();
+        clips = new QTemporaryDir;
+        for (const char* name : {"1", "2", "3", "4"})
+            ASSERT_TRUE(
+                writeTestClip(clips->filePath(QStringLiteral("%1.mov").arg(name)), 0.4, 90, 160));
+    }
+    static void TearDownTestSuite() { delete clips; }
+
+    void SetUp() override {
+        qputenv("TESSARO_DATA_DIR", QFile::encodeName(clips->path()));
+        qputenv("TESSARO_CONFIG_DIR", QFile::encodeName(work.filePath(QStringLiteral("config"))));
+        qputenv("TESSARO_DOCUMENTS_DIR", QFile::encodeName(work.filePath(QStringLiteral("docs"))));
+        foundation::Preferences::resetStandardForTesting();
+        av::CaptureDeviceDiscoverySession::setCameraSelection(QStringLiteral("virtual"));
+        ui::Storyboard::unregisterAll(QStringLiteral("Main"));
+        MainStoryboard::registerScenes();
+        TutorialViewController::setApplicationDelegateForTesting(&delegate);
+        delegate.setWindow(window);
+        window->resize(phone);
+    }
+    void TearDown() override {
+        TutorialViewController::setApplicationDelegateForTesting(nullptr);
+        delete window;
+        av::CaptureDeviceDiscoverySession::setCameraSelection(QString());
+        qunsetenv("TESSARO_DATA_DIR");
+    }
+
+    // Shows the tutorial and waits for its pages.
+    void show() {
+        window->setRootViewController(tutorial);
+        window->makeKeyAndVisible();
+        ASSERT_TRUE(waitUntil([&] { return tutorial->firstRun; }));
+    }
+    int pageViews() const { return int(tutorial->scrollView->contentView()->children().size()); }
+    // Pages with the arrow keys, as a user at a desktop does, and waits for the pager to rest.
+    void pageWithKey(Qt::Key key) {
+        QTest::keyClick(tutorial->scrollView, key);
+        ASSERT_TRUE(waitUntil([&] { return !tutorial->scrollView->isDecelerating(); }));
+    }
+
+    static QTemporaryDir* clips;
+    QTemporaryDir work;
+    AppDelegate delegate;
+    QPointer<ui::Window> window = new ui::Window;
+    QPointer<TutorialViewController> tutorial = new TutorialViewController;
+};
+
+QTemporaryDir* TutorialTest::clips = nullptr;
+
+TEST_F(TutorialTest, StartsOnTheFirstCaptionWithFourPagesOfMutedClips) {
+    tutorial->view();
+    EXPECT_EQ(tutorial->infoLabel->text(), tutorial->texts.first());
+    EXPECT_EQ(tutorial->texts.size(), 4);
+    for (const QString& text : tutorial->texts)
+        EXPECT_FALSE(text.startsWith(QLatin1String("tutorial_"))) << "every caption has a text";
+
+    show();
+    EXPECT_EQ(tutorial->infoLabel->text(), tutorial->texts.first());
+    EXPECT_TRUE(tutorial->startButton->isHidden());
+    EXPECT_TRUE(tutorial->zoomInOutImageView->isHidden());
+    EXPECT_EQ(tutorial->pageControl->numberOfPages(), 4);
+    EXPECT_EQ(tutorial->pageControl->currentPage(), 0);
+    EXPECT_EQ(tutorial->scrollView->contentSize(), QSizeF(4 * phone.width(), 1.0));
+    ASSERT_EQ(tutorial->players().size(), 4);
+    for (av::Player* player : tutorial->players()) {
+        EXPECT_TRUE(player->isMuted());
+        EXPECT_EQ(player->rate(), 1.0f);
+    }
+}
+
+TEST_F(TutorialTest, PagesAreBuiltOnlyOnTheFirstAppearance) {
+    show();
+    const QList<av::Player*> first = tutorial->players();
+    auto* cover = new ui::ViewController;
+    tutorial->present(cover, false);
+    ASSERT_TRUE(waitUntil([&] { return !cover->isBeingPresented(); }));
+    tutorial->dismiss(false);
+    ASSERT_TRUE(waitUntil([&] { return !tutorial->presentedViewController(); }));
+    EXPECT_EQ(pageViews(), 4);
+    EXPECT_EQ(tutorial->players(), first);
+}
+
+TEST_F(TutorialTest, EachPageShowsItsCaptionIconAndStartButton) {
+    show();
+    const QImage zoomIn = picture(foundation::Bundle::main().image(QStringLiteral("ZoomIn")));
+    const QImage zoomOut = picture(foundation::Bundle::main().image(QStringLiteral("ZoomOut")));
+    struct Row {
+        Qt::Key key;
+        int page;
+        const QImage* icon;
+        bool startButton;
+    };
+    // Back from the last page too: the button goes again.
+    const std::vector<Row> rows{{Qt::Key_Right, 1, &zoomIn, false},
+                                {Qt::Key_Right, 2, &zoomOut, false},
+                                {Qt::Key_Right, 3, nullptr, true},
+                                {Qt::Key_Left, 2, &zoomOut, false},
+                                {Qt::Key_Home, 0, nullptr, false}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.page);
+        pageWithKey(row.key);
+        EXPECT_EQ(tutorial->scrollView->contentOffset().x(), row.page * phone.width());
+        EXPECT_EQ(tutorial->pageControl->currentPage(), row.page);
+        EXPECT_EQ(tutorial->infoLabel->text(), tutorial->texts.at(row.page));
+        EXPECT_EQ(tutorial->startButton->isVisible(), row.startButton);
+        EXPECT_EQ(tutorial->zoomInOutImageView->isVisible(), row.icon != nullptr);
+        if (row.icon) {
+            EXPECT_EQ(picture(tutorial->zoomInOutImageView->image()), *row.icon);
+        }
+    }
+}
+
+TEST_F(TutorialTest, EveryClipLoopsOnItsOwn) {
+    show();
+    const QList<av::Player*> players = tutorial->players();
+    ASSERT_EQ(players.size(), 4);
+    ASSERT_TRUE(waitUntil([&] {
+        return std::all_of(players.begin(), players.end(),
+                           [](av::Player* player) { return player->passes() >= 1; });
+    }));
+    // Paused clips must stay where they are while the others go round.
+    players.at(1)->pause();
+    players.at(3)->pause();
+    const int pausedPasses[] = {players.at(1)->passes(), players.at(3)->passes()};
+    EXPECT_TRUE(waitUntil(
+        [&] { return players.at(0)->passes() >= 3 && players.at(2)->passes() >= 3; }, 15000));
+    EXPECT_EQ(players.at(1)->passes(), pausedPasses[0]);
+    EXPECT_EQ(players.at(3)->passes(), pausedPasses[1]);
+}
+
+TEST_F(TutorialTest, KeepsToPortraitOnlyWhileShown) {
+    EXPECT_EQ(delegate.orientationLock(), ui::allOrientationsMask);
+    show();
+    EXPECT_EQ(delegate.orientationLock(), ui::portraitMask);
+    window->setRootViewController(new ui::ViewController);
+    EXPECT_EQ(delegate.orientationLock(), ui::allOrientationsMask);
+}
+
+TEST_F(TutorialTest, AMissingClipStopsThePagesThereAndThePagerStaysPut) {
+    tutorial->videos[2] = QStringLiteral("absent");
+    testing::internal::CaptureStdout();
+    show();
+    const std::string printed = testing::internal::GetCapturedStdout();
+    EXPECT_NE(printed.find("\"video.m4v not found\"\n"), std::string::npos) << printed;
+    EXPECT_EQ(pageViews(), 2);
+    EXPECT_EQ(tutorial->scrollView->contentSize(), QSizeF());
+    EXPECT_EQ(tutorial->scrollView->delegate(), nullptr);
+
+    QTest::keyClick(tutorial->scrollView, Qt::Key_Right);
+    QTest::qWait(int(ui::ScrollView::pageGlideDuration * 1000) + 100);
+    EXPECT_EQ(tutorial->scrollView->contentOffset(), QPointF());
+    EXPECT_EQ(tutorial->infoLabel->text(), tutorial->texts.first());
+}
+
+TEST_F(TutorialTest, StartRemembersTheTutorialAndHandsTheWindowToTheRecordingScreen) {
+    show();
+    pageWithKey(Qt::Key_End);
+    ASSERT_TRUE(tutorial->startButton->isVisible());
+    QTest::mouseClick(tutorial->startButton, Qt::LeftButton);
+    EXPECT_TRUE(foundation::Preferences::standard().boolForKey(QStringLiteral("tutorialShowed")));
+    ASSERT_TRUE(window->rootViewController());
+    EXPECT_STREQ(window->rootViewController()->metaObject()->className(), "CameraViewController");
+    EXPECT_EQ(delegate.orientationLock(), ui::allOrientationsMask);
+    EXPECT_TRUE(waitUntil([&] { return tutorial.isNull(); })) << "released with its players";
+
+    // The next start goes straight to the recording screen.
+    AppDelegate next;
+    next.setWindow(window);
+    next.didFinishLaunchingWithOptions(nullptr, {});
+    EXPECT_STREQ(window->rootViewController()->metaObject()->className(), "CameraViewController");
+}
+
+TEST_F(TutorialTest, StartWithoutAKeyWindowStillRemembersTheTutorial) {
+    // The key window closes; none is left.
+    auto* other = new ui::Window;
+    other->makeKeyAndVisible();
+    delete other;
+    ASSERT_EQ(ui::Window::keyWindow(), nullptr);
+    window->setRootViewController(tutorial);
+    window->show();
+    ASSERT_TRUE(waitUntil([&] { return tutorial->firstRun; }));
+    tutorial->start(nullptr);
+    EXPECT_TRUE(foundation::Preferences::standard().boolForKey(QStringLiteral("tutorialShowed")));
+    EXPECT_EQ(window->rootViewController(), tutorial);
+}
+
+} // namespace
