@@ -285,7 +285,7 @@ void TutorialViewController::layoutPages() {
     const double page = oldWidth > 0 ? std::round(pager->contentOffset().x() / oldWidth) : 0;
     pager->setGeometry(view()->rect());
     const QObjectList pages = pager->contentView()->children();
-    if (pages.isEmpty() || !pager->delegate())
+    if (pages.isEmpty() || !pager->delegate() || pager->width() <= 0)
         return;
     int i = 0;
     for (QObject* child : pages)

@@ -151,6 +151,22 @@ TEST_F(TutorialTest, EachPageShowsItsCaptionIconAndStartButton) {
     }
 }
 
+TEST_F(TutorialTest, AResizedWindowKeepsThePageAndItsWholeWidth) {
+    show();
+    pageWithKey(Qt::Key_Right);
+    pageWithKey(Qt::Key_Right);
+    const QSize desktop(1280, 720);
+    window->resize(desktop);
+    ASSERT_TRUE(waitUntil([&] { return tutorial->scrollView->width() == desktop.width(); }));
+    EXPECT_EQ(tutorial->scrollView->contentOffset(), QPointF(2 * desktop.width(), 0));
+    EXPECT_EQ(tutorial->scrollView->contentSize(), QSizeF(4 * desktop.width(), 1.0));
+    EXPECT_EQ(tutorial->infoLabel->text(), tutorial->texts.at(2));
+    const QObjectList pages = tutorial->scrollView->contentView()->children();
+    ASSERT_EQ(pages.size(), 4);
+    EXPECT_EQ(qobject_cast<QWidget*>(pages.at(2))->geometry(),
+              QRect(QPoint(2 * desktop.width(), 0), desktop));
+}
+
 TEST_F(TutorialTest, EveryClipLoopsOnItsOwn) {
     show();
     const QList<av::Player*> players = tutorial->players();
