@@ -237,6 +237,15 @@ bool ScrollView::event(QEvent* event) {
         }
         return true;
     }
+    case QEvent::UngrabMouse:
+    case QEvent::Hide:
+        // A drag whose release will never come (another window took the pointer, the pager
+        // went away) ends here, or the next press would be refused.
+        if (pressed_ && (event->type() == QEvent::Hide || !trackingTouch_)) {
+            trackingTouch_ = false;
+            endDrag(true, lastMoveTime_);
+        }
+        return QWidget::event(event);
     default:
         return QWidget::event(event);
     }
