@@ -1,14 +1,11 @@
 #include "app/AppDelegate.h"
 
-#include "platform/foundation/Device.h"
 #include "platform/foundation/Preferences.h"
 #include "platform/ui/Application.h"
 #include "platform/ui/Storyboard.h"
 #include "platform/ui/ViewController.h"
 #include "platform/ui/Window.h"
 #include "rating/AppRating.h"
-
-#include <QWindow>
 
 #include <memory>
 
@@ -24,23 +21,6 @@ bool AppDelegate::didFinishLaunchingWithOptions(ui::Application*,
                                                 const QVariantMap& launchOptions) {
     runLaunchSequence(launchOptions.value(QStringLiteral("tutorial")).toBool());
     return true;
-}
-
-void AppDelegate::setOrientationLock(quint64 mask) {
-    lock = mask;
-    applyOrientationLock();
-}
-
-void AppDelegate::applyOrientationLock() {
-    const foundation::Device& device = foundation::Device::current();
-    if (device.formFactor() == foundation::Device::FormFactor::desktop ||
-        device.orientation() == foundation::Device::Orientation::unknown || !mainWindow ||
-        !mainWindow->windowHandle())
-        return;
-    // The compositor turns the window's picture to match the content's orientation, so a
-    // portrait-only screen stays upright while the device lies on its side.
-    mainWindow->windowHandle()->reportContentOrientationChange(
-        lock == ui::portraitMask ? Qt::PortraitOrientation : Qt::PrimaryOrientation);
 }
 
 quint64 AppDelegate::supportedInterfaceOrientationsFor(ui::Application*, ui::Window*) {

@@ -20,10 +20,9 @@ public:
     void setWindow(ui::Window* window) override;
 
     quint64 orientationLock() const { return lock; }
-    // Screens narrow the allowed orientations while they are shown. Where the system rotates
-    // the screen (a phone or tablet with an orientation sensor), a lock to portrait alone keeps
-    // the window's content upright in portrait; on a desktop it changes nothing.
-    void setOrientationLock(quint64 mask);
+    // Screens narrow the allowed orientations while they are shown. Nothing on Linux asks for
+    // them yet: no shell lets a window pin its orientation (see README).
+    void setOrientationLock(quint64 mask) { lock = mask; }
 
     bool didFinishLaunchingWithOptions(ui::Application* application,
                                        const QVariantMap& launchOptions) override;
@@ -36,7 +35,6 @@ public:
 private:
     // Launch option "tutorial": show the tutorial even after it was left once.
     void runLaunchSequence(bool showTutorial);
-    void applyOrientationLock();
 
     QPointer<ui::Window> mainWindow;
     quint64 lock = ui::allOrientationsMask;
