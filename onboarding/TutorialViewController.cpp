@@ -58,6 +58,13 @@ QStringList captions() {
     };
 }
 
+// Filled on a portrait screen, as the clips are shot for one; whole, with bars, in a landscape
+// window, where filling would keep only the subject's chest.
+av::PlayerLayer::VideoGravity gravityFor(QSize page) {
+    return page.height() >= page.width() ? av::PlayerLayer::VideoGravity::resizeAspectFill
+                                         : av::PlayerLayer::VideoGravity::resizeAspect;
+}
+
 template <class Outlet> Outlet* required(const QPointer<Outlet>& outlet, const char* name) {
     if (!outlet)
         qFatal("TutorialViewController: the outlet %s is missing", name);
@@ -189,7 +196,7 @@ void TutorialViewController::buildPages() {
         auto* player = new av::Player(QUrl::fromLocalFile(path), page);
         player->setMuted(true);
         auto* layer = av::PlayerLayer::playerLayerWithPlayer(player);
-        layer->setVideoGravity(av::PlayerLayer::VideoGravity::resizeAspectFill);
+        layer->setVideoGravity(gravityFor(size));
         page->addSublayer(layer);
         page->setPlayerLayer(layer);
         layer->setFrame(page->rect());
@@ -288,9 +295,14 @@ void TutorialViewController::layoutPages() {
     if (pages.isEmpty() || !pager->delegate() || pager->width() <= 0)
         return;
     int i = 0;
-    for (QObject* child : pages)
-        if (auto* pageView = qobject_cast<QWidget*>(child))
-            pageView->setGeometry(pager->width() * i++, 0, pager->width(), pager->height());
+    for (QObject* child : pages) {
+        auto* pageView = qobject_cast<VideoContainerView*>(child);
+        if (!pageView)
+            continue;
+        pageView->setGeometry(pager->width() * i++, 0, pager->width(), pager->height());
+        if (pageView->playerLayer())
+            pageView->playerLayer()->setVideoGravity(gravityFor(pager->size()));
+    }
     pager->setContentSize(QSizeF(pager->width() * double(texts.size()), 1.0));
     pager->setContentOffset(QPointF(page * pager->width(), 0));
     scrollViewDidEndDecelerating(pager);

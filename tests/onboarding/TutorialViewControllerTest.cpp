@@ -5,6 +5,7 @@
 #include "onboarding/ALButton.h"
 #include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/Player.h"
+#include "platform/av/PlayerLayer.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/Preferences.h"
 #include "platform/foundation/Strings.h"
@@ -13,6 +14,7 @@
 #include "platform/ui/PageControl.h"
 #include "platform/ui/Storyboard.h"
 #include "platform/ui/Window.h"
+#include "playback/VideoContainerView.h"
 #include "tests/av/TestClip.h"
 #include "tests/ui/ProbeViewController.h"
 
@@ -163,8 +165,11 @@ TEST_F(TutorialTest, AResizedWindowKeepsThePageAndItsWholeWidth) {
     EXPECT_EQ(tutorial->infoLabel->text(), tutorial->texts.at(2));
     const QObjectList pages = tutorial->scrollView->contentView()->children();
     ASSERT_EQ(pages.size(), 4);
-    EXPECT_EQ(qobject_cast<QWidget*>(pages.at(2))->geometry(),
-              QRect(QPoint(2 * desktop.width(), 0), desktop));
+    auto* page = qobject_cast<VideoContainerView*>(pages.at(2));
+    ASSERT_TRUE(page && page->playerLayer());
+    EXPECT_EQ(page->geometry(), QRect(QPoint(2 * desktop.width(), 0), desktop));
+    // A portrait clip is shown whole in a landscape window, not cropped to the subject's chest.
+    EXPECT_EQ(page->playerLayer()->videoGravity(), av::PlayerLayer::VideoGravity::resizeAspect);
 }
 
 TEST_F(TutorialTest, EveryClipLoopsOnItsOwn) {
