@@ -18,6 +18,7 @@
 
 #include <QEvent>
 #include <QFontMetrics>
+#include <QShortcut>
 #include <QTextStream>
 #include <QUrl>
 
@@ -133,6 +134,12 @@ void TutorialViewController::loadView() {
     startButton->addTarget(
         this, [this](ui::Control* sender) { start(sender); }, ui::Control::touchUpInside);
     startButton->hide();
+
+    // Esc skips the tutorial as its last page's button does, which is also the way out when
+    // a missing clip keeps the pager from reaching that page.
+    auto* skip = new QShortcut(QKeySequence(Qt::Key_Escape), root);
+    skip->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(skip, &QShortcut::activated, this, [this] { start(nullptr); });
 
     setView(root);
     root->installEventFilter(this);

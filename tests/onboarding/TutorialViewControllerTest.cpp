@@ -212,6 +212,11 @@ TEST_F(TutorialTest, AMissingClipStopsThePagesThereAndThePagerStaysPut) {
     QTest::qWait(int(ui::ScrollView::pageGlideDuration * 1000) + 100);
     EXPECT_EQ(tutorial->scrollView->contentOffset(), QPointF());
     EXPECT_EQ(tutorial->infoLabel->text(), tutorial->texts.first());
+
+    // Esc still leaves for the recording screen, for good.
+    QTest::keyClick(tutorial->scrollView, Qt::Key_Escape);
+    EXPECT_STREQ(window->rootViewController()->metaObject()->className(), "CameraViewController");
+    EXPECT_TRUE(foundation::Preferences::standard().boolForKey(QStringLiteral("tutorialShowed")));
 }
 
 TEST_F(TutorialTest, StartRemembersTheTutorialAndHandsTheWindowToTheRecordingScreen) {
