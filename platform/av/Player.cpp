@@ -189,6 +189,7 @@ void Player::teardown() {
     segmented = false;
     atEnd = false;
     prepared = false;
+    prepareOnPlay = false;
 }
 
 void Player::handleMessage(GstMessage* message) {
@@ -201,10 +202,12 @@ void Player::handleMessage(GstMessage* message) {
         // The file is read to its end while the sinks still have the pass's tail to show. Set
         // up the next pass now, so it is queued behind the last frame when the owner asks.
         if (endAction == ActionAtItemEnd::none) {
-            prepared = true;
-            gst_element_seek(playbin.get(), 1.0, GST_FORMAT_TIME,
-                             GstSeekFlags(GST_SEEK_FLAG_SEGMENT | GST_SEEK_FLAG_ACCURATE),
-                             GST_SEEK_TYPE_SET, 0, GST_SEEK_TYPE_NONE, -1);
+            // A paused sink holds the streaming thread, and a seek without flush waits for it:
+            // asked now, the seek would never return. It waits for the next play().
+            if (wantsPlaying)
+                prepareNextPass();
+            else
+                prepareOnPlay = true;
         }
         break;
     case GST_MESSAGE_EOS:
@@ -288,6 +291,16 @@ void Player::applyState() {
 void Player::play() {
     wantsPlaying = true;
     applyState();
+    if (prepareOnPlay && playbin)
+        prepareNextPass();
+}
+
+void Player::prepareNextPass() {
+    prepareOnPlay = false;
+    prepared = true;
+    gst_element_seek(playbin.get(), 1.0, GST_FORMAT_TIME,
+                     GstSeekFlags(GST_SEEK_FLAG_SEGMENT | GST_SEEK_FLAG_ACCURATE),
+                     GST_SEEK_TYPE_SET, 0, GST_SEEK_TYPE_NONE, -1);
 }
 
 void Player::pause() {
@@ -318,6 +331,7 @@ void Player::seekItem(double seconds) {
         ++passCount;
     atEnd = false;
     prepared = false;
+    prepareOnPlay = false;
     eosReached = false;
     link->stalled = false;
     gst_element_seek(

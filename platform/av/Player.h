@@ -79,6 +79,7 @@ private:
     void fail(const QString& description);
     bool comesFromAudioSink(GstMessage* message) const;
     void applyState();
+    void prepareNextPass();
     void seekItem(double seconds);
     double itemPosition() const;
 
@@ -106,6 +107,8 @@ private:
     bool eosReached = false;
     // The next pass is queued behind the current one (see the segment-done message).
     bool prepared = false;
+    // The file was read to its end while paused; the next pass is queued on the next play().
+    bool prepareOnPlay = false;
     double startAt = 0.0;
     bool wantsPlaying = false;
     bool muted = false;

@@ -180,14 +180,31 @@ TEST_F(TutorialTest, EveryClipLoopsOnItsOwn) {
         return std::all_of(players.begin(), players.end(),
                            [](av::Player* player) { return player->passes() >= 1; });
     }));
-    // Paused clips must stay where they are while the others go round.
+    // Paused clips stop going round while the others go on. A pass that was ending as the pause
+    // came may still be counted, so the count is taken once the others have gone round again.
     players.at(1)->pause();
     players.at(3)->pause();
+    const auto roundsOfTheOthers = [&](int passes) {
+        return waitUntil(
+            [&] { return players.at(0)->passes() >= passes && players.at(2)->passes() >= passes; },
+            15000);
+    };
+    const int start = std::max(players.at(0)->passes(), players.at(2)->passes());
+    ASSERT_TRUE(roundsOfTheOthers(start + 1));
     const int pausedPasses[] = {players.at(1)->passes(), players.at(3)->passes()};
-    EXPECT_TRUE(waitUntil(
-        [&] { return players.at(0)->passes() >= 3 && players.at(2)->passes() >= 3; }, 15000));
+    EXPECT_TRUE(roundsOfTheOthers(start + 3));
     EXPECT_EQ(players.at(1)->passes(), pausedPasses[0]);
     EXPECT_EQ(players.at(3)->passes(), pausedPasses[1]);
+
+    // Played again, they go round once more: the pass the pause held back was not lost.
+    players.at(1)->play();
+    players.at(3)->play();
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            return players.at(1)->passes() > pausedPasses[0] &&
+                   players.at(3)->passes() > pausedPasses[1];
+        },
+        15000));
 }
 
 TEST_F(TutorialTest, KeepsToPortraitOnlyWhileShown) {
