@@ -1,6 +1,7 @@
 #include "app/RecordDemo.h"
 
 #include "app/EventLoopWait.h"
+#include "platform/foundation/PreferenceSchema.h"
 
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFVideoSession.h"
@@ -272,10 +273,10 @@ int RecordDemo::run(const Options& options) {
     qputenv("TESSARO_DOCUMENTS_DIR", QFile::encodeName(work.filePath(QStringLiteral("documents"))));
     foundation::Preferences::resetStandardForTesting();
     foundation::Preferences& defaults = foundation::Preferences::standard();
-    defaults.setFloat(QStringLiteral("zoomDuration"), float(options.duration));
-    defaults.setInteger(QStringLiteral("zoomMode"), options.zoomIn ? 1 : 0);
+    defaults.setFloat(foundation::PreferenceSchema::zoomDuration, float(options.duration));
+    defaults.setInteger(foundation::PreferenceSchema::zoomMode, options.zoomIn ? 1 : 0);
     // The screen runs the stored format from the camera's start, as at every launch.
-    defaults.setInteger(QStringLiteral("videoMode"), options.videoMode);
+    defaults.setInteger(foundation::PreferenceSchema::videoMode, options.videoMode);
 
     // The run prints where its clip is; there is nobody to watch it loop.
     ui::Storyboard::unregisterFactory(QStringLiteral("Main"),

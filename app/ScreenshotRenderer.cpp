@@ -1,6 +1,7 @@
 #include "app/ScreenshotRenderer.h"
 
 #include "app/EventLoopWait.h"
+#include "platform/foundation/PreferenceSchema.h"
 
 #include "capture/CKFGridView.h"
 #include "capture/CKFPreviewView.h"
@@ -125,7 +126,7 @@ void presentRatingDialog(CameraViewController* screen, CameraScene what) {
 ScreenshotRenderer::Scene cameraScreen(const QSize& size, CameraScene what) {
     usePrivateFolders();
     if (what == CameraScene::zoomIn)
-        foundation::Preferences::standard().setInteger(QStringLiteral("zoomMode"), 1);
+        foundation::Preferences::standard().setInteger(foundation::PreferenceSchema::zoomMode, 1);
     auto window = std::make_unique<ui::Window>();
     auto* screen = new CameraViewController;
     window->setRootViewController(screen);

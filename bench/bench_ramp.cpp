@@ -20,6 +20,7 @@
 #include "platform/av/GstHandle.h"
 #include "platform/av/PictureZoom.h"
 #include "platform/av/ZoomFilter.h"
+#include "platform/foundation/PreferenceSchema.h"
 #include "platform/foundation/Preferences.h"
 #include "platform/ui/Button.h"
 #include "platform/ui/Slider.h"
@@ -111,9 +112,9 @@ void measure(int videoMode, int seconds, const Camera* camera = nullptr) {
     av::CaptureDeviceDiscoverySession::setCameraSelection(camera ? camera->selection
                                                                  : QStringLiteral("virtual"));
     foundation::Preferences& defaults = foundation::Preferences::standard();
-    defaults.setFloat(QStringLiteral("zoomDuration"), float(seconds));
-    defaults.setInteger(QStringLiteral("zoomMode"), 0);
-    defaults.setInteger(QStringLiteral("videoMode"), (videoMode + 2) % 3);
+    defaults.setFloat(foundation::PreferenceSchema::zoomDuration, float(seconds));
+    defaults.setInteger(foundation::PreferenceSchema::zoomMode, 0);
+    defaults.setInteger(foundation::PreferenceSchema::videoMode, (videoMode + 2) % 3);
 
     ui::Window window;
     auto* screen = new CameraViewController;

@@ -5,6 +5,7 @@
 #include "platform/av/PlayerItem.h"
 #include "platform/av/PlayerLayer.h"
 #include "platform/foundation/Bundle.h"
+#include "platform/foundation/PreferenceSchema.h"
 #include "platform/foundation/Preferences.h"
 #include "platform/foundation/Strings.h"
 #include "platform/ui/Application.h"
@@ -256,7 +257,7 @@ void TutorialViewController::scrollViewDidEndDecelerating(ui::ScrollView* pager)
 }
 
 void TutorialViewController::start(ui::Control*) {
-    foundation::Preferences::standard().setBool(QStringLiteral("tutorialShowed"), true);
+    foundation::Preferences::standard().setBool(foundation::PreferenceSchema::tutorialShowed, true);
     ui::ViewController* camera =
         ui::Storyboard(QStringLiteral("Main")).instantiate(QStringLiteral("CameraViewController"));
     ui::Window* window = ui::Window::keyWindow();

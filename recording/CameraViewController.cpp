@@ -9,6 +9,7 @@
 #include "platform/av/CaptureVideoPreviewLayer.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/Device.h"
+#include "platform/foundation/PreferenceSchema.h"
 #include "platform/foundation/Preferences.h"
 #include "platform/foundation/Strings.h"
 #include "platform/ui/Button.h"
@@ -31,9 +32,9 @@
 
 namespace {
 
-const QString zoomModeKey = QStringLiteral("zoomMode");
-const QString zoomDurationKey = QStringLiteral("zoomDuration");
-const QString videoModeKey = QStringLiteral("videoMode");
+const QString zoomModeKey = QString::fromLatin1(foundation::PreferenceSchema::zoomMode);
+const QString zoomDurationKey = QString::fromLatin1(foundation::PreferenceSchema::zoomDuration);
+const QString videoModeKey = QString::fromLatin1(foundation::PreferenceSchema::videoMode);
 
 constexpr double fadeDuration = 0.15;
 constexpr qint64 tickNanoseconds = 10'000'000;
