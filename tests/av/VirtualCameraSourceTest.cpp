@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <atomic>
 #include <chrono>
 #include <cmath>
@@ -114,7 +116,9 @@ double bestScale(const Picture& a, const Picture& b, double left, double top, do
         double error = 0;
         for (int y = int(top * b.height); y < int(bottom * b.height); ++y) {
             for (int x = int(left * b.width); x < int(right * b.width); ++x) {
-                const int ax = int(cx + (x + 0.5 - cx) / k), ay = int(cy + (y + 0.5 - cy) / k);
+                // Scales below one look past a's edges there: those samples take its edge.
+                const int ax = std::clamp(int(cx + (x + 0.5 - cx) / k), 0, a.width - 1);
+                const int ay = std::clamp(int(cy + (y + 0.5 - cy) / k), 0, a.height - 1);
                 error += std::abs(int(b.at(0, x, y)) - int(a.at(0, ax, ay)));
             }
         }
