@@ -75,19 +75,24 @@ public:
     int paints = 0;
     std::vector<double> ages;
 
+private:
+    GstClockTime lastPainted = GST_CLOCK_TIME_NONE;
+
 protected:
     void paintEvent(QPaintEvent* event) override {
         QElapsedTimer timer;
         timer.start();
-        const quint64 before = previewLayer() ? previewLayer()->framesDisplayed() : 0;
         CKFPreviewView::paintEvent(event);
         paintMilliseconds += double(timer.nsecsElapsed()) / 1e6;
         ++paints;
-        if (!previewLayer() || previewLayer()->framesDisplayed() == before)
+        // A frame's age is taken when it is first painted; pictures are drawn ahead of painting.
+        const GstClockTime shown =
+            previewLayer() ? previewLayer()->contentsTimestamp() : GST_CLOCK_TIME_NONE;
+        if (shown == lastPainted)
             return;
+        lastPainted = shown;
         GstElement* pipeline = session()->session()->pipeline();
         GstClock* clock = pipeline ? gst_element_get_clock(pipeline) : nullptr;
-        const GstClockTime shown = previewLayer()->contentsTimestamp();
         if (clock && GST_CLOCK_TIME_IS_VALID(shown)) {
             const GstClockTime now =
                 gst_clock_get_time(clock) - gst_element_get_base_time(pipeline);

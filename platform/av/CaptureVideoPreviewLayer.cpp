@@ -3,15 +3,42 @@
 #include "platform/av/CapturePreviewOutput.h"
 #include "platform/av/CaptureSession.h"
 
+#include <QCoreApplication>
 #include <QSize>
+#include <QThreadPool>
 
 #include <algorithm>
 #include <cmath>
 
 namespace av {
 
+namespace {
+
+// The preview workers of every layer: one per core of a small machine, so that a conversion never
+// waits behind another layer's for long, and never more, so that previews leave the encoder room.
+QThreadPool& previewPool() {
+    static QThreadPool* pool = [] {
+        auto* threads = new QThreadPool(QCoreApplication::instance());
+        threads->setMaxThreadCount(2);
+        threads->setObjectName(QStringLiteral("preview"));
+        return threads;
+    }();
+    return *pool;
+}
+
+} // namespace
+
+// The worker's own converter and its two pictures: it draws into one while the owner shows the
+// other, so no picture's memory is shared with a painter while it is written.
+struct CaptureVideoPreviewLayer::Background {
+    VideoFrameConverter converter;
+    QImage pictures[2];
+    int next = 0;
+};
+
 CaptureVideoPreviewLayer::CaptureVideoPreviewLayer(CaptureSession* session, QObject* parent)
-    : QObject(parent), captureSession(session), previewOutput(new CapturePreviewOutput) {
+    : QObject(parent), captureSession(session), previewOutput(new CapturePreviewOutput),
+      background(std::make_shared<Background>()) {
     connect(previewOutput, &CapturePreviewOutput::frameAvailable, this,
             &CaptureVideoPreviewLayer::takeFrame);
     if (captureSession)
@@ -72,7 +99,75 @@ void CaptureVideoPreviewLayer::takeFrame() {
     if (GstCaps* caps = gst_sample_get_caps(current.get());
         caps && gst_video_info_from_caps(&info, caps))
         currentSize = QSize(GST_VIDEO_INFO_WIDTH(&info), GST_VIDEO_INFO_HEIGHT(&info));
-    emit needsDisplay();
+    // Before the layer is placed there is nothing to draw ahead: the owner is told at once.
+    if (geometry().pixels.isEmpty()) {
+        emit needsDisplay();
+        return;
+    }
+    convertInBackground();
+}
+
+CaptureVideoPreviewLayer::Geometry CaptureVideoPreviewLayer::geometry() const {
+    Geometry result;
+    result.rotation = connection() ? connection()->rotationDegrees() : 0;
+    result.scale = scale;
+    result.pixels = QSize(qRound(layerFrame.width() * scale), qRound(layerFrame.height() * scale));
+    const QRectF placed = pictureRect(currentSize, result.rotation);
+    result.target = QRectF(placed.topLeft() * scale, placed.size() * scale);
+    return result;
+}
+
+void CaptureVideoPreviewLayer::convertInBackground() {
+    if (converting) {
+        convertAgain = true;
+        return;
+    }
+    if (!current)
+        return;
+    converting = true;
+    convertAgain = false;
+    const Geometry drawn = geometry();
+    // The worker holds its own reference to the frame and to its pictures; the layer may go while
+    // it draws, and the finished picture then finds nobody.
+    previewPool().start([shared = background, sample = current, drawn,
+                         layer = QPointer<CaptureVideoPreviewLayer>(this)]() mutable {
+        QImage& target = shared->pictures[shared->next];
+        shared->next = 1 - shared->next;
+        QImage result;
+        if (shared->converter.convert(sample.get(), drawn.pixels, drawn.target, drawn.rotation,
+                                      &target)) {
+            target.setDevicePixelRatio(drawn.scale);
+            result = target;
+        }
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [layer, sample = std::move(sample), drawn, result = std::move(result)]() mutable {
+                if (layer)
+                    layer->backgroundDone(std::move(sample), drawn, std::move(result));
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void CaptureVideoPreviewLayer::backgroundDone(GstHandle<GstSample> sample, Geometry drawn,
+                                              QImage result) {
+    converting = false;
+    // Drawn for a size or turn that is no longer asked, or for a frame already shown another
+    // way: only the newest frame at the present geometry is worth showing.
+    if (!result.isNull() && drawn == geometry() && sample.get() == current.get() && !currentShown) {
+        picture = std::move(result);
+        pictureValid = true;
+        pictureGeometry = drawn;
+        currentShown = true;
+        ++displayed;
+        ++convertedInBackground;
+        shownTimestamp = GST_BUFFER_PTS(gst_sample_get_buffer(current.get()));
+        emit needsDisplay();
+    } else if (!currentShown) {
+        convertAgain = true;
+    }
+    if (convertAgain)
+        convertInBackground();
 }
 
 QSize CaptureVideoPreviewLayer::videoSize() const {
@@ -104,17 +199,14 @@ QRectF CaptureVideoPreviewLayer::pictureRect(const QSize& video, int rotationDeg
 QImage CaptureVideoPreviewLayer::contents() {
     if (!current)
         return picture;
-    const int rotation = connection()->rotationDegrees();
-    if (currentShown && pictureValid && rotation == pictureRotation)
+    const Geometry wanted = geometry();
+    if (currentShown && pictureValid && pictureGeometry == wanted)
         return picture;
-    const QSize pixels(qRound(layerFrame.width() * scale), qRound(layerFrame.height() * scale));
-    const QRectF placed = pictureRect(currentSize, rotation);
-    const QRectF target(placed.topLeft() * scale, placed.size() * scale);
-    if (!converter.convert(current.get(), pixels, target, rotation, &picture))
+    if (!converter.convert(current.get(), wanted.pixels, wanted.target, wanted.rotation, &picture))
         return picture;
     picture.setDevicePixelRatio(scale);
     pictureValid = true;
-    pictureRotation = rotation;
+    pictureGeometry = wanted;
     if (!std::exchange(currentShown, true)) {
         ++displayed;
         shownTimestamp = GST_BUFFER_PTS(gst_sample_get_buffer(current.get()));

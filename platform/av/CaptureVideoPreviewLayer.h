@@ -9,6 +9,8 @@
 #include <QPointer>
 #include <QRectF>
 
+#include <memory>
+
 namespace av {
 
 class CapturePreviewOutput;
@@ -17,8 +19,11 @@ class CaptureSession;
 // Shows a session's live picture: a preview output added to the session hands over the newest
 // frame, and the layer draws it into its frame with its gravity, turned as its connection's
 // orientation says. Whoever displays the layer sets its frame and paints contents() there when
-// told that the layer needs display. Frames are converted only when painted, so a slow painter
-// skips frames and never holds the camera back.
+// told that the layer needs display. Each new frame is converted on a preview worker thread
+// before the owner is told, so painting only draws a ready picture; while a conversion runs,
+// newer frames wait and only the newest is converted next, so a slow machine skips frames and
+// never holds the camera back. A picture asked for at a size or turn the worker has not drawn
+// yet (a resize, a turn) is converted at once on the asking thread.
 class CaptureVideoPreviewLayer : public QObject {
     Q_OBJECT
 
@@ -51,6 +56,8 @@ public:
     // The capture time (running time) of the frame in contents(), or GST_CLOCK_TIME_NONE.
     GstClockTime contentsTimestamp() const { return shownTimestamp; }
     quint64 framesDisplayed() const { return displayed; }
+    // Frames whose picture the worker drew, so that the owner's thread did not have to.
+    quint64 framesConvertedInBackground() const { return convertedInBackground; }
 
     // A point of the layer (its own coordinates: (0, 0) at the frame's top left) as a point of the
     // camera's picture, from (0, 0) top left to (1, 1) bottom right of the unturned frame,
@@ -62,7 +69,20 @@ signals:
     void needsDisplay();
 
 private:
+    // What a picture is drawn for: its size in pixels, where the turned picture lies, the turn.
+    struct Geometry {
+        QSize pixels;
+        QRectF target;
+        int rotation = 0;
+        qreal scale = 1.0;
+        bool operator==(const Geometry&) const = default;
+    };
+    struct Background;
+
     void takeFrame();
+    Geometry geometry() const;
+    void convertInBackground();
+    void backgroundDone(GstHandle<GstSample> sample, Geometry drawn, QImage result);
     void invalidate();
     QSize videoSize() const;
     // The rectangle, in frame coordinates, that the whole turned picture covers.
@@ -78,9 +98,13 @@ private:
     bool currentShown = false;
     QSize currentSize;
     VideoFrameConverter converter;
+    std::shared_ptr<Background> background;
+    bool converting = false;
+    bool convertAgain = false;
+    quint64 convertedInBackground = 0;
     QImage picture;
     bool pictureValid = false;
-    int pictureRotation = 0;
+    Geometry pictureGeometry;
     GstClockTime shownTimestamp = GST_CLOCK_TIME_NONE;
     quint64 displayed = 0;
 };

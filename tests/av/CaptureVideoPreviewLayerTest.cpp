@@ -4,6 +4,7 @@
 #include "platform/av/VideoFrameConverter.h"
 
 #include <QCoreApplication>
+#include <QTest>
 #include <gtest/gtest.h>
 
 #include <array>
@@ -184,6 +185,33 @@ TEST_F(Layer, onlyTheNewestOfTheFramesThatArrivedMeanwhileIsConverted) {
     // Drawing again without a new frame converts nothing.
     layer.contents();
     EXPECT_EQ(layer.framesDisplayed(), 1u);
+}
+
+// A placed layer has each new frame drawn by its worker before the owner hears of it, so painting
+// finds the picture ready; a layer that goes while its worker draws is simply not told.
+TEST_F(Layer, drawsNewFramesAheadOnItsWorkerAndMayGoWhileItDraws) {
+    layer.setFrame(QRectF(0, 0, 32, 18));
+    int told = 0;
+    QObject::connect(&layer, &CaptureVideoPreviewLayer::needsDisplay, [&] { ++told; });
+    for (const std::uint8_t luma : {60, 180}) {
+        const int before = told;
+        layer.output()->handleSample(MediaType::video, frameOf(32, 18, "bt601", [&](int, int) {
+                                                           return Yuv{luma, 128, 128};
+                                                       }).get());
+        ASSERT_TRUE(QTest::qWaitFor([&] { return told > before; }, 10000));
+        EXPECT_NEAR(QColor(layer.contents().pixel(16, 9)).red(), (luma - 16) * 255 / 219, 2);
+    }
+    EXPECT_EQ(layer.framesConvertedInBackground(), 2u);
+    EXPECT_EQ(layer.framesDisplayed(), 2u);
+
+    auto* leaving = new CaptureVideoPreviewLayer(nullptr);
+    leaving->setFrame(QRectF(0, 0, 640, 360));
+    leaving->output()->handleSample(MediaType::video, frameOf(640, 360, "bt601", [](int, int) {
+                                                          return Yuv{90, 128, 128};
+                                                      }).get());
+    QCoreApplication::processEvents();
+    delete leaving;
+    QTest::qWait(100);
 }
 
 } // namespace
