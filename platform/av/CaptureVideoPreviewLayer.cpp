@@ -99,8 +99,11 @@ void CaptureVideoPreviewLayer::takeFrame() {
     if (GstCaps* caps = gst_sample_get_caps(current.get());
         caps && gst_video_info_from_caps(&info, caps))
         currentSize = QSize(GST_VIDEO_INFO_WIDTH(&info), GST_VIDEO_INFO_HEIGHT(&info));
-    // Before the layer is placed there is nothing to draw ahead: the owner is told at once.
-    if (geometry().pixels.isEmpty()) {
+    // Pictures are drawn ahead only for an owner that paints them: one that did not ask for the
+    // last picture (a hidden view, a page out of sight) costs nothing per frame. Before the layer
+    // is placed there is nothing to draw either. The owner is told at once then.
+    const bool painted = std::exchange(contentsAsked, false);
+    if (!painted || geometry().pixels.isEmpty()) {
         emit needsDisplay();
         return;
     }
@@ -197,6 +200,7 @@ QRectF CaptureVideoPreviewLayer::pictureRect(const QSize& video, int rotationDeg
 }
 
 QImage CaptureVideoPreviewLayer::contents() {
+    contentsAsked = true;
     if (!current)
         return picture;
     const Geometry wanted = geometry();

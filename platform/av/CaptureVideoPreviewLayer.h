@@ -19,8 +19,9 @@ class CaptureSession;
 // Shows a session's live picture: a preview output added to the session hands over the newest
 // frame, and the layer draws it into its frame with its gravity, turned as its connection's
 // orientation says. Whoever displays the layer sets its frame and paints contents() there when
-// told that the layer needs display. Each new frame is converted on a preview worker thread
-// before the owner is told, so painting only draws a ready picture; while a conversion runs,
+// told that the layer needs display. While the owner paints every picture, each new frame is
+// converted on a preview worker thread before the owner is told, so painting only draws a ready
+// picture; while a conversion runs,
 // newer frames wait and only the newest is converted next, so a slow machine skips frames and
 // never holds the camera back. A picture asked for at a size or turn the worker has not drawn
 // yet (a resize, a turn) is converted at once on the asking thread.
@@ -99,6 +100,7 @@ private:
     QSize currentSize;
     VideoFrameConverter converter;
     std::shared_ptr<Background> background;
+    bool contentsAsked = false;
     bool converting = false;
     bool convertAgain = false;
     quint64 convertedInBackground = 0;

@@ -187,10 +187,15 @@ TEST_F(Layer, onlyTheNewestOfTheFramesThatArrivedMeanwhileIsConverted) {
     EXPECT_EQ(layer.framesDisplayed(), 1u);
 }
 
-// A placed layer has each new frame drawn by its worker before the owner hears of it, so painting
-// finds the picture ready; a layer that goes while its worker draws is simply not told.
+// A placed layer whose owner paints has each new frame drawn by its worker before the owner hears
+// of it, so painting finds the picture ready; one nobody paints draws nothing ahead; a layer that
+// goes while its worker draws is simply not told.
 TEST_F(Layer, drawsNewFramesAheadOnItsWorkerAndMayGoWhileItDraws) {
     layer.setFrame(QRectF(0, 0, 32, 18));
+    show(frameOf(32, 18, "bt601", [](int, int) { return Yuv{100, 128, 128}; }));
+    QTest::qWait(50);
+    EXPECT_EQ(layer.framesConvertedInBackground(), 0u) << "nobody painted: nothing drawn ahead";
+    EXPECT_FALSE(layer.contents().isNull());
     int told = 0;
     QObject::connect(&layer, &CaptureVideoPreviewLayer::needsDisplay, [&] { ++told; });
     for (const std::uint8_t luma : {60, 180}) {
@@ -202,10 +207,11 @@ TEST_F(Layer, drawsNewFramesAheadOnItsWorkerAndMayGoWhileItDraws) {
         EXPECT_NEAR(QColor(layer.contents().pixel(16, 9)).red(), (luma - 16) * 255 / 219, 2);
     }
     EXPECT_EQ(layer.framesConvertedInBackground(), 2u);
-    EXPECT_EQ(layer.framesDisplayed(), 2u);
+    EXPECT_EQ(layer.framesDisplayed(), 3u);
 
     auto* leaving = new CaptureVideoPreviewLayer(nullptr);
     leaving->setFrame(QRectF(0, 0, 640, 360));
+    leaving->contents();
     leaving->output()->handleSample(MediaType::video, frameOf(640, 360, "bt601", [](int, int) {
                                                           return Yuv{90, 128, 128};
                                                       }).get());
