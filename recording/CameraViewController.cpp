@@ -44,6 +44,8 @@ constexpr int columnWidth = 440;
 constexpr int margin = 16;
 constexpr int virtualNoticeSeconds = 6;
 constexpr int failureNoticeSeconds = 10;
+constexpr int resumedNoticeSeconds = 3;
+constexpr int resumedCheckMilliseconds = 1000;
 
 foundation::Preferences& defaults() {
     return foundation::Preferences::standard();
@@ -408,6 +410,21 @@ void CameraViewController::setupSession() {
     connect(session.get(), &CKFSession::deviceProblem, this, [this](const QString& description) {
         showCameraStatus(StatusCause::cameraProblem, description);
     });
+    // A camera that was busy or gone and runs again says so once it has kept running a moment
+    // (a camera still held may start and fail at its first picture).
+    connect(session->session(), &av::CaptureSession::didStartRunning, this, [this] {
+        if (statusCause != StatusCause::cameraProblem)
+            return;
+        QTimer::singleShot(resumedCheckMilliseconds, this, [this] {
+            CKFVideoSession* running = videoSession();
+            if (!running || !running->session()->isRunning() ||
+                statusCause != StatusCause::cameraProblem)
+                return;
+            showCameraStatus(StatusCause::cameraProblem,
+                             foundation::Strings::localizedString("cam_status_resumed"),
+                             resumedNoticeSeconds);
+        });
+    });
     connect(&av::CaptureDeviceDiscoverySession::changes(),
             &av::CaptureDeviceChanges::devicesChanged, this, &CameraViewController::camerasChanged);
     connect(session.get(), &CKFVideoSession::switchFailed, this, [this](const QString& why) {
@@ -515,7 +532,7 @@ void CameraViewController::camerasChanged() {
         if (next && next != before && (!next->isVirtual() || before->isVirtual())) {
             session->setCameraPosition(session->cameraPosition());
             if (session->cameraDevice() != before) {
-                clearCameraStatus(StatusCause::cameraProblem);
+                // The message stays until the camera runs again and says it is back.
                 applyStoredFormat(*session);
                 applySliderZoom();
                 session->start();

@@ -84,6 +84,12 @@ int fpsFraction(double rate, int* denominator) {
 
 CaptureSession::CaptureSession(QObject* parent) : QObject(parent) {
     Gst::ensureInitialized();
+    busyRetry.setSingleShot(true);
+    busyRetry.setInterval(busyRetryInterval);
+    connect(&busyRetry, &QTimer::timeout, this, [this] {
+        if (!running)
+            startRunning();
+    });
 }
 
 CaptureSession::~CaptureSession() {
@@ -337,7 +343,9 @@ Error CaptureSession::errorFrom(GstMessage* message) const {
         switch (error->code) {
         case GST_RESOURCE_ERROR_BUSY:
             result = Error(Error::Code::deviceBusy,
-                           tr("The camera “%1” is in use by another program.").arg(name));
+                           tr("The camera “%1” is in use by another program. Tessaro starts it "
+                              "as soon as that program lets it go.")
+                               .arg(name));
             break;
         case GST_RESOURCE_ERROR_NOT_AUTHORIZED:
             result = Error(Error::Code::permissionDenied,
@@ -379,16 +387,28 @@ void CaptureSession::startRunning() {
     std::optional<Error> problem;
     if (!build(&problem)) {
         teardown();
-        qCWarning(lcAv).noquote() << "capture session did not start:"
-                                  << problem->localizedDescription();
-        emit runtimeError(*problem);
+        reportFailure(*problem);
         return;
     }
     running = true;
+    busyRetry.stop();
     emit didStartRunning();
 }
 
+void CaptureSession::reportFailure(const Error& error) {
+    const bool stillBusy = waitingForBusy && error.code() == Error::Code::deviceBusy;
+    waitingForBusy = error.code() == Error::Code::deviceBusy;
+    if (waitingForBusy)
+        busyRetry.start();
+    if (stillBusy)
+        return;
+    qCWarning(lcAv).noquote() << "capture session did not run:" << error.localizedDescription();
+    emit runtimeError(error);
+}
+
 void CaptureSession::stopRunning() {
+    busyRetry.stop();
+    waitingForBusy = false;
     if (!running)
         return;
     running = false;
@@ -434,8 +454,11 @@ void CaptureSession::fail(const Error& error) {
     // the caller may be the bus watch that stopping deletes, or discovery amid its bookkeeping.
     QTimer::singleShot(0, this, [this, error] {
         failing = false;
+        // Still the same wait for a busy camera, if it is one.
+        const bool wasWaiting = waitingForBusy;
         stopRunning();
-        emit runtimeError(error);
+        waitingForBusy = wasWaiting;
+        reportFailure(error);
     });
 }
 

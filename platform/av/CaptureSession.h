@@ -5,6 +5,7 @@
 #include "platform/av/GstHandle.h"
 
 #include <QObject>
+#include <QTimer>
 
 #include <memory>
 #include <optional>
@@ -45,8 +46,13 @@ public:
     void removeOutput(CaptureOutput* output);
 
     void startRunning();
+    // Stops the session, and with it any waiting for a busy camera.
     void stopRunning();
     bool isRunning() const { return running; }
+    // A camera held by another program is tried again every busyRetryInterval until it starts or
+    // the session is stopped; the error is reported once, and didStartRunning says it is back.
+    bool isWaitingForBusyCamera() const { return busyRetry.isActive(); }
+    static constexpr int busyRetryInterval = 2000; // ms
 
     // What the running pipeline delivers, for outputs and tests.
     CaptureDeviceFormat runningFormat() const { return format; }
@@ -75,6 +81,8 @@ private:
     void deviceWasDisconnected(CaptureDevice* device);
     // Stops the session and reports the error, once, on the next turn of the event loop.
     void fail(const Error& error);
+    // Reports a failure to run, once for a camera that stays busy, and waits for a busy one.
+    void reportFailure(const Error& error);
 
     QString preset = preset1920x1080;
     std::vector<CaptureInput*> sessionInputs;
@@ -88,6 +96,8 @@ private:
     bool running = false;
     bool rebuildPending = false;
     bool failing = false;
+    QTimer busyRetry;
+    bool waitingForBusy = false;
 };
 
 } // namespace av

@@ -48,6 +48,11 @@
         <source>This camera has no %1, so Tessaro records in %2.</source>
         <translation>This camera has no %1, so Tessaro records in %2.</translation>
     </message>
+    <message id="cam_status_resumed">
+        <extracomment>Over the camera picture for a few seconds when a camera that was busy or unplugged runs again.</extracomment>
+        <source>The camera is back.</source>
+        <translation>The camera is back.</translation>
+    </message>
     <message id="cam_status_switch_failed">
         <extracomment>Over the camera picture when the other camera could not be opened; %1 says why. The camera in use goes on.</extracomment>
         <source>The other camera could not be opened. %1</source>

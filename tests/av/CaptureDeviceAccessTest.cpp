@@ -141,6 +141,40 @@ TEST_F(CameraAccess, busyRefusedAndFailedCamerasStopTheSessionSayingWhy) {
     }
 }
 
+// A camera another program holds is tried again until that program lets it go: the user hears of
+// it once, and the session starts by itself when the camera is free. Stopping ends the wait.
+TEST_F(CameraAccess, aBusyCameraIsTriedAgainUntilItIsFree) {
+    const GstHandle<GstDevice> device = testDevice(node, GST_RESOURCE_ERROR_BUSY);
+    SystemCaptureDevice camera(device.get());
+    CaptureSession session;
+    session.addInput(new CaptureDeviceInput(&camera));
+    int reports = 0, starts = 0;
+    QObject::connect(&session, &CaptureSession::runtimeError, [&](const Error&) { ++reports; });
+    QObject::connect(&session, &CaptureSession::didStartRunning, [&] { ++starts; });
+    session.startRunning();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return reports == 1; }, 10000));
+    EXPECT_TRUE(session.isWaitingForBusyCamera());
+    // Two more tries while it stays busy: nothing new to say.
+    QTest::qWait(2 * CaptureSession::busyRetryInterval + 500);
+    EXPECT_EQ(reports, 1);
+    EXPECT_FALSE(session.isRunning());
+
+    reinterpret_cast<TestDevice*>(device.get())->failure = 0;
+    ASSERT_TRUE(QTest::qWaitFor([&] { return session.isRunning(); }, 10000));
+    EXPECT_FALSE(session.isWaitingForBusyCamera());
+    EXPECT_GE(starts, 1);
+
+    // Stopped while it waits, the session stays stopped.
+    reinterpret_cast<TestDevice*>(device.get())->failure = GST_RESOURCE_ERROR_BUSY;
+    session.stopRunning();
+    session.startRunning();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return session.isWaitingForBusyCamera(); }, 10000));
+    session.stopRunning();
+    reinterpret_cast<TestDevice*>(device.get())->failure = 0;
+    QTest::qWait(CaptureSession::busyRetryInterval + 500);
+    EXPECT_FALSE(session.isRunning());
+}
+
 TEST_F(CameraAccess, aPluggedCameraIsListedUntilUnpluggedAndComesBackAsANewDevice) {
     const GstHandle<GstDevice> plugged = testDevice(node);
     CaptureDeviceDiscoverySession::deviceAddedForTesting(plugged.get());

@@ -269,7 +269,10 @@ TEST_F(CameraViewControllerTest, AnUnpluggedCameraResumesWhenPluggedBackIn) {
     av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam);
     EXPECT_TRUE(QTest::qWaitFor([&] { return frames() > before + 2; }, 10000));
     EXPECT_TRUE(camera()->isConnected());
-    EXPECT_FALSE(screen->cameraStatusLabel->isVisible());
+    // Said for a moment, then the picture is clear again.
+    const QString back = foundation::Strings::localizedString("cam_status_resumed");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return screen->cameraStatusLabel->text() == back; }, 10000));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !screen->cameraStatusLabel->isVisible(); }, 10000));
     window.reset();
     av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(id);
     gst_object_unref(webcam);
