@@ -410,6 +410,10 @@ void CameraViewController::setupSession() {
     connect(session.get(), &CKFSession::deviceProblem, this, [this](const QString& description) {
         showCameraStatus(StatusCause::cameraProblem, description);
     });
+    connect(session->session(), &av::CaptureSession::microphoneLost, this,
+            [this](const QString& description) {
+                showCameraStatus(StatusCause::cameraProblem, description, failureNoticeSeconds);
+            });
     // A camera that was busy or gone and runs again says so once it has kept running a moment
     // (a camera still held may start and fail at its first picture).
     connect(session->session(), &av::CaptureSession::didStartRunning, this, [this] {

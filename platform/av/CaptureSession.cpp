@@ -10,6 +10,7 @@
 #include "platform/av/ZoomFilter.h"
 
 #include <QCoreApplication>
+#include <QPointer>
 #include <QSize>
 #include <QTimer>
 
@@ -280,6 +281,8 @@ bool CaptureSession::build(std::optional<Error>* problem) {
                                             G_TYPE_STRING, "interleaved", nullptr);
             GstElement* filter = make("capsfilter");
             g_object_set(filter, "caps", audioCaps, nullptr);
+            audioSource = source;
+            audioDevice = microphone;
             GstElement* chain[] = {source, make("audioconvert"), make("audioresample"), filter,
                                    appSinkFor(MediaType::audio, sessionOutputs)};
             for (GstElement* element : chain)
@@ -378,6 +381,8 @@ void CaptureSession::teardown() {
     pipe.reset();
     videoDevice = nullptr;
     videoSource = nullptr;
+    audioDevice = nullptr;
+    audioSource = nullptr;
 }
 
 void CaptureSession::startRunning() {
@@ -432,6 +437,17 @@ void CaptureSession::scheduleRebuild() {
 void CaptureSession::handleBusMessage(GstMessage* message) {
     if (GST_MESSAGE_TYPE(message) != GST_MESSAGE_ERROR)
         return;
+    GstObject* origin = GST_MESSAGE_SRC(message);
+    if (audioSource && audioDevice &&
+        (origin == GST_OBJECT(audioSource) ||
+         gst_object_has_as_ancestor(origin, GST_OBJECT(audioSource)))) {
+        GError* error = nullptr;
+        gst_message_parse_error(message, &error, nullptr);
+        qCWarning(lcAv) << "microphone error:" << (error ? error->message : "");
+        g_clear_error(&error);
+        goOnWithoutMicrophone(audioDevice);
+        return;
+    }
     const Error error = errorFrom(message);
     fail(error);
     if (error.code() == Error::Code::deviceDisconnected && videoDevice)
@@ -441,6 +457,10 @@ void CaptureSession::handleBusMessage(GstMessage* message) {
 void CaptureSession::deviceWasDisconnected(CaptureDevice* device) {
     if (!running)
         return;
+    if (device->mediaType() == MediaType::audio) {
+        goOnWithoutMicrophone(device);
+        return;
+    }
     fail(Error(Error::Code::deviceDisconnected,
                device->mediaType() == MediaType::video
                    ? tr("The camera “%1” was disconnected.").arg(device->localizedName())
@@ -459,6 +479,25 @@ void CaptureSession::fail(const Error& error) {
         stopRunning();
         waitingForBusy = wasWaiting;
         reportFailure(error);
+    });
+}
+
+void CaptureSession::goOnWithoutMicrophone(CaptureDevice* microphone) {
+    const auto found = std::find_if(sessionInputs.begin(), sessionInputs.end(), [&](auto* input) {
+        auto* deviceInput = qobject_cast<CaptureDeviceInput*>(input);
+        return deviceInput && deviceInput->device() == microphone;
+    });
+    if (found == sessionInputs.end())
+        return;
+    const QString name = microphone->localizedName();
+    // Not at once: the caller may be the bus watch that the rebuild deletes.
+    QTimer::singleShot(0, this, [this, input = QPointer<CaptureInput>(*found), name] {
+        if (!input)
+            return;
+        // The rebuild finishes a running recording first, so the clip so far stays playable.
+        removeInput(input);
+        emit microphoneLost(
+            tr("The microphone “%1” is gone; Tessaro goes on without sound.").arg(name));
     });
 }
 

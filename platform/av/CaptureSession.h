@@ -69,6 +69,9 @@ signals:
     void runtimeError(const av::Error& error);
     void didStartRunning();
     void didStopRunning();
+    // The microphone went or failed: the session runs on without it (a recording running then is
+    // finished first, so what it holds plays), and description says so.
+    void microphoneLost(const QString& description);
 
 private:
     CaptureDevice* deviceOf(int mediaType) const;
@@ -81,6 +84,7 @@ private:
     void deviceWasDisconnected(CaptureDevice* device);
     // Stops the session and reports the error, once, on the next turn of the event loop.
     void fail(const Error& error);
+    void goOnWithoutMicrophone(CaptureDevice* microphone);
     // Reports a failure to run, once for a camera that stays busy, and waits for a busy one.
     void reportFailure(const Error& error);
 
@@ -91,6 +95,8 @@ private:
     std::unique_ptr<BusWatch> busWatch;
     CaptureDevice* videoDevice = nullptr;
     GstElement* videoSource = nullptr; // the pipeline's
+    CaptureDevice* audioDevice = nullptr;
+    GstElement* audioSource = nullptr; // the pipeline's
     CaptureDeviceFormat format;
     double frameRate = 0;
     bool running = false;
