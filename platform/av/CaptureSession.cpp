@@ -296,9 +296,9 @@ bool CaptureSession::build(std::optional<Error>* problem) {
         std::make_unique<BusWatch>(gst_element_get_bus(pipe.get()),
                                    [this](GstMessage* message) { handleBusMessage(message); });
 
+    // Not waited for: a camera that fails once it streams says so on the bus, and the session
+    // stops then with the reason. Only what fails at once (opening the device) is known here.
     const GstStateChangeReturn change = gst_element_set_state(pipe.get(), GST_STATE_PLAYING);
-    if (change != GST_STATE_CHANGE_FAILURE)
-        gst_element_get_state(pipe.get(), nullptr, nullptr, 5 * GST_SECOND);
     if (std::optional<Error> error = errorFromBus(); error || change == GST_STATE_CHANGE_FAILURE) {
         *problem =
             error ? *error
