@@ -14,6 +14,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -874,10 +875,41 @@ void fillRect(const OutputPlane& out, double x0, double y0, double x1, double y1
 
 } // namespace
 
+// The scene as last drawn without its clock, for frames whose zoom and torch repeat the last.
+struct VirtualCameraSource::Renderer::Kept {
+    double zoom = -1;
+    bool torch = false;
+    bool repeated = false; // the last frame had the zoom and torch of the one before
+    GstVideoFormat format = GST_VIDEO_FORMAT_UNKNOWN;
+    bool valid = false;
+    std::vector<uint8_t> planes[3];
+    guint64 copied = 0;
+};
+
 VirtualCameraSource::Renderer::Renderer(int width, int height, bool front)
-    : m_width(width), m_height(height), m_front(front), m_scene(sharedScene(height, front)) {}
+    : m_width(width), m_height(height), m_front(front), m_scene(sharedScene(height, front)),
+      m_kept(std::make_unique<Kept>()) {}
+
+VirtualCameraSource::Renderer::Renderer(const Renderer& other)
+    : m_width(other.m_width), m_height(other.m_height), m_front(other.m_front),
+      m_scene(other.m_scene), m_kept(std::make_unique<Kept>()) {}
+
+VirtualCameraSource::Renderer& VirtualCameraSource::Renderer::operator=(const Renderer& other) {
+    if (this != &other) {
+        m_width = other.m_width;
+        m_height = other.m_height;
+        m_front = other.m_front;
+        m_scene = other.m_scene;
+        m_kept = std::make_unique<Kept>();
+    }
+    return *this;
+}
 
 VirtualCameraSource::Renderer::~Renderer() = default;
+
+guint64 VirtualCameraSource::Renderer::framesCopied() const {
+    return m_kept->copied;
+}
 
 bool VirtualCameraSource::Renderer::render(GstVideoFrame* frame, double zoom, bool torch,
                                            GstClockTime time) const {
@@ -897,32 +929,10 @@ bool VirtualCameraSource::Renderer::render(GstVideoFrame* frame, double zoom, bo
     const Scene& scene = *m_scene;
     const double walker = walkerZoom(zoom);
     const double backgroundRatio = (walker + backgroundDistance) / (1.0 + backgroundDistance);
-    const Sampling background = sampling(scene.background, scene.frameHeight, backgroundRatio);
-    const Sampling subject = sampling(scene.subject, scene.frameHeight, walker);
-    // The torch lights the near subject far more than the distant background, and less as the
-    // walker backs away.
-    const Gain backgroundGain = gainTable(1.12);
-    const Gain subjectGain = gainTable(1.0 + 0.4 / walker);
 
-    thread_local std::vector<int> columns, rows;
-    for (int component = 0; component < 3; ++component) {
-        const OutputPlane& out = planes[component];
-        const Texture& texture = *background.texture;
-        const double scale = component ? 0.5 : 1.0;
-        texelIndices(out.width, background.axisX * scale, background.stepX,
-                     texture.widthOf(component), Edge::wrap, columns);
-        texelIndices(out.height, background.axisY * scale, background.stepY,
-                     texture.heightOf(component), Edge::clamp, rows);
-        const uint8_t* texels = texture.samples[size_t(component)].data();
-        if (torch && component == 0)
-            drawOpaqueRows<true>(out, texels, texture.widthOf(0), columns, rows,
-                                 backgroundGain.data());
-        else
-            drawOpaqueRows<false>(out, texels, texture.widthOf(component), columns, rows, nullptr);
-    }
-
-    // The clock: segments placed on the background plane, so they move and scale with it.
-    {
+    // The clock: segments placed on the background plane, so they move and scale with it. It
+    // lies clear of the subject, so it is drawn last, over the kept scene as well.
+    const auto drawClock = [&] {
         const Layer& layer = scene.background;
         const double period = layer.levels[0].width;
         const double h = clockDigitHeight;
@@ -949,6 +959,52 @@ bool VirtualCameraSource::Renderer::render(GstVideoFrame* frame, double zoom, bo
                 }
             });
         }
+    };
+
+    // Chroma planes (two in I420, one interleaved in NV12) have half the rows.
+    const auto planeBytes = [&](guint plane) {
+        const int rows = plane == 0 ? m_height : (m_height + 1) / 2;
+        return size_t(GST_VIDEO_FRAME_PLANE_STRIDE(frame, plane)) * size_t(rows);
+    };
+    Kept& kept = *m_kept;
+    kept.repeated = zoom == kept.zoom && torch == kept.torch;
+    if (!kept.repeated)
+        kept.valid = false;
+    kept.zoom = zoom;
+    kept.torch = torch;
+    bool fits = kept.valid && kept.format == format;
+    for (guint plane = 0; fits && plane < GST_VIDEO_FRAME_N_PLANES(frame); ++plane)
+        fits = kept.planes[plane].size() == planeBytes(plane);
+    if (fits) {
+        for (guint plane = 0; plane < GST_VIDEO_FRAME_N_PLANES(frame); ++plane)
+            std::memcpy(GST_VIDEO_FRAME_PLANE_DATA(frame, plane), kept.planes[plane].data(),
+                        kept.planes[plane].size());
+        ++kept.copied;
+        drawClock();
+        return true;
+    }
+    const Sampling background = sampling(scene.background, scene.frameHeight, backgroundRatio);
+    const Sampling subject = sampling(scene.subject, scene.frameHeight, walker);
+    // The torch lights the near subject far more than the distant background, and less as the
+    // walker backs away.
+    const Gain backgroundGain = gainTable(1.12);
+    const Gain subjectGain = gainTable(1.0 + 0.4 / walker);
+
+    thread_local std::vector<int> columns, rows;
+    for (int component = 0; component < 3; ++component) {
+        const OutputPlane& out = planes[component];
+        const Texture& texture = *background.texture;
+        const double scale = component ? 0.5 : 1.0;
+        texelIndices(out.width, background.axisX * scale, background.stepX,
+                     texture.widthOf(component), Edge::wrap, columns);
+        texelIndices(out.height, background.axisY * scale, background.stepY,
+                     texture.heightOf(component), Edge::clamp, rows);
+        const uint8_t* texels = texture.samples[size_t(component)].data();
+        if (torch && component == 0)
+            drawOpaqueRows<true>(out, texels, texture.widthOf(0), columns, rows,
+                                 backgroundGain.data());
+        else
+            drawOpaqueRows<false>(out, texels, texture.widthOf(component), columns, rows, nullptr);
     }
 
     for (int component = 0; component < 3; ++component) {
@@ -977,6 +1033,17 @@ bool VirtualCameraSource::Renderer::render(GstVideoFrame* frame, double zoom, bo
             blendRows<false>(out, texels, alpha, texture.widthOf(component), columns, rows, x0, x1,
                              y0, y1, nullptr);
     }
+    // A zoom that rests: the scene is kept for the frames after this one.
+    if (kept.repeated) {
+        for (guint plane = 0; plane < GST_VIDEO_FRAME_N_PLANES(frame); ++plane) {
+            std::vector<uint8_t>& copy = kept.planes[plane];
+            copy.resize(planeBytes(plane));
+            std::memcpy(copy.data(), GST_VIDEO_FRAME_PLANE_DATA(frame, plane), copy.size());
+        }
+        kept.valid = true;
+        kept.format = format;
+    }
+    drawClock();
     return true;
 }
 

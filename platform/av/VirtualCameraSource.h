@@ -50,8 +50,9 @@ public:
     public:
         Renderer(int width, int height, bool front);
         ~Renderer();
-        Renderer(const Renderer&) = default;
-        Renderer& operator=(const Renderer&) = default;
+        // A copy draws the same scene and keeps a picture of its own.
+        Renderer(const Renderer& other);
+        Renderer& operator=(const Renderer& other);
 
         int width() const { return m_width; }
         int height() const { return m_height; }
@@ -59,16 +60,22 @@ public:
 
         // Draws the scene as seen at this zoom factor into an I420 or NV12 frame of the
         // renderer's size; the clock in the background shows time. Returns false for any other
-        // frame.
+        // frame. While the zoom and torch stay as they were for the frame before, the scene is
+        // copied from that frame's picture and only the clock is drawn anew. One thread at a
+        // time per renderer.
         bool render(GstVideoFrame* frame, double zoom, bool torch, GstClockTime time) const;
+        // Frames drawn from the kept picture, for tests and benchmarks.
+        guint64 framesCopied() const;
 
         struct Scene;
+        struct Kept;
 
     private:
         int m_width;
         int m_height;
         bool m_front;
         std::shared_ptr<const Scene> m_scene;
+        std::unique_ptr<Kept> m_kept;
     };
 };
 

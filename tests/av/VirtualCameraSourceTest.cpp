@@ -406,6 +406,47 @@ TEST_F(VirtualCameraSourceTest, rendersNv12AsI420WithInterleavedChroma) {
     }
 }
 
+// While the zoom rests, frames are copied from the scene kept from the frame before and only the
+// clock is drawn anew; every frame must still be exactly what a fresh renderer draws, in both
+// layouts, across a torch change, a zoom change and back.
+TEST_F(VirtualCameraSourceTest, aRestingZoomCopiesTheSceneAndDrawsTheSameFrames) {
+    for (const GstVideoFormat format : {GST_VIDEO_FORMAT_I420, GST_VIDEO_FORMAT_NV12}) {
+        const auto draw = [&](const VirtualCameraSource::Renderer& renderer, double zoom,
+                              bool torch, double seconds) {
+            GstVideoInfo info;
+            gst_video_info_set_format(&info, format, 640, 360);
+            GstHandle<GstBuffer> buffer(gst_buffer_new_allocate(nullptr, info.size, nullptr),
+                                        GstRef::adopt);
+            GstVideoFrame frame;
+            gst_video_frame_map(&frame, &info, buffer.get(), GST_MAP_WRITE);
+            EXPECT_TRUE(renderer.render(&frame, zoom, torch, GstClockTime(seconds * GST_SECOND)));
+            gst_video_frame_unmap(&frame);
+            GstMapInfo map;
+            gst_buffer_map(buffer.get(), &map, GST_MAP_READ);
+            std::vector<std::uint8_t> bytes(map.data, map.data + map.size);
+            gst_buffer_unmap(buffer.get(), &map);
+            return bytes;
+        };
+        const VirtualCameraSource::Renderer steady(640, 360, false);
+        struct Step {
+            double zoom;
+            bool torch;
+        };
+        const Step steps[] = {{2.0, false}, {2.0, false}, {2.0, false}, {2.0, false},
+                              {2.0, true},  {2.0, true},  {2.0, true},  {1.5, true},
+                              {1.5, true},  {1.5, true},  {2.0, false}, {2.0, false}};
+        double seconds = 61.0;
+        for (const Step& step : steps) {
+            seconds += 1.37; // another reading on the clock every frame
+            const VirtualCameraSource::Renderer fresh(640, 360, false);
+            EXPECT_EQ(draw(steady, step.zoom, step.torch, seconds),
+                      draw(fresh, step.zoom, step.torch, seconds))
+                << "zoom " << step.zoom << " torch " << step.torch << " at " << seconds;
+        }
+        EXPECT_GE(steady.framesCopied(), 4u) << "format " << format;
+    }
+}
+
 TEST_F(VirtualCameraSourceTest, invalidZoomRendersAsTheNearestValidOne) {
     const VirtualCameraSource::Renderer renderer(1280, 720, false);
     const double nan = std::numeric_limits<double>::quiet_NaN();
