@@ -1,12 +1,14 @@
 # make run   installs what is missing, builds and starts Tessaro
 # make test  the same, then runs every test
 # make bench the same, then runs the benchmarks
+# make install PREFIX=/usr/local  installs the program, its data, launcher, icons and manual
+# make package  builds a Debian package in $(BUILD_DIR)
 # make sanitize  the camera and recording tests built with AddressSanitizer and UBSan
 BUILD_DIR ?= build
 BUILD_TYPE ?= RelWithDebInfo
 JOBS ?= 2
 
-.PHONY: all deps build run test bench sanitize format clean
+.PHONY: all deps build run test bench sanitize install package format clean
 
 all: build
 
@@ -40,6 +42,14 @@ sanitize: deps
 	cd $(SANITIZE_DIR) && for t in tests/av/test_av tests/capture/test_capture; do \
 		QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8 ASAN_OPTIONS=detect_leaks=0 \
 		UBSAN_OPTIONS=print_stacktrace=1 ./$$t || exit 1; done
+
+PREFIX ?= /usr/local
+install: build
+	cmake --install $(BUILD_DIR) --prefix $(PREFIX)
+
+package: build
+	cd $(BUILD_DIR) && cpack -G DEB
+	@ls $(BUILD_DIR)/*.deb
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i

@@ -21,6 +21,9 @@ int main(int argc, char** argv) {
     application.setApplicationVersion(foundation::Bundle::main()
                                           .objectForInfoDictionaryKey("CFBundleShortVersionString")
                                           .toString());
+    // The window names the desktop file, so the desktop shows its icon and name for it.
+    application.setDesktopFileName(
+        foundation::Bundle::main().objectForInfoDictionaryKey("CFBundleIdentifier").toString());
     foundation::Strings::install();
 
     CommandLine commandLine;

@@ -1,5 +1,6 @@
 #include "platform/foundation/Bundle.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
@@ -15,6 +16,7 @@ QVariantMap Bundle::infoDictionary() const {
     return {
         {QStringLiteral("CFBundleShortVersionString"), QStringLiteral(TESSARO_VERSION)},
         {QStringLiteral("CFBundleName"), QStringLiteral("Tessaro")},
+        {QStringLiteral("CFBundleIdentifier"), QStringLiteral(TESSARO_APP_ID)},
     };
 }
 
@@ -55,7 +57,19 @@ QStringList Bundle::resourceFolders() const {
     const QString fromEnvironment = qEnvironmentVariable("TESSARO_DATA_DIR");
     if (!fromEnvironment.isEmpty())
         folders << fromEnvironment;
-    folders << QStringLiteral(TESSARO_SOURCE_DATA_DIR) << QStringLiteral(TESSARO_INSTALL_DATA_DIR)
+    // A program run from its build folder reads the source tree's data; an installed one reads
+    // the data installed beside it, wherever the prefix is, and never the source tree.
+    const QString binaryFolder =
+        QCoreApplication::instance() ? QCoreApplication::applicationDirPath() : QString();
+    const bool inBuildTree =
+        binaryFolder.isEmpty() ||
+        QDir::cleanPath(binaryFolder).startsWith(QDir::cleanPath(QStringLiteral(TESSARO_BUILD_DIR)));
+    if (inBuildTree)
+        folders << QStringLiteral(TESSARO_SOURCE_DATA_DIR);
+    else
+        folders << QDir::cleanPath(binaryFolder + QLatin1Char('/') +
+                                   QStringLiteral(TESSARO_DATA_FROM_BINARY));
+    folders << QStringLiteral(TESSARO_INSTALL_DATA_DIR)
             << QStandardPaths::standardLocations(QStandardPaths::AppDataLocation);
     return folders;
 }
