@@ -12,52 +12,24 @@
 #include <cmath>
 
 CommandLine::CommandLine()
-    : cameraOption(QStringList{QStringLiteral("camera")},
-                   QCoreApplication::translate(
-                       "CommandLine", "Record with the camera NAME (a device name or path, "
-                                      "or \"virtual\")."),
+    : cameraOption(QStringList{QStringLiteral("camera")}, qtTrId("cli_record_camera_name_device"),
                    QStringLiteral("NAME")),
       listCamerasOption(QStringList{QStringLiteral("list-cameras")},
-                        QCoreApplication::translate(
-                            "CommandLine", "Print every camera and microphone with its formats "
-                                           "and position, and leave.")),
+                        qtTrId("cli_print_every_camera_microphone")),
       screenshotOption(QStringList{QStringLiteral("screenshot")},
-                       QCoreApplication::translate(
-                           "CommandLine", "Draw the screen NAME without a display, write it to "
-                                          "FILE.png and leave. The virtual camera is used unless "
-                                          "--camera says otherwise."),
-                       QStringLiteral("NAME")),
+                       qtTrId("cli_draw_screen_name_without"), QStringLiteral("NAME")),
       tutorialOption(QStringList{QStringLiteral("tutorial")},
-                     QCoreApplication::translate("CommandLine",
-                                                 "Start on the tutorial that explains the dolly "
-                                                 "zoom, even after it was left once.")),
-      durationOption(QStringList{QStringLiteral("duration")},
-                     QCoreApplication::translate("CommandLine",
-                                                 "record: the ramp's length, 1 to 15 whole seconds "
-                                                 "(default 5)."),
+                     qtTrId("cli_start_tutorial_explains_dolly")),
+      durationOption(QStringList{QStringLiteral("duration")}, qtTrId("cli_record_ramp_s_length"),
                      QStringLiteral("S")),
-      zoomOption(
-          QStringList{QStringLiteral("zoom")},
-          QCoreApplication::translate(
-              "CommandLine", "record: the slider's zoom, 1 (a flat ramp) or more (default 3)."),
-          QStringLiteral("Z")),
-      zoomInOption(QStringList{QStringLiteral("zoom-in")},
-                   QCoreApplication::translate("CommandLine",
-                                               "record: ramp from 1.0 up to the zoom, for "
-                                               "walking away (default: down to 1.0).")),
-      formatOption(
-          QStringList{QStringLiteral("format")},
-          QCoreApplication::translate("CommandLine", "record: hd (1920×1080 at 30), hd60 or 4k."),
-          QStringLiteral("FORMAT")),
-      outputOption(QStringList{QStringLiteral("output")},
-                   QCoreApplication::translate("CommandLine",
-                                               "record: the clip's file (default: a new "
-                                               "\"Tessaro Demo\" file in the documents "
-                                               "folder). An existing file is never replaced."),
+      zoomOption(QStringList{QStringLiteral("zoom")}, qtTrId("cli_record_slider_s_zoom"),
+                 QStringLiteral("Z")),
+      zoomInOption(QStringList{QStringLiteral("zoom-in")}, qtTrId("cli_record_ramp_up_zoom")),
+      formatOption(QStringList{QStringLiteral("format")}, qtTrId("cli_record_hd_hd_k"),
+                   QStringLiteral("FORMAT")),
+      outputOption(QStringList{QStringLiteral("output")}, qtTrId("cli_record_clip_s_file"),
                    QStringLiteral("FILE")) {
-    parser.setApplicationDescription(QCoreApplication::translate(
-        "CommandLine", "Tessaro: a dolly-zoom video camera. Frame a subject, set the zoom, press "
-                       "record and walk."));
+    parser.setApplicationDescription(qtTrId("cli_tessaro_dolly_zoom_video"));
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addOption(cameraOption);
@@ -69,16 +41,10 @@ CommandLine::CommandLine()
     parser.addOption(zoomInOption);
     parser.addOption(formatOption);
     parser.addOption(outputOption);
-    parser.addPositionalArgument(
-        QStringLiteral("record"),
-        QCoreApplication::translate("CommandLine",
-                                    "Record one clip without a display, with the options "
-                                    "marked record:, and print where it is."),
-        QStringLiteral("[record]"));
-    parser.addPositionalArgument(
-        QStringLiteral("file"),
-        QCoreApplication::translate("CommandLine", "With --screenshot: the PNG file to write."),
-        QStringLiteral("[FILE.png]"));
+    parser.addPositionalArgument(QStringLiteral("record"), qtTrId("cli_record_one_clip_without"),
+                                 QStringLiteral("[record]"));
+    parser.addPositionalArgument(QStringLiteral("file"), qtTrId("cli_screenshot_png_file_write"),
+                                 QStringLiteral("[FILE.png]"));
 }
 
 void CommandLine::process(const QCoreApplication& application) {
@@ -137,8 +103,7 @@ QString formatLine(const av::CaptureDeviceFormat& format) {
                             rateText(range.maxFrameRate));
     QString line =
         QStringLiteral("    %1×%2").arg(format.width).arg(format.height).leftJustified(16);
-    line +=
-        QCoreApplication::translate("CommandLine", "%1 fps").arg(rates.join(QStringLiteral(", ")));
+    line += qtTrId("cli_fps").arg(rates.join(QStringLiteral(", ")));
     if (format.mediaType == QLatin1String("image/jpeg"))
         line += QStringLiteral(" (MJPEG)");
     else if (format.mediaType != QLatin1String("video/x-raw"))
@@ -149,11 +114,11 @@ QString formatLine(const av::CaptureDeviceFormat& format) {
 QString positionText(av::DevicePosition position) {
     switch (position) {
     case av::DevicePosition::front:
-        return QCoreApplication::translate("CommandLine", "front");
+        return qtTrId("cli_front");
     case av::DevicePosition::back:
-        return QCoreApplication::translate("CommandLine", "back");
+        return qtTrId("cli_back");
     default:
-        return QCoreApplication::translate("CommandLine", "position unknown");
+        return qtTrId("cli_position_unknown");
     }
 }
 
@@ -161,7 +126,7 @@ QString positionText(av::DevicePosition position) {
 
 QString CommandLine::cameraList() {
     QStringList lines;
-    lines << QCoreApplication::translate("CommandLine", "Cameras (choose one with --camera NAME):");
+    lines << qtTrId("cli_cameras_choose_one_camera");
     const auto cameras = av::CaptureDeviceDiscoverySession::allDevices(av::MediaType::video);
     for (const av::CaptureDevice* camera : cameras) {
         const QString choice = camera->isVirtual() ? QStringLiteral("virtual") : camera->uniqueID();
@@ -170,14 +135,11 @@ QString CommandLine::cameraList() {
         for (const av::CaptureDeviceFormat& format : camera->formats())
             lines << formatLine(format);
     }
-    lines << QCoreApplication::translate("CommandLine", "Microphones:");
+    lines << qtTrId("cli_microphones");
     const auto microphones = av::CaptureDeviceDiscoverySession::allDevices(av::MediaType::audio);
     for (const av::CaptureDevice* microphone : microphones)
         lines << QStringLiteral("  ") + microphone->localizedName() +
-                     (microphone->isVirtual()
-                          ? QCoreApplication::translate("CommandLine",
-                                                        " (only with the virtual camera)")
-                          : QString());
+                     (microphone->isVirtual() ? qtTrId("cli_only_virtual_camera") : QString());
     return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
 }
 
@@ -209,11 +171,8 @@ std::optional<RecordDemo::Options> CommandLine::recordOptions(QString* problem) 
     if (parser.isSet(durationOption)) {
         const std::optional<double> seconds = parseNumber(parser.value(durationOption));
         if (!seconds || *seconds < 1 || *seconds > 15 || *seconds != std::trunc(*seconds))
-            return fail(QCoreApplication::translate(
-                            "CommandLine",
-                            "--duration takes a whole number of seconds from 1 to 15, not "
-                            "\"%1\".")
-                            .arg(parser.value(durationOption)));
+            return fail(
+                qtTrId("cli_duration_takes_whole_number").arg(parser.value(durationOption)));
         options.duration = int(*seconds);
     }
     options.zoomIn = parser.isSet(zoomInOption);
@@ -222,19 +181,14 @@ std::optional<RecordDemo::Options> CommandLine::recordOptions(QString* problem) 
         const QStringList formats{QStringLiteral("hd"), QStringLiteral("hd60"),
                                   QStringLiteral("4k")};
         if (!formats.contains(format))
-            return fail(QCoreApplication::translate("CommandLine",
-                                                    "--format takes hd, hd60 or 4k, not \"%1\".")
-                            .arg(parser.value(formatOption)));
+            return fail(qtTrId("cli_format_takes_hd_hd").arg(parser.value(formatOption)));
         options.videoMode = int(formats.indexOf(format));
     }
     if (parser.isSet(zoomOption)) {
         const double highest = highestZoom(options.videoMode);
         const std::optional<double> zoom = parseNumber(parser.value(zoomOption));
         if (!zoom || *zoom < 1.0 || *zoom > highest)
-            return fail(QCoreApplication::translate(
-                            "CommandLine",
-                            "--zoom takes a zoom from 1 (a flat ramp) to %1 at %2, such as 2.5, "
-                            "not \"%3\".")
+            return fail(qtTrId("cli_zoom_takes_zoom_flat")
                             .arg(highest)
                             .arg(QString::fromLatin1(
                                 CameraViewController::videoFormats[options.videoMode].title))
@@ -247,8 +201,7 @@ std::optional<RecordDemo::Options> CommandLine::recordOptions(QString* problem) 
     if (!camera.isEmpty() && camera != QLatin1String("virtual") &&
         !camera.startsWith(QLatin1String("file:")) &&
         !av::CaptureDeviceDiscoverySession::systemCamera(camera))
-        return fail(QCoreApplication::translate("CommandLine", "There is no camera “%1”.\n%2")
-                        .arg(camera, cameraList().trimmed()));
+        return fail(qtTrId("cli_there_no_camera").arg(camera, cameraList().trimmed()));
     if (camera.startsWith(QLatin1String("file:")))
         if (const std::optional<av::Error> unusable =
                 av::FileCameraDevice::problemWith(camera.mid(5)))
@@ -256,8 +209,6 @@ std::optional<RecordDemo::Options> CommandLine::recordOptions(QString* problem) 
     options.output = parser.value(outputOption);
     const QStringList positional = parser.positionalArguments();
     if (positional.size() > 1)
-        return fail(
-            QCoreApplication::translate("CommandLine", "record takes options only, not \"%1\".")
-                .arg(positional.at(1)));
+        return fail(qtTrId("cli_record_takes_options_only").arg(positional.at(1)));
     return options;
 }

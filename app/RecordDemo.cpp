@@ -44,10 +44,6 @@ constexpr int secondsForFinish = 30;
 constexpr int sheetFrames = 5;
 constexpr int sheetFrameWidth = 384;
 
-QString tr(const char* text) {
-    return QCoreApplication::translate("RecordDemo", text);
-}
-
 QTextStream& out() {
     static QTextStream stream(stdout);
     return stream;
@@ -179,10 +175,9 @@ bool claim(const QString& path, QString* problem) {
     if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
         return true;
     if (problem)
-        *problem =
-            QFileInfo::exists(path)
-                ? tr("%1 exists already; choose another --output, or remove it first.").arg(path)
-                : tr("%1 cannot be written: %2").arg(path, file.errorString());
+        *problem = QFileInfo::exists(path)
+                       ? qtTrId("rec_exists_already_choose_another").arg(path)
+                       : qtTrId("rec_cannot_written").arg(path, file.errorString());
     return false;
 }
 
@@ -212,7 +207,7 @@ QString RecordDemo::claimNewFile(const QString& folder, QString* problem) {
     const QDir dir(folder);
     if (!QDir().mkpath(folder)) {
         if (problem)
-            *problem = tr("Cannot create the folder %1.").arg(folder);
+            *problem = qtTrId("rec_cannot_create_folder").arg(folder);
         return {};
     }
     for (int n = 1; n < 10000; ++n) {
@@ -224,7 +219,7 @@ QString RecordDemo::claimNewFile(const QString& folder, QString* problem) {
             return {};
     }
     if (problem)
-        *problem = tr("%1 holds too many demo clips already.").arg(folder);
+        *problem = qtTrId("rec_holds_too_many_demo").arg(folder);
     return {};
 }
 
@@ -242,7 +237,7 @@ int RecordDemo::run(const Options& options) {
     } else {
         output = QFileInfo(options.output).absoluteFilePath();
         if (!QDir().mkpath(QFileInfo(output).absolutePath()))
-            problem = tr("Cannot create the folder %1.").arg(QFileInfo(output).absolutePath());
+            problem = qtTrId("rec_cannot_create_folder_2").arg(QFileInfo(output).absolutePath());
         else if (!claim(output, &problem))
             output.clear();
     }
@@ -264,7 +259,7 @@ int RecordDemo::run(const Options& options) {
     QTemporaryDir recordingFolder(
         QFileInfo(output).dir().filePath(QStringLiteral(".tessaro-XXXXXX")));
     if (!work.isValid() || !recordingFolder.isValid()) {
-        err() << tr("Cannot create a temporary folder: %1")
+        err() << qtTrId("rec_cannot_create_temporary_folder")
                      .arg(work.isValid() ? recordingFolder.errorString() : work.errorString())
               << Qt::endl;
         return 1;
@@ -294,15 +289,12 @@ int RecordDemo::run(const Options& options) {
     };
     CameraWatch camera(screen);
     const auto cameraFailed = [&] {
-        err() << tr("The camera failed: %1 Nothing was recorded.").arg(camera.description())
-              << Qt::endl;
+        err() << qtTrId("rec_camera_failed_nothing_recorded").arg(camera.description()) << Qt::endl;
         return 1;
     };
     if (!waitFor([&] { return camera.failed() || (screen->videoSession() && frames() > 2); },
                  secondsForCamera, window)) {
-        err() << tr("No picture came from the camera within %1 s; nothing was recorded.")
-                     .arg(secondsForCamera)
-              << Qt::endl;
+        err() << qtTrId("rec_no_picture_came_camera").arg(secondsForCamera) << Qt::endl;
         return window.isVisible() ? 1 : 130;
     }
     if (camera.failed())
@@ -314,7 +306,7 @@ int RecordDemo::run(const Options& options) {
         QStringList offered;
         for (const CameraViewController::OfferedFormat& format : screen->offeredFormats())
             offered << format.title;
-        err() << tr("This camera has no %1; it records %2.")
+        err() << qtTrId("rec_camera_has_no_records")
                      .arg(QString::fromLatin1(
                               CameraViewController::videoFormats[options.videoMode].title),
                           offered.join(QStringLiteral(", ")))
@@ -329,8 +321,7 @@ int RecordDemo::run(const Options& options) {
         camera.failed()) {
         if (camera.failed())
             return cameraFailed();
-        err() << tr("The camera stopped after the format change; nothing was recorded.")
-              << Qt::endl;
+        err() << qtTrId("rec_camera_stopped_after_format") << Qt::endl;
         return window.isVisible() ? 1 : 130;
     }
 
@@ -341,7 +332,7 @@ int RecordDemo::run(const Options& options) {
 
     ui::Slider* slider = screen->zoomSlider;
     if (options.zoom < 1.0 || options.zoom > double(slider->maximumValue())) {
-        err() << tr("--zoom %1 is outside what this format zooms sharply: from 1.0 to %2.")
+        err() << qtTrId("rec_zoom_outside_what_format")
                      .arg(options.zoom)
                      .arg(double(slider->maximumValue()))
               << Qt::endl;
@@ -368,10 +359,10 @@ int RecordDemo::run(const Options& options) {
         double frameRate;
     } format{screen->hdButton->currentTitle(), device->activeFormat().width,
              device->activeFormat().height, device->activeVideoMinFrameDuration().frameRate()};
-    out() << tr("Recording a %1 s %2 ramp at %3 (%4×%5, %6 fps) with the %7…")
+    out() << qtTrId("rec_recording_s_ramp_fps")
                  .arg(options.duration)
-                 .arg(options.zoomIn ? tr("zoom-in from 1.0× to %1").arg(formatZoom(options.zoom))
-                                     : tr("zoom-out from %1 to 1.0×").arg(formatZoom(options.zoom)))
+                 .arg(options.zoomIn ? qtTrId("rec_zoom").arg(formatZoom(options.zoom))
+                                     : qtTrId("rec_zoom_out").arg(formatZoom(options.zoom)))
                  .arg(format.title)
                  .arg(format.width)
                  .arg(format.height)
@@ -387,13 +378,13 @@ int RecordDemo::run(const Options& options) {
         !recording.isEmpty() && ::rename(QFile::encodeName(recording).constData(),
                                          QFile::encodeName(output).constData()) == 0;
     const QString renameProblem = recording.isEmpty()
-                                      ? tr("the recording did not start.")
+                                      ? qtTrId("rec_recording_did_not_start")
                                       : QString::fromLocal8Bit(std::strerror(errno));
     recordingFolder.remove();
     if (!intoOutput) {
         if (screen->previewView)
             screen->previewView->setSession(nullptr);
-        err() << tr("The recording could not start in %1: %2")
+        err() << qtTrId("rec_recording_could_not_start")
                      .arg(output, movie->lastError() ? movie->lastError()->localizedDescription()
                                                      : renameProblem)
               << Qt::endl;
@@ -410,11 +401,9 @@ int RecordDemo::run(const Options& options) {
             screen->previewView->setSession(nullptr);
         keepOutput = movie->framesWritten() > 0;
         if (keepOutput)
-            err() << tr("Stopped before the ramp ended; the clip so far is %1").arg(output)
-                  << Qt::endl;
+            err() << qtTrId("rec_stopped_before_ramp_ended").arg(output) << Qt::endl;
         else
-            err() << tr("Stopped before any picture was recorded; no clip was written.")
-                  << Qt::endl;
+            err() << qtTrId("rec_stopped_before_any_picture") << Qt::endl;
         return interrupted ? 130 : 1;
     }
     keepOutput = movie->framesWritten() > 0;
@@ -423,11 +412,11 @@ int RecordDemo::run(const Options& options) {
         const QString reason =
             movie->lastError()
                 ? movie->lastError()->localizedDescription().replace(recording, output)
-                : tr("The recording did not finish.");
+                : qtTrId("rec_recording_did_not_finish");
         if (keepOutput)
-            err() << tr("%1 What was recorded is %2").arg(reason, output) << Qt::endl;
+            err() << qtTrId("rec_what_recorded").arg(reason, output) << Qt::endl;
         else
-            err() << tr("%1 No clip was written.").arg(reason) << Qt::endl;
+            err() << qtTrId("rec_no_clip_written").arg(reason) << Qt::endl;
         return 1;
     }
 
@@ -436,21 +425,21 @@ int RecordDemo::run(const Options& options) {
     const double length =
         av::AssetImageGenerator(QUrl::fromLocalFile(output)).duration().value_or(0.0);
     out() << output << Qt::endl;
-    out() << tr("  length  %1 s").arg(QString::number(length, 'f', 2)) << Qt::endl;
-    out() << tr("  frames  %1 written, %2 dropped")
+    out() << qtTrId("rec_length_s").arg(QString::number(length, 'f', 2)) << Qt::endl;
+    out() << qtTrId("rec_frames_written_dropped")
                  .arg(movie->framesWritten())
                  .arg(movie->framesDropped())
           << Qt::endl;
     if (GST_CLOCK_TIME_IS_VALID(movie->requestTime()) &&
         GST_CLOCK_TIME_IS_VALID(movie->firstFrameTime()))
-        out() << tr("  start   first frame taken %1 after the press")
+        out() << qtTrId("rec_start_first_frame_taken")
                      .arg(formatMilliseconds(movie->firstFrameTime() - movie->requestTime()))
               << Qt::endl;
-    out() << tr("  size    %1 MB")
+    out() << qtTrId("rec_size_mb")
                  .arg(QString::number(double(QFileInfo(output).size()) / 1e6, 'f', 1))
           << Qt::endl;
     if (!zooms.empty())
-        out() << tr("  zoom    %1 on the first frame, %2 on the last")
+        out() << qtTrId("rec_zoom_first_frame_last")
                      .arg(formatZoom(zooms.front().zoom), formatZoom(zooms.back().zoom))
               << Qt::endl;
     if (const auto reference =
@@ -463,15 +452,14 @@ int RecordDemo::run(const Options& options) {
             av::PictureZoom::measure(frames.imageAt(0.001, format.width), *reference, options.zoom);
         const double last = av::PictureZoom::measure(frames.imageAt(lastAt, format.width),
                                                      *reference, options.zoom);
-        out() << tr("  pixels  %1 on the first frame, %2 on the last")
-                     .arg(formatZoom(first), formatZoom(last))
+        out() << qtTrId("rec_pixels_first_frame_last").arg(formatZoom(first), formatZoom(last))
               << Qt::endl;
     }
     // Written after the clip is complete: a sheet that fails leaves the clip as it is.
     const QString sheet = contactSheetPath(output);
     if (!QFileInfo::exists(sheet) && writeContactSheet(output, sheet, length, zooms))
-        out() << tr("  sheet   %1").arg(sheet) << Qt::endl;
+        out() << qtTrId("rec_sheet").arg(sheet) << Qt::endl;
     else
-        err() << tr("The contact sheet could not be written to %1.").arg(sheet) << Qt::endl;
+        err() << qtTrId("rec_contact_sheet_could_not").arg(sheet) << Qt::endl;
     return 0;
 }

@@ -322,37 +322,26 @@ int ScreenshotRenderer::render(const QString& name, const QString& file) {
     const auto found = std::find_if(screens().begin(), screens().end(),
                                     [&](const Screen& screen) { return screen.name == name; });
     if (found == screens().end()) {
-        err << QCoreApplication::translate("ScreenshotRenderer",
-                                           "There is no screen \"%1\". Screens: %2.")
-                   .arg(name, names().join(QStringLiteral(", ")))
+        err << qtTrId("shot_there_no_screen_screens").arg(name, names().join(QStringLiteral(", ")))
             << Qt::endl;
         return 2;
     }
     if (file.isEmpty()) {
-        err << QCoreApplication::translate("ScreenshotRenderer",
-                                           "Which file? tessaro --screenshot %1 FILE.png")
-                   .arg(name)
-            << Qt::endl;
+        err << qtTrId("shot_which_file_tessaro_screenshot").arg(name) << Qt::endl;
         return 2;
     }
 
     Scene scene = found->build();
     scene.widget->show();
     if (scene.ready && !waitInEventLoop(scene.ready, secondsForFrames * 1000)) {
-        err << QCoreApplication::translate("ScreenshotRenderer",
-                                           "The screen \"%1\" had nothing to show after %2 s: "
-                                           "no picture came from the camera.")
-                   .arg(name)
-                   .arg(secondsForFrames)
-            << Qt::endl;
+        err << qtTrId("shot_screen_had_nothing_show").arg(name).arg(secondsForFrames) << Qt::endl;
         return 1;
     }
     // Pending layouts and repaints first.
     QCoreApplication::processEvents();
 
     if (!scene.widget->grab().save(file, "PNG")) {
-        err << QCoreApplication::translate("ScreenshotRenderer", "Could not write %1.").arg(file)
-            << Qt::endl;
+        err << qtTrId("shot_could_not_write").arg(file) << Qt::endl;
         return 1;
     }
     QTextStream(stdout) << QFileInfo(file).absoluteFilePath() << Qt::endl;

@@ -55,12 +55,7 @@ int main(int argc, char** argv) {
     av::CaptureDeviceDiscoverySession::setCameraSelection(camera);
 
     if (application.isHeadless()) {
-        QTextStream(stdout) << QCoreApplication::translate(
-                                   "main", "Tessaro needs a display to open its window, and none "
-                                           "was found (neither DISPLAY nor WAYLAND_DISPLAY is "
-                                           "set). Run it from a desktop session, or under "
-                                           "xvfb-run.")
-                            << Qt::endl;
+        QTextStream(stdout) << qtTrId("main_tessaro_needs_display_open") << Qt::endl;
         return 2;
     }
     return application.run(std::make_unique<AppDelegate>(), commandLine.launchOptions());

@@ -6,8 +6,7 @@ namespace {
 
 QString describe(CKFError::Kind kind, const QString& message) {
     if (kind == CKFError::Kind::captureDeviceNotFound)
-        return QCoreApplication::translate("CKFError",
-                                           "No capture device of the requested kind was found.");
+        return qtTrId("error_no_capture_device_requested");
     return message;
 }
 

@@ -13,7 +13,7 @@ packages=(
     gstreamer1.0-plugins-ugly gstreamer1.0-libav xdg-utils
     fonts-dejavu-core fontconfig
     xvfb xauth dbus-daemon
-    desktop-file-utils appstream dpkg-dev file
+    desktop-file-utils appstream dpkg-dev file qt6-translations-l10n
 )
 
 missing=()

@@ -1,3 +1,5 @@
+#include "platform/foundation/Strings.h"
+
 #include <QApplication>
 #include <gtest/gtest.h>
 
@@ -8,5 +10,7 @@ int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
     ::testing::GTEST_FLAG(death_test_style) = "threadsafe";
     QApplication app(argc, argv);
+    // The texts the program shows, in English as the tests expect them.
+    foundation::Strings::install();
     return RUN_ALL_TESTS();
 }

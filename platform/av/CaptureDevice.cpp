@@ -116,9 +116,8 @@ void CaptureDevice::setDisconnected() {
 
 void CaptureDevice::lockForConfiguration() {
     if (!connected)
-        throw Error(
-            Error::Code::deviceDisconnected,
-            QCoreApplication::translate("av", "The camera “%1” is no longer connected.").arg(name));
+        throw Error(Error::Code::deviceDisconnected,
+                    qtTrId("device_camera_no_longer_connected").arg(name));
     locked = true;
 }
 

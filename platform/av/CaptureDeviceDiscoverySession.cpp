@@ -151,10 +151,7 @@ struct Catalog {
             return named;
         if (warnedSelection != selection) {
             warnedSelection = selection;
-            QTextStream(stdout) << QCoreApplication::translate(
-                                       "av", "The camera “%1” is not there; using the default "
-                                             "camera instead.")
-                                       .arg(selection)
+            QTextStream(stdout) << qtTrId("devices_camera_not_there_using").arg(selection)
                                 << Qt::endl;
         }
         return nullptr;

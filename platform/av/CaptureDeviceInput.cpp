@@ -17,15 +17,11 @@ namespace av {
 
 namespace {
 
-QString tr(const char* text) {
-    return QCoreApplication::translate("av", text);
-}
-
 void checkCanOpen(const CaptureDevice* device) {
     const QString& name = device->localizedName();
     if (!device->isConnected())
         throw Error(Error::Code::deviceDisconnected,
-                    tr("The camera “%1” is no longer connected.").arg(name));
+                    qtTrId("input_camera_no_longer_connected").arg(name));
     if (auto* file = qobject_cast<const FileCameraDevice*>(device)) {
         if (const std::optional<Error> problem = file->sourceProblem())
             throw Error(Error::Code::deviceNotFound, problem->localizedDescription());
@@ -46,15 +42,12 @@ void checkCanOpen(const CaptureDevice* device) {
     case EACCES:
     case EPERM:
         throw Error(Error::Code::permissionDenied,
-                    tr("Tessaro may not use the camera “%1” (%2): permission denied. Allow camera "
-                       "access, or add your user to the “video” group.")
-                        .arg(name, system->devicePath()));
+                    qtTrId("input_tessaro_may_not_use").arg(name, system->devicePath()));
     case EBUSY:
-        throw Error(Error::Code::deviceBusy,
-                    tr("The camera “%1” is in use by another program.").arg(name));
+        throw Error(Error::Code::deviceBusy, qtTrId("input_camera_use_another_program").arg(name));
     default:
         throw Error(Error::Code::deviceDisconnected,
-                    tr("The camera “%1” cannot be opened: %2.")
+                    qtTrId("input_camera_cannot_opened")
                         .arg(name, QString::fromLocal8Bit(strerror(problem))));
     }
 }

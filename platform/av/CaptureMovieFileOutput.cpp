@@ -29,10 +29,6 @@ constexpr std::chrono::milliseconds finishTimeout{10000};
 // How long after a stop the frames taken before it may still arrive.
 constexpr std::chrono::milliseconds stopGrace{500};
 
-QString tr(const char* text) {
-    return QCoreApplication::translate("av", text);
-}
-
 // Drops are logged at the 1st, 2nd, 4th, 8th ... so a slow machine does not flood the log.
 bool isPowerOfTwo(qint64 count) {
     return count > 0 && (count & (count - 1)) == 0;
@@ -52,21 +48,18 @@ qint64 missingFrames(GstClockTime previous, GstClockTime captured, GstClockTime 
 QString prepareFile(const QUrl& url) {
     if (!url.isLocalFile())
         throw Error(Error::Code::fileNotWritable,
-                    tr("Tessaro records to files on this computer only, not to “%1”.")
-                        .arg(url.toDisplayString()));
+                    qtTrId("movie_tessaro_records_files_computer").arg(url.toDisplayString()));
     const QString path = url.toLocalFile();
     const QString folder = QFileInfo(path).absolutePath();
     if (!QDir().mkpath(folder))
-        throw Error(
-            Error::Code::fileNotWritable,
-            tr("The recording cannot be saved: the folder “%1” cannot be created.").arg(folder));
+        throw Error(Error::Code::fileNotWritable,
+                    qtTrId("movie_recording_cannot_saved_folder").arg(folder));
     if (QFileInfo(path).isFile())
         QFile::remove(path);
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         throw Error(Error::Code::fileNotWritable,
-                    tr("The recording cannot be saved: the file “%1” cannot be written (%2).")
-                        .arg(path, file.errorString()));
+                    qtTrId("movie_recording_cannot_saved_file").arg(path, file.errorString()));
     return path;
 }
 
@@ -77,20 +70,16 @@ Error errorFrom(GstMessage* message, const QString& path) {
     qCWarning(lcAv).noquote() << "recording to" << path << "failed in"
                               << GST_OBJECT_NAME(GST_MESSAGE_SRC(message)) << ":" << error->message
                               << (debug ? debug : "");
-    Error result(
-        Error::Code::recordingFailed,
-        tr("The recording to “%1” failed: %2").arg(path, QString::fromUtf8(error->message)));
+    Error result(Error::Code::recordingFailed,
+                 qtTrId("movie_recording_failed").arg(path, QString::fromUtf8(error->message)));
     if (error->domain == GST_RESOURCE_ERROR && error->code == GST_RESOURCE_ERROR_NO_SPACE_LEFT)
-        result = Error(Error::Code::diskFull,
-                       tr("The disk is full: the recording “%1” stopped; what was recorded so far "
-                          "is kept.")
-                           .arg(path));
+        result =
+            Error(Error::Code::diskFull, qtTrId("movie_disk_full_recording_stopped").arg(path));
     else if (error->domain == GST_RESOURCE_ERROR &&
              (error->code == GST_RESOURCE_ERROR_OPEN_WRITE ||
               error->code == GST_RESOURCE_ERROR_OPEN_READ_WRITE))
-        result =
-            Error(Error::Code::fileNotWritable,
-                  tr("The recording cannot be saved: the file “%1” cannot be written.").arg(path));
+        result = Error(Error::Code::fileNotWritable,
+                       qtTrId("movie_recording_cannot_saved_file_2").arg(path));
     g_error_free(error);
     g_free(debug);
     return result;
@@ -191,7 +180,7 @@ bool CaptureMovieFileOutput::startRecordingToOutputFileURL(const QUrl& fileURL,
     try {
         if (!sessionVideoCaps)
             throw Error(Error::Code::sessionNotRunning,
-                        tr("Recording needs the camera to be running."));
+                        qtTrId("movie_recording_needs_camera_running"));
         const QString path = prepareFile(fileURL);
         writer = std::make_unique<MovieWriter>(
             path, sessionVideoCaps.get(), sessionAudioCaps.get(),
@@ -206,7 +195,7 @@ bool CaptureMovieFileOutput::startRecordingToOutputFileURL(const QUrl& fileURL,
     }
     encoder = writer->encoderName();
     state = State::recording;
-    awake = std::make_unique<SleepInhibitor>(tr("Recording a clip"));
+    awake = std::make_unique<SleepInhibitor>(qtTrId("movie_recording_clip"));
     std::lock_guard lock(feedLock);
     feedWriter = writer.get();
     feedClip = clip;
@@ -250,8 +239,7 @@ void CaptureMovieFileOutput::limitFinish() {
     QTimer::singleShot(finishTimeout, this, [this, stopped = clip] {
         if (clip == stopped && state == State::finishing)
             finish(Error(Error::Code::recordingFailed,
-                         tr("The recording “%1” did not finish in time and may end early.")
-                             .arg(url.toLocalFile())));
+                         qtTrId("movie_recording_did_not_finish").arg(url.toLocalFile())));
     });
 }
 
@@ -266,8 +254,7 @@ void CaptureMovieFileOutput::finishAndWait() {
     GstHandle<GstMessage> end = writer->waitForEnd(finishTimeout);
     if (!end)
         finish(Error(Error::Code::recordingFailed,
-                     tr("The recording “%1” did not finish in time and may end early.")
-                         .arg(url.toLocalFile())));
+                     qtTrId("movie_recording_did_not_finish_2").arg(url.toLocalFile())));
     else if (GST_MESSAGE_TYPE(end.get()) == GST_MESSAGE_ERROR)
         finish(errorFrom(end.get(), url.toLocalFile()));
     else
@@ -291,9 +278,7 @@ void CaptureMovieFileOutput::endFeed() {
 
 Error CaptureMovieFileOutput::nothingRecorded() const {
     return Error(Error::Code::recordingFailed,
-                 tr("The recording stopped before any picture was recorded; “%1” was not "
-                    "written.")
-                     .arg(url.toLocalFile()));
+                 qtTrId("movie_recording_stopped_before_any").arg(url.toLocalFile()));
 }
 
 void CaptureMovieFileOutput::handleWriterMessage(GstMessage* message) {

@@ -205,13 +205,13 @@ bool CaptureSession::build(std::optional<Error>* problem) {
         if (!videoDevice->isConnected()) {
             *problem = Error(
                 Error::Code::deviceDisconnected,
-                tr("The camera “%1” is no longer connected.").arg(videoDevice->localizedName()));
+                qtTrId("session_camera_no_longer_connected").arg(videoDevice->localizedName()));
             return false;
         }
         if (!format.isValid()) {
-            *problem = Error(Error::Code::sessionNotRunning,
-                             tr("The camera “%1” offers no picture format Tessaro can use.")
-                                 .arg(videoDevice->localizedName()));
+            *problem =
+                Error(Error::Code::sessionNotRunning,
+                      qtTrId("session_camera_offers_no_picture").arg(videoDevice->localizedName()));
             return false;
         }
         if (std::optional<Error> error = videoDevice->sourceProblem()) {
@@ -222,7 +222,7 @@ bool CaptureSession::build(std::optional<Error>* problem) {
         if (!source) {
             *problem =
                 Error(Error::Code::sessionNotRunning,
-                      tr("The camera “%1” cannot be opened.").arg(videoDevice->localizedName()));
+                      qtTrId("session_camera_cannot_opened").arg(videoDevice->localizedName()));
             return false;
         }
         int denominator = 1;
@@ -262,7 +262,7 @@ bool CaptureSession::build(std::optional<Error>* problem) {
         for (size_t i = 1; i < chain.size(); ++i)
             if (!gst_element_link(chain[i - 1], chain[i])) {
                 *problem = Error(Error::Code::sessionNotRunning,
-                                 tr("The camera “%1” cannot deliver %2×%3 pictures.")
+                                 qtTrId("session_camera_cannot_deliver_pictures")
                                      .arg(videoDevice->localizedName())
                                      .arg(format.width)
                                      .arg(format.height));
@@ -300,9 +300,9 @@ bool CaptureSession::build(std::optional<Error>* problem) {
     // stops then with the reason. Only what fails at once (opening the device) is known here.
     const GstStateChangeReturn change = gst_element_set_state(pipe.get(), GST_STATE_PLAYING);
     if (std::optional<Error> error = errorFromBus(); error || change == GST_STATE_CHANGE_FAILURE) {
-        *problem =
-            error ? *error
-                  : Error(Error::Code::sessionNotRunning, tr("The camera could not be started."));
+        *problem = error ? *error
+                         : Error(Error::Code::sessionNotRunning,
+                                 qtTrId("session_camera_could_not_started"));
         if (error && error->code() == Error::Code::deviceDisconnected && videoDevice)
             videoDevice->setDisconnected();
         if (videoCaps)
@@ -346,19 +346,16 @@ Error CaptureSession::errorFrom(GstMessage* message) const {
         switch (error->code) {
         case GST_RESOURCE_ERROR_BUSY:
             result = Error(Error::Code::deviceBusy,
-                           tr("The camera “%1” is in use by another program. Tessaro starts it "
-                              "as soon as that program lets it go.")
-                               .arg(name));
+                           qtTrId("session_camera_use_another_program").arg(name));
             break;
         case GST_RESOURCE_ERROR_NOT_AUTHORIZED:
             result = Error(Error::Code::permissionDenied,
-                           tr("Tessaro may not use the camera “%1”: permission denied.").arg(name));
+                           qtTrId("session_tessaro_may_not_use").arg(name));
             break;
         case GST_RESOURCE_ERROR_READ:
         case GST_RESOURCE_ERROR_NOT_FOUND:
-            result = Error(
-                Error::Code::deviceDisconnected,
-                tr("The camera “%1” stopped delivering pictures; was it unplugged?").arg(name));
+            result = Error(Error::Code::deviceDisconnected,
+                           qtTrId("session_camera_stopped_delivering_pictures").arg(name));
             break;
         default:
             break;
@@ -463,8 +460,8 @@ void CaptureSession::deviceWasDisconnected(CaptureDevice* device) {
     }
     fail(Error(Error::Code::deviceDisconnected,
                device->mediaType() == MediaType::video
-                   ? tr("The camera “%1” was disconnected.").arg(device->localizedName())
-                   : tr("The microphone “%1” was disconnected.").arg(device->localizedName())));
+                   ? qtTrId("session_camera_disconnected").arg(device->localizedName())
+                   : qtTrId("session_microphone_disconnected").arg(device->localizedName())));
 }
 
 void CaptureSession::fail(const Error& error) {
@@ -496,8 +493,7 @@ void CaptureSession::goOnWithoutMicrophone(CaptureDevice* microphone) {
             return;
         // The rebuild finishes a running recording first, so the clip so far stays playable.
         removeInput(input);
-        emit microphoneLost(
-            tr("The microphone “%1” is gone; Tessaro goes on without sound.").arg(name));
+        emit microphoneLost(qtTrId("session_microphone_gone_tessaro_goes").arg(name));
     });
 }
 

@@ -53,10 +53,6 @@ void playAgain(GstElement* player, gpointer) {
     g_free(uri);
 }
 
-QString tr(const char* text) {
-    return QCoreApplication::translate("av", text);
-}
-
 Error unusable(const QString& reason) {
     return Error(Error::Code::sessionNotRunning, reason);
 }
@@ -66,22 +62,20 @@ std::optional<Error> headerProblem(const QString& path, bool picture) {
     const QFileInfo info(path);
     const QString name = info.fileName();
     if (!info.exists())
-        return unusable(tr("The camera file “%1” does not exist.").arg(path));
+        return unusable(qtTrId("camfile_camera_file_does_not").arg(path));
     if (!info.isFile() || !info.isReadable())
-        return unusable(tr("The camera file “%1” cannot be read.").arg(path));
+        return unusable(qtTrId("camfile_camera_file_cannot_read").arg(path));
     if (info.size() == 0)
-        return unusable(tr("The camera file “%1” is empty.").arg(name));
+        return unusable(qtTrId("camfile_camera_file_empty").arg(name));
     if (!picture)
         return std::nullopt;
     QImageReader reader(path);
     if (!reader.canRead())
-        return unusable(
-            tr("The camera file “%1” is not a picture Tessaro can read (PNG or JPEG).").arg(name));
+        return unusable(qtTrId("camfile_camera_file_not_picture").arg(name));
     const QSize size = reader.size();
     if (size.width() > FileCameraDevice::largestPictureSide ||
         size.height() > FileCameraDevice::largestPictureSide)
-        return unusable(tr("The picture “%1” is %2×%3 pixels; Tessaro takes pictures of at most "
-                           "%4 pixels a side.")
+        return unusable(qtTrId("camfile_picture_pixels_tessaro_takes")
                             .arg(name)
                             .arg(size.width())
                             .arg(size.height())
@@ -114,17 +108,14 @@ std::optional<Error> videoProblem(const QString& path, std::chrono::milliseconds
     if (answer && GST_MESSAGE_TYPE(answer.get()) == GST_MESSAGE_ERROR) {
         GError* error = nullptr;
         gst_message_parse_error(answer.get(), &error, nullptr);
-        problem = unusable(tr("The camera file “%1” is not a picture or a video Tessaro can "
-                              "play, or it is damaged (%2).")
+        problem = unusable(qtTrId("camfile_camera_file_not_picture_2")
                                .arg(name, QString::fromUtf8(error->message)));
         g_error_free(error);
     } else if (answer) {
         GstHandle<GstSample> first(gst_app_sink_try_pull_preroll(GST_APP_SINK(sink), 0),
                                    GstRef::adopt);
         if (!first)
-            problem = unusable(
-                tr("The video “%1” holds no picture Tessaro can show; it may be cut short.")
-                    .arg(name));
+            problem = unusable(qtTrId("camfile_video_holds_no_picture").arg(name));
     }
     gst_element_set_state(player.get(), GST_STATE_NULL);
     return problem;
@@ -166,7 +157,7 @@ std::optional<Error> FileCameraDevice::problemWith(const QString& path,
         return videoProblem(path, patience);
     QImageReader reader(path);
     if (reader.read().isNull())
-        return unusable(tr("The picture “%1” cannot be decoded; it may be cut short (%2).")
+        return unusable(qtTrId("camfile_picture_cannot_decoded_may")
                             .arg(QFileInfo(path).fileName(), reader.errorString()));
     return std::nullopt;
 }

@@ -24,10 +24,6 @@ namespace av {
 
 namespace {
 
-QString tr(const char* text) {
-    return QCoreApplication::translate("av", text);
-}
-
 // Tried in this order; the first that encodes a test picture of the format wins.
 constexpr const char* hardwareEncoders[] = {"vah264enc",   "vah264lpenc", "vaapih264enc",
                                             "v4l2h264enc", "nvh264enc",   "qsvh264enc"};
@@ -60,9 +56,9 @@ bool elementExists(const char* factory) {
 GstElement* make(const char* factory, const char* name = nullptr) {
     GstElement* element = gst_element_factory_make(factory, name);
     if (!element)
-        throw Error(Error::Code::encoderMissing,
-                    tr("Tessaro cannot record: the GStreamer element “%1” is not installed.")
-                        .arg(QString::fromUtf8(factory)));
+        throw Error(
+            Error::Code::encoderMissing,
+            qtTrId("writer_tessaro_cannot_record_gstreamer").arg(QString::fromUtf8(factory)));
     return element;
 }
 
@@ -359,12 +355,10 @@ MovieWriter::MovieWriter(const QString& path, GstCaps* videoCaps, GstCaps* audio
     : videoCapsHeld(videoCaps, GstRef::add), audioCapsHeld(audioCaps, GstRef::add) {
     GstVideoInfo videoInfo;
     if (!videoCaps || !gst_video_info_from_caps(&videoInfo, videoCaps))
-        throw Error(Error::Code::recordingFailed,
-                    tr("The camera’s picture format cannot be recorded."));
+        throw Error(Error::Code::recordingFailed, qtTrId("writer_camera_s_picture_format"));
     videoEncoder = chooseVideoEncoder(videoCaps);
     if (videoEncoder.isEmpty())
-        throw Error(Error::Code::encoderMissing,
-                    tr("Tessaro cannot record: no H.264 video encoder is installed."));
+        throw Error(Error::Code::encoderMissing, qtTrId("writer_tessaro_cannot_record_no"));
     gst_segment_init(&segment, GST_FORMAT_TIME);
 
     pipeline = GstHandle<GstElement>(gst_pipeline_new("movie"), GstRef::adopt);
@@ -418,10 +412,9 @@ MovieWriter::MovieWriter(const QString& path, GstCaps* videoCaps, GstCaps* audio
         }
     }
     if (!linked)
-        throw Error(Error::Code::recordingFailed,
-                    tr("Tessaro cannot record the camera’s %1×%2 pictures.")
-                        .arg(videoInfo.width)
-                        .arg(videoInfo.height));
+        throw Error(Error::Code::recordingFailed, qtTrId("writer_tessaro_cannot_record_camera")
+                                                      .arg(videoInfo.width)
+                                                      .arg(videoInfo.height));
 
     const int degrees = ((rotationDegrees % 360) + 360) % 360;
     if (degrees != 0) {
@@ -449,7 +442,7 @@ MovieWriter::MovieWriter(const QString& path, GstCaps* videoCaps, GstCaps* audio
         busWatch.reset();
         gst_element_set_state(pipeline.get(), GST_STATE_NULL);
         throw Error(Error::Code::recordingFailed,
-                    tr("The recording to “%1” could not start: %2").arg(path, detail));
+                    qtTrId("writer_recording_could_not_start").arg(path, detail));
     }
 }
 

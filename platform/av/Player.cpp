@@ -122,7 +122,7 @@ void Player::build(bool fakeAudio) {
         for (GstElement* bin : {video, audio})
             if (bin)
                 gst_object_unref(gst_object_ref_sink(bin));
-        fail(tr("The clip cannot be played: GStreamer's playback elements are missing."));
+        fail(qtTrId("player_clip_cannot_played_gstreamer"));
         return;
     }
     GstHandle<GstElement> frames(gst_bin_get_by_name(GST_BIN(video), "frames"), GstRef::adopt);
@@ -228,7 +228,7 @@ void Player::handleMessage(GstMessage* message) {
             applyState();
             return;
         }
-        fail(tr("The clip “%1” cannot be played: %2").arg(item->url().fileName(), text));
+        fail(qtTrId("player_clip_cannot_played").arg(item->url().fileName(), text));
         break;
     }
     default:

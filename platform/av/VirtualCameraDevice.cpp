@@ -14,9 +14,8 @@ VirtualCameraDevice::VirtualCameraDevice(DevicePosition position, QObject* paren
 VirtualCameraDevice::VirtualCameraDevice(QString uniqueID, DevicePosition position,
                                          std::vector<CaptureDeviceFormat> formats, QObject* parent)
     : CaptureDevice(std::move(uniqueID),
-                    position == DevicePosition::front
-                        ? QCoreApplication::translate("av", "Virtual front camera")
-                        : QCoreApplication::translate("av", "Virtual back camera"),
+                    position == DevicePosition::front ? qtTrId("virtual_virtual_front_camera")
+                                                      : qtTrId("virtual_virtual_back_camera"),
                     MediaType::video, position, parent) {
     setVirtual(true);
     setFormats(std::move(formats));

@@ -5,9 +5,8 @@
 namespace av {
 
 VirtualMicrophoneDevice::VirtualMicrophoneDevice(QObject* parent)
-    : CaptureDevice(QStringLiteral("virtual:microphone"),
-                    QCoreApplication::translate("av", "Virtual microphone"), MediaType::audio,
-                    DevicePosition::unspecified, parent) {
+    : CaptureDevice(QStringLiteral("virtual:microphone"), qtTrId("virtual_virtual_microphone"),
+                    MediaType::audio, DevicePosition::unspecified, parent) {
     setVirtual(true);
 }
 

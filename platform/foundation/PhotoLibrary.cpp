@@ -14,10 +14,6 @@ namespace foundation {
 
 namespace {
 
-QString tr(const char* text) {
-    return QCoreApplication::translate("PhotoLibrary", text);
-}
-
 constexpr qint64 chunkSize = 1 << 20;
 
 } // namespace
@@ -39,7 +35,7 @@ bool copyContents(QFile& in, QFile& out, QString* error) {
         const QByteArray buffer = in.read(chunkSize);
         if (buffer.isEmpty() && in.error() != QFileDevice::NoError) {
             ok = false;
-            *error = tr("The clip “%1” cannot be read: %2.").arg(in.fileName(), in.errorString());
+            *error = qtTrId("library_clip_cannot_read").arg(in.fileName(), in.errorString());
         } else if (out.write(buffer) != buffer.size() || !out.flush()) {
             ok = false;
         }
@@ -48,7 +44,7 @@ bool copyContents(QFile& in, QFile& out, QString* error) {
     if (ok && out.error() != QFileDevice::NoError)
         ok = false;
     if (!ok && error->isEmpty())
-        *error = tr("“%1” cannot be written: %2.").arg(out.fileName(), out.errorString());
+        *error = qtTrId("library_cannot_written").arg(out.fileName(), out.errorString());
     if (!ok)
         out.remove();
     return ok;
@@ -57,7 +53,7 @@ bool copyContents(QFile& in, QFile& out, QString* error) {
 bool openClip(QFile& in, QString* error) {
     if (in.open(QIODevice::ReadOnly))
         return true;
-    *error = tr("The clip “%1” cannot be read: %2.").arg(in.fileName(), in.errorString());
+    *error = qtTrId("library_clip_cannot_read_2").arg(in.fileName(), in.errorString());
     return false;
 }
 
@@ -70,7 +66,7 @@ bool PhotoLibrary::copyFile(const QString& source, const QString& destination, Q
     QFile out(destination);
     // NewOnly claims the name atomically (O_EXCL): an existing file is never replaced.
     if (!out.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
-        *error = tr("“%1” cannot be written: %2.").arg(destination, out.errorString());
+        *error = qtTrId("library_cannot_written_2").arg(destination, out.errorString());
         return false;
     }
     return copyContents(in, out, error);
@@ -79,7 +75,7 @@ bool PhotoLibrary::copyFile(const QString& source, const QString& destination, Q
 QString PhotoLibrary::copyIntoAlbum(const QString& path, QString* error) {
     QFile in(path);
     if (!QFileInfo(path).isFile()) {
-        *error = tr("The clip “%1” is no longer there.").arg(path);
+        *error = qtTrId("library_clip_no_longer_there").arg(path);
         return {};
     }
     if (!openClip(in, error))
@@ -88,7 +84,7 @@ QString PhotoLibrary::copyIntoAlbum(const QString& path, QString* error) {
     std::error_code failure;
     std::filesystem::create_directories(QFile::encodeName(album).toStdString(), failure);
     if (failure || !QFileInfo(album).isDir()) {
-        *error = tr("The folder “%1” cannot be created: %2.")
+        *error = qtTrId("library_folder_cannot_created")
                      .arg(album, QString::fromLocal8Bit(failure.message()));
         return {};
     }
@@ -105,11 +101,11 @@ QString PhotoLibrary::copyIntoAlbum(const QString& path, QString* error) {
         if (out.open(QIODevice::WriteOnly | QIODevice::NewOnly))
             return copyContents(in, out, error) ? out.fileName() : QString();
         if (!out.exists()) {
-            *error = tr("“%1” cannot be written: %2.").arg(out.fileName(), out.errorString());
+            *error = qtTrId("library_cannot_written_3").arg(out.fileName(), out.errorString());
             return {};
         }
     }
-    *error = tr("There is no free file name left in “%1”.").arg(album);
+    *error = qtTrId("library_there_no_free_file").arg(album);
     return {};
 }
 

@@ -3,6 +3,7 @@
 #include "platform/foundation/FoundationLogging.h"
 
 #include <QCoreApplication>
+#include <QLibraryInfo>
 #include <QLocale>
 #include <QPointer>
 #include <QTranslator>
@@ -16,6 +17,7 @@ const QString englishTable = QStringLiteral(":/i18n/tessaro_en.qm");
 // Owned by the application; QPointer notices when they went away with it.
 QPointer<QTranslator> englishTranslator;
 QPointer<QTranslator> localTranslator;
+QPointer<QTranslator> qtTranslator;
 
 void uninstall(QPointer<QTranslator>& translator) {
     if (translator) {
@@ -32,6 +34,18 @@ void Strings::install() {
         qFatal("Strings::install: no QCoreApplication");
     uninstall(englishTranslator);
     uninstall(localTranslator);
+    uninstall(qtTranslator);
+
+    // Qt's own texts (the command line's standard options, standard dialogs) in the same
+    // language, where the system has them.
+    auto* qt = new QTranslator(app);
+    if (qt->load(QLocale::system(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                 QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+        QCoreApplication::installTranslator(qt);
+        qtTranslator = qt;
+    } else {
+        delete qt;
+    }
 
     auto* english = new QTranslator(app);
     if (!english->load(englishTable)) {

@@ -258,5 +258,459 @@
         <source>Your mail program could not be started. Copy your message, or try again.</source>
         <translation>Your mail program could not be started. Copy your message, or try again.</translation>
     </message>
+    <message id="rec_exists_already_choose_another">
+        <source>%1 exists already; choose another --output, or remove it first.</source>
+        <translation>%1 exists already; choose another --output, or remove it first.</translation>
+    </message>
+    <message id="rec_cannot_written">
+        <source>%1 cannot be written: %2</source>
+        <translation>%1 cannot be written: %2</translation>
+    </message>
+    <message id="rec_cannot_create_folder">
+        <source>Cannot create the folder %1.</source>
+        <translation>Cannot create the folder %1.</translation>
+    </message>
+    <message id="rec_holds_too_many_demo">
+        <source>%1 holds too many demo clips already.</source>
+        <translation>%1 holds too many demo clips already.</translation>
+    </message>
+    <message id="rec_cannot_create_folder_2">
+        <source>Cannot create the folder %1.</source>
+        <translation>Cannot create the folder %1.</translation>
+    </message>
+    <message id="rec_cannot_create_temporary_folder">
+        <source>Cannot create a temporary folder: %1</source>
+        <translation>Cannot create a temporary folder: %1</translation>
+    </message>
+    <message id="rec_camera_failed_nothing_recorded">
+        <source>The camera failed: %1 Nothing was recorded.</source>
+        <translation>The camera failed: %1 Nothing was recorded.</translation>
+    </message>
+    <message id="rec_no_picture_came_camera">
+        <source>No picture came from the camera within %1 s; nothing was recorded.</source>
+        <translation>No picture came from the camera within %1 s; nothing was recorded.</translation>
+    </message>
+    <message id="rec_camera_has_no_records">
+        <source>This camera has no %1; it records %2.</source>
+        <translation>This camera has no %1; it records %2.</translation>
+    </message>
+    <message id="rec_camera_stopped_after_format">
+        <source>The camera stopped after the format change; nothing was recorded.</source>
+        <translation>The camera stopped after the format change; nothing was recorded.</translation>
+    </message>
+    <message id="rec_zoom_outside_what_format">
+        <source>--zoom %1 is outside what this format zooms sharply: from 1.0 to %2.</source>
+        <translation>--zoom %1 is outside what this format zooms sharply: from 1.0 to %2.</translation>
+    </message>
+    <message id="rec_recording_s_ramp_fps">
+        <source>Recording a %1 s %2 ramp at %3 (%4×%5, %6 fps) with the %7…</source>
+        <translation>Recording a %1 s %2 ramp at %3 (%4×%5, %6 fps) with the %7…</translation>
+    </message>
+    <message id="rec_zoom">
+        <source>zoom-in from 1.0× to %1</source>
+        <translation>zoom-in from 1.0× to %1</translation>
+    </message>
+    <message id="rec_zoom_out">
+        <source>zoom-out from %1 to 1.0×</source>
+        <translation>zoom-out from %1 to 1.0×</translation>
+    </message>
+    <message id="rec_recording_did_not_start">
+        <source>the recording did not start.</source>
+        <translation>the recording did not start.</translation>
+    </message>
+    <message id="rec_recording_could_not_start">
+        <source>The recording could not start in %1: %2</source>
+        <translation>The recording could not start in %1: %2</translation>
+    </message>
+    <message id="rec_stopped_before_ramp_ended">
+        <source>Stopped before the ramp ended; the clip so far is %1</source>
+        <translation>Stopped before the ramp ended; the clip so far is %1</translation>
+    </message>
+    <message id="rec_stopped_before_any_picture">
+        <source>Stopped before any picture was recorded; no clip was written.</source>
+        <translation>Stopped before any picture was recorded; no clip was written.</translation>
+    </message>
+    <message id="rec_recording_did_not_finish">
+        <source>The recording did not finish.</source>
+        <translation>The recording did not finish.</translation>
+    </message>
+    <message id="rec_what_recorded">
+        <source>%1 What was recorded is %2</source>
+        <translation>%1 What was recorded is %2</translation>
+    </message>
+    <message id="rec_no_clip_written">
+        <source>%1 No clip was written.</source>
+        <translation>%1 No clip was written.</translation>
+    </message>
+    <message id="rec_length_s">
+        <source>  length  %1 s</source>
+        <translation>  length  %1 s</translation>
+    </message>
+    <message id="rec_frames_written_dropped">
+        <source>  frames  %1 written, %2 dropped</source>
+        <translation>  frames  %1 written, %2 dropped</translation>
+    </message>
+    <message id="rec_start_first_frame_taken">
+        <source>  start   first frame taken %1 after the press</source>
+        <translation>  start   first frame taken %1 after the press</translation>
+    </message>
+    <message id="rec_size_mb">
+        <source>  size    %1 MB</source>
+        <translation>  size    %1 MB</translation>
+    </message>
+    <message id="rec_zoom_first_frame_last">
+        <source>  zoom    %1 on the first frame, %2 on the last</source>
+        <translation>  zoom    %1 on the first frame, %2 on the last</translation>
+    </message>
+    <message id="rec_pixels_first_frame_last">
+        <source>  pixels  %1 on the first frame, %2 on the last</source>
+        <translation>  pixels  %1 on the first frame, %2 on the last</translation>
+    </message>
+    <message id="rec_sheet">
+        <source>  sheet   %1</source>
+        <translation>  sheet   %1</translation>
+    </message>
+    <message id="rec_contact_sheet_could_not">
+        <source>The contact sheet could not be written to %1.</source>
+        <translation>The contact sheet could not be written to %1.</translation>
+    </message>
+    <message id="cli_record_camera_name_device">
+        <source>Record with the camera NAME (a device name or path, or "virtual").</source>
+        <translation>Record with the camera NAME (a device name or path, or "virtual").</translation>
+    </message>
+    <message id="cli_print_every_camera_microphone">
+        <source>Print every camera and microphone with its formats and position, and leave.</source>
+        <translation>Print every camera and microphone with its formats and position, and leave.</translation>
+    </message>
+    <message id="cli_draw_screen_name_without">
+        <source>Draw the screen NAME without a display, write it to FILE.png and leave. The virtual camera is used unless --camera says otherwise.</source>
+        <translation>Draw the screen NAME without a display, write it to FILE.png and leave. The virtual camera is used unless --camera says otherwise.</translation>
+    </message>
+    <message id="cli_start_tutorial_explains_dolly">
+        <source>Start on the tutorial that explains the dolly zoom, even after it was left once.</source>
+        <translation>Start on the tutorial that explains the dolly zoom, even after it was left once.</translation>
+    </message>
+    <message id="cli_record_ramp_s_length">
+        <source>record: the ramp's length, 1 to 15 whole seconds (default 5).</source>
+        <translation>record: the ramp's length, 1 to 15 whole seconds (default 5).</translation>
+    </message>
+    <message id="cli_record_slider_s_zoom">
+        <source>record: the slider's zoom, 1 (a flat ramp) or more (default 3).</source>
+        <translation>record: the slider's zoom, 1 (a flat ramp) or more (default 3).</translation>
+    </message>
+    <message id="cli_record_ramp_up_zoom">
+        <source>record: ramp from 1.0 up to the zoom, for walking away (default: down to 1.0).</source>
+        <translation>record: ramp from 1.0 up to the zoom, for walking away (default: down to 1.0).</translation>
+    </message>
+    <message id="cli_record_hd_hd_k">
+        <source>record: hd (1920×1080 at 30), hd60 or 4k.</source>
+        <translation>record: hd (1920×1080 at 30), hd60 or 4k.</translation>
+    </message>
+    <message id="cli_record_clip_s_file">
+        <source>record: the clip's file (default: a new "Tessaro Demo" file in the documents folder). An existing file is never replaced.</source>
+        <translation>record: the clip's file (default: a new "Tessaro Demo" file in the documents folder). An existing file is never replaced.</translation>
+    </message>
+    <message id="cli_tessaro_dolly_zoom_video">
+        <source>Tessaro: a dolly-zoom video camera. Frame a subject, set the zoom, press record and walk.</source>
+        <translation>Tessaro: a dolly-zoom video camera. Frame a subject, set the zoom, press record and walk.</translation>
+    </message>
+    <message id="cli_record_one_clip_without">
+        <source>Record one clip without a display, with the options marked record:, and print where it is.</source>
+        <translation>Record one clip without a display, with the options marked record:, and print where it is.</translation>
+    </message>
+    <message id="cli_screenshot_png_file_write">
+        <source>With --screenshot: the PNG file to write.</source>
+        <translation>With --screenshot: the PNG file to write.</translation>
+    </message>
+    <message id="cli_fps">
+        <source>%1 fps</source>
+        <translation>%1 fps</translation>
+    </message>
+    <message id="cli_front">
+        <source>front</source>
+        <translation>front</translation>
+    </message>
+    <message id="cli_back">
+        <source>back</source>
+        <translation>back</translation>
+    </message>
+    <message id="cli_position_unknown">
+        <source>position unknown</source>
+        <translation>position unknown</translation>
+    </message>
+    <message id="cli_cameras_choose_one_camera">
+        <source>Cameras (choose one with --camera NAME):</source>
+        <translation>Cameras (choose one with --camera NAME):</translation>
+    </message>
+    <message id="cli_microphones">
+        <source>Microphones:</source>
+        <translation>Microphones:</translation>
+    </message>
+    <message id="cli_only_virtual_camera">
+        <source> (only with the virtual camera)</source>
+        <translation> (only with the virtual camera)</translation>
+    </message>
+    <message id="cli_duration_takes_whole_number">
+        <source>--duration takes a whole number of seconds from 1 to 15, not "%1".</source>
+        <translation>--duration takes a whole number of seconds from 1 to 15, not "%1".</translation>
+    </message>
+    <message id="cli_format_takes_hd_hd">
+        <source>--format takes hd, hd60 or 4k, not "%1".</source>
+        <translation>--format takes hd, hd60 or 4k, not "%1".</translation>
+    </message>
+    <message id="cli_zoom_takes_zoom_flat">
+        <source>--zoom takes a zoom from 1 (a flat ramp) to %1 at %2, such as 2.5, not "%3".</source>
+        <translation>--zoom takes a zoom from 1 (a flat ramp) to %1 at %2, such as 2.5, not "%3".</translation>
+    </message>
+    <message id="cli_there_no_camera">
+        <source>There is no camera “%1”.
+%2</source>
+        <translation>There is no camera “%1”.
+%2</translation>
+    </message>
+    <message id="cli_record_takes_options_only">
+        <source>record takes options only, not "%1".</source>
+        <translation>record takes options only, not "%1".</translation>
+    </message>
+    <message id="shot_there_no_screen_screens">
+        <source>There is no screen "%1". Screens: %2.</source>
+        <translation>There is no screen "%1". Screens: %2.</translation>
+    </message>
+    <message id="shot_which_file_tessaro_screenshot">
+        <source>Which file? tessaro --screenshot %1 FILE.png</source>
+        <translation>Which file? tessaro --screenshot %1 FILE.png</translation>
+    </message>
+    <message id="shot_screen_had_nothing_show">
+        <source>The screen "%1" had nothing to show after %2 s: no picture came from the camera.</source>
+        <translation>The screen "%1" had nothing to show after %2 s: no picture came from the camera.</translation>
+    </message>
+    <message id="shot_could_not_write">
+        <source>Could not write %1.</source>
+        <translation>Could not write %1.</translation>
+    </message>
+    <message id="main_tessaro_needs_display_open">
+        <source>Tessaro needs a display to open its window, and none was found (neither DISPLAY nor WAYLAND_DISPLAY is set). Run it from a desktop session, or under xvfb-run.</source>
+        <translation>Tessaro needs a display to open its window, and none was found (neither DISPLAY nor WAYLAND_DISPLAY is set). Run it from a desktop session, or under xvfb-run.</translation>
+    </message>
+    <message id="movie_tessaro_records_files_computer">
+        <source>Tessaro records to files on this computer only, not to “%1”.</source>
+        <translation>Tessaro records to files on this computer only, not to “%1”.</translation>
+    </message>
+    <message id="movie_recording_cannot_saved_folder">
+        <source>The recording cannot be saved: the folder “%1” cannot be created.</source>
+        <translation>The recording cannot be saved: the folder “%1” cannot be created.</translation>
+    </message>
+    <message id="movie_recording_cannot_saved_file">
+        <source>The recording cannot be saved: the file “%1” cannot be written (%2).</source>
+        <translation>The recording cannot be saved: the file “%1” cannot be written (%2).</translation>
+    </message>
+    <message id="movie_recording_failed">
+        <source>The recording to “%1” failed: %2</source>
+        <translation>The recording to “%1” failed: %2</translation>
+    </message>
+    <message id="movie_disk_full_recording_stopped">
+        <source>The disk is full: the recording “%1” stopped; what was recorded so far is kept.</source>
+        <translation>The disk is full: the recording “%1” stopped; what was recorded so far is kept.</translation>
+    </message>
+    <message id="movie_recording_cannot_saved_file_2">
+        <source>The recording cannot be saved: the file “%1” cannot be written.</source>
+        <translation>The recording cannot be saved: the file “%1” cannot be written.</translation>
+    </message>
+    <message id="movie_recording_needs_camera_running">
+        <source>Recording needs the camera to be running.</source>
+        <translation>Recording needs the camera to be running.</translation>
+    </message>
+    <message id="movie_recording_clip">
+        <source>Recording a clip</source>
+        <translation>Recording a clip</translation>
+    </message>
+    <message id="movie_recording_did_not_finish">
+        <source>The recording “%1” did not finish in time and may end early.</source>
+        <translation>The recording “%1” did not finish in time and may end early.</translation>
+    </message>
+    <message id="movie_recording_did_not_finish_2">
+        <source>The recording “%1” did not finish in time and may end early.</source>
+        <translation>The recording “%1” did not finish in time and may end early.</translation>
+    </message>
+    <message id="movie_recording_stopped_before_any">
+        <source>The recording stopped before any picture was recorded; “%1” was not written.</source>
+        <translation>The recording stopped before any picture was recorded; “%1” was not written.</translation>
+    </message>
+    <message id="session_camera_no_longer_connected">
+        <source>The camera “%1” is no longer connected.</source>
+        <translation>The camera “%1” is no longer connected.</translation>
+    </message>
+    <message id="session_camera_offers_no_picture">
+        <source>The camera “%1” offers no picture format Tessaro can use.</source>
+        <translation>The camera “%1” offers no picture format Tessaro can use.</translation>
+    </message>
+    <message id="session_camera_cannot_opened">
+        <source>The camera “%1” cannot be opened.</source>
+        <translation>The camera “%1” cannot be opened.</translation>
+    </message>
+    <message id="session_camera_cannot_deliver_pictures">
+        <source>The camera “%1” cannot deliver %2×%3 pictures.</source>
+        <translation>The camera “%1” cannot deliver %2×%3 pictures.</translation>
+    </message>
+    <message id="session_camera_could_not_started">
+        <source>The camera could not be started.</source>
+        <translation>The camera could not be started.</translation>
+    </message>
+    <message id="session_camera_use_another_program">
+        <source>The camera “%1” is in use by another program. Tessaro starts it as soon as that program lets it go.</source>
+        <translation>The camera “%1” is in use by another program. Tessaro starts it as soon as that program lets it go.</translation>
+    </message>
+    <message id="session_tessaro_may_not_use">
+        <source>Tessaro may not use the camera “%1”: permission denied.</source>
+        <translation>Tessaro may not use the camera “%1”: permission denied.</translation>
+    </message>
+    <message id="session_camera_stopped_delivering_pictures">
+        <source>The camera “%1” stopped delivering pictures; was it unplugged?</source>
+        <translation>The camera “%1” stopped delivering pictures; was it unplugged?</translation>
+    </message>
+    <message id="session_camera_disconnected">
+        <source>The camera “%1” was disconnected.</source>
+        <translation>The camera “%1” was disconnected.</translation>
+    </message>
+    <message id="session_microphone_disconnected">
+        <source>The microphone “%1” was disconnected.</source>
+        <translation>The microphone “%1” was disconnected.</translation>
+    </message>
+    <message id="session_microphone_gone_tessaro_goes">
+        <source>The microphone “%1” is gone; Tessaro goes on without sound.</source>
+        <translation>The microphone “%1” is gone; Tessaro goes on without sound.</translation>
+    </message>
+    <message id="library_clip_cannot_read">
+        <source>The clip “%1” cannot be read: %2.</source>
+        <translation>The clip “%1” cannot be read: %2.</translation>
+    </message>
+    <message id="library_cannot_written">
+        <source>“%1” cannot be written: %2.</source>
+        <translation>“%1” cannot be written: %2.</translation>
+    </message>
+    <message id="library_clip_cannot_read_2">
+        <source>The clip “%1” cannot be read: %2.</source>
+        <translation>The clip “%1” cannot be read: %2.</translation>
+    </message>
+    <message id="library_cannot_written_2">
+        <source>“%1” cannot be written: %2.</source>
+        <translation>“%1” cannot be written: %2.</translation>
+    </message>
+    <message id="library_clip_no_longer_there">
+        <source>The clip “%1” is no longer there.</source>
+        <translation>The clip “%1” is no longer there.</translation>
+    </message>
+    <message id="library_folder_cannot_created">
+        <source>The folder “%1” cannot be created: %2.</source>
+        <translation>The folder “%1” cannot be created: %2.</translation>
+    </message>
+    <message id="library_cannot_written_3">
+        <source>“%1” cannot be written: %2.</source>
+        <translation>“%1” cannot be written: %2.</translation>
+    </message>
+    <message id="library_there_no_free_file">
+        <source>There is no free file name left in “%1”.</source>
+        <translation>There is no free file name left in “%1”.</translation>
+    </message>
+    <message id="camfile_camera_file_does_not">
+        <source>The camera file “%1” does not exist.</source>
+        <translation>The camera file “%1” does not exist.</translation>
+    </message>
+    <message id="camfile_camera_file_cannot_read">
+        <source>The camera file “%1” cannot be read.</source>
+        <translation>The camera file “%1” cannot be read.</translation>
+    </message>
+    <message id="camfile_camera_file_empty">
+        <source>The camera file “%1” is empty.</source>
+        <translation>The camera file “%1” is empty.</translation>
+    </message>
+    <message id="camfile_camera_file_not_picture">
+        <source>The camera file “%1” is not a picture Tessaro can read (PNG or JPEG).</source>
+        <translation>The camera file “%1” is not a picture Tessaro can read (PNG or JPEG).</translation>
+    </message>
+    <message id="camfile_picture_pixels_tessaro_takes">
+        <source>The picture “%1” is %2×%3 pixels; Tessaro takes pictures of at most %4 pixels a side.</source>
+        <translation>The picture “%1” is %2×%3 pixels; Tessaro takes pictures of at most %4 pixels a side.</translation>
+    </message>
+    <message id="camfile_camera_file_not_picture_2">
+        <source>The camera file “%1” is not a picture or a video Tessaro can play, or it is damaged (%2).</source>
+        <translation>The camera file “%1” is not a picture or a video Tessaro can play, or it is damaged (%2).</translation>
+    </message>
+    <message id="camfile_video_holds_no_picture">
+        <source>The video “%1” holds no picture Tessaro can show; it may be cut short.</source>
+        <translation>The video “%1” holds no picture Tessaro can show; it may be cut short.</translation>
+    </message>
+    <message id="camfile_picture_cannot_decoded_may">
+        <source>The picture “%1” cannot be decoded; it may be cut short (%2).</source>
+        <translation>The picture “%1” cannot be decoded; it may be cut short (%2).</translation>
+    </message>
+    <message id="writer_tessaro_cannot_record_gstreamer">
+        <source>Tessaro cannot record: the GStreamer element “%1” is not installed.</source>
+        <translation>Tessaro cannot record: the GStreamer element “%1” is not installed.</translation>
+    </message>
+    <message id="writer_camera_s_picture_format">
+        <source>The camera’s picture format cannot be recorded.</source>
+        <translation>The camera’s picture format cannot be recorded.</translation>
+    </message>
+    <message id="writer_tessaro_cannot_record_no">
+        <source>Tessaro cannot record: no H.264 video encoder is installed.</source>
+        <translation>Tessaro cannot record: no H.264 video encoder is installed.</translation>
+    </message>
+    <message id="writer_tessaro_cannot_record_camera">
+        <source>Tessaro cannot record the camera’s %1×%2 pictures.</source>
+        <translation>Tessaro cannot record the camera’s %1×%2 pictures.</translation>
+    </message>
+    <message id="writer_recording_could_not_start">
+        <source>The recording to “%1” could not start: %2</source>
+        <translation>The recording to “%1” could not start: %2</translation>
+    </message>
+    <message id="input_camera_no_longer_connected">
+        <source>The camera “%1” is no longer connected.</source>
+        <translation>The camera “%1” is no longer connected.</translation>
+    </message>
+    <message id="input_tessaro_may_not_use">
+        <source>Tessaro may not use the camera “%1” (%2): permission denied. Allow camera access, or add your user to the “video” group.</source>
+        <translation>Tessaro may not use the camera “%1” (%2): permission denied. Allow camera access, or add your user to the “video” group.</translation>
+    </message>
+    <message id="input_camera_use_another_program">
+        <source>The camera “%1” is in use by another program.</source>
+        <translation>The camera “%1” is in use by another program.</translation>
+    </message>
+    <message id="input_camera_cannot_opened">
+        <source>The camera “%1” cannot be opened: %2.</source>
+        <translation>The camera “%1” cannot be opened: %2.</translation>
+    </message>
+    <message id="virtual_virtual_front_camera">
+        <source>Virtual front camera</source>
+        <translation>Virtual front camera</translation>
+    </message>
+    <message id="virtual_virtual_back_camera">
+        <source>Virtual back camera</source>
+        <translation>Virtual back camera</translation>
+    </message>
+    <message id="player_clip_cannot_played_gstreamer">
+        <source>The clip cannot be played: GStreamer's playback elements are missing.</source>
+        <translation>The clip cannot be played: GStreamer's playback elements are missing.</translation>
+    </message>
+    <message id="player_clip_cannot_played">
+        <source>The clip “%1” cannot be played: %2</source>
+        <translation>The clip “%1” cannot be played: %2</translation>
+    </message>
+    <message id="virtual_virtual_microphone">
+        <source>Virtual microphone</source>
+        <translation>Virtual microphone</translation>
+    </message>
+    <message id="devices_camera_not_there_using">
+        <source>The camera “%1” is not there; using the default camera instead.</source>
+        <translation>The camera “%1” is not there; using the default camera instead.</translation>
+    </message>
+    <message id="device_camera_no_longer_connected">
+        <source>The camera “%1” is no longer connected.</source>
+        <translation>The camera “%1” is no longer connected.</translation>
+    </message>
+    <message id="error_no_capture_device_requested">
+        <source>No capture device of the requested kind was found.</source>
+        <translation>No capture device of the requested kind was found.</translation>
+    </message>
 </context>
 </TS>

@@ -30,11 +30,14 @@ struct Result {
 };
 
 // Runs the real program as a user would, without any display.
-Result runTessaro(const QStringList& arguments) {
+Result runTessaro(const QStringList& arguments,
+                  const QList<std::pair<QString, QString>>& variables = {}) {
     QTemporaryDir config;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
         environment.remove(QString::fromLatin1(name));
+    for (const auto& [name, value] : variables)
+        environment.insert(name, value);
     environment.insert(QStringLiteral("TESSARO_CONFIG_DIR"), config.path());
     QProcess process;
     process.setProcessEnvironment(environment);
@@ -83,6 +86,29 @@ TEST(CommandLine, listCamerasNamesEachCameraWithItsFormatsAndPositionWithoutADis
           "3840×2160", "1–60 fps", "Microphones:", "Virtual microphone"})
         EXPECT_TRUE(result.out.contains(QString::fromUtf8(expected))) << expected << "\n"
                                                                       << result.out.toStdString();
+}
+
+// A German desktop gets German texts from the program and its command line, and the command line
+// still reads numbers with a decimal point, as scripts write them.
+TEST(CommandLine, speaksGermanOnAGermanDesktopAndReadsNumbersAlike) {
+    const QList<std::pair<QString, QString>> german = {
+        {QStringLiteral("LANGUAGE"), QStringLiteral("de")},
+        {QStringLiteral("LC_ALL"), QStringLiteral("de_DE.UTF-8")}};
+    const Result help = runTessaro({QStringLiteral("--help")}, german);
+    EXPECT_TRUE(help.out.contains(QStringLiteral("Mit der Kamera NAME aufnehmen")))
+        << help.out.toStdString();
+    const Result cameras = runTessaro({QStringLiteral("--list-cameras")}, german);
+    EXPECT_TRUE(cameras.out.contains(QString::fromUtf8("Virtuelle Rückkamera — hinten")))
+        << cameras.out.toStdString();
+    const Result tooFar = runTessaro(
+        {QStringLiteral("record"), QStringLiteral("--zoom"), QStringLiteral("99.5")}, german);
+    EXPECT_EQ(tooFar.exitCode, 2);
+    EXPECT_TRUE(tooFar.out.contains(QStringLiteral("--zoom nimmt"))) << tooFar.out.toStdString();
+    // A decimal comma, as a German user types it, reads as the same number.
+    const Result comma = runTessaro(
+        {QStringLiteral("record"), QStringLiteral("--zoom"), QStringLiteral("99,5")}, german);
+    EXPECT_EQ(comma.exitCode, 2);
+    EXPECT_TRUE(comma.out.contains(QStringLiteral("--zoom nimmt"))) << comma.out.toStdString();
 }
 
 TEST(CommandLine, unknownOptionsAreRefused) {
