@@ -27,6 +27,9 @@ version=$(run "$bin" --version)
 run "$bin" record --duration 1 --output "$root/home/clip.mov" >/dev/null
 [ -s "$root/home/clip.mov" ] || { echo "the installed program recorded no clip"; exit 1; }
 
+german=$(env -i HOME="$root/home" PATH=/usr/bin:/bin LANGUAGE=de LANG=de_DE.UTF-8 "$bin" --help)
+grep -q "Mit der Kamera NAME aufnehmen" <<<"$german" || { echo "no German: $german"; exit 1; }
+
 out=$(run "$bin" --screenshot tutorial-1 "$root/home/t1.png" 2>&1)
 if grep -q 'not found' <<<"$out" || [ ! -s "$root/home/t1.png" ]; then
     echo "the installed program did not find its tutorial clips: $out"; exit 1
@@ -42,4 +45,4 @@ if command -v appstreamcli >/dev/null; then
 else
     echo "appstreamcli is missing (package appstream): metainfo not checked"
 fi
-echo "installed under $prefix: runs, records, finds its clips; desktop file and metainfo valid"
+echo "installed under $prefix: runs, records, speaks German, finds its clips; desktop file and metainfo valid"
