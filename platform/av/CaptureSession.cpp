@@ -10,6 +10,7 @@
 #include "platform/av/ZoomFilter.h"
 
 #include <QCoreApplication>
+#include <QMutexLocker>
 #include <QPointer>
 #include <QSize>
 #include <QTimer>
@@ -23,25 +24,23 @@ namespace av {
 
 namespace {
 
-// The outputs one appsink feeds; fixed while the pipeline runs.
-struct Fanout {
-    MediaType type;
-    std::vector<CaptureOutput*> outputs;
-};
-
 GstFlowReturn deliver(GstAppSink* sink, gpointer data) {
-    auto* fanout = static_cast<Fanout*>(data);
+    CaptureSession::Fanout& fanout = **static_cast<std::shared_ptr<CaptureSession::Fanout>*>(data);
     GstSample* sample = gst_app_sink_pull_sample(sink);
     if (!sample)
         return GST_FLOW_EOS;
-    for (CaptureOutput* output : fanout->outputs)
-        output->handleSample(fanout->type, sample);
+    {
+        // Held while delivering, so an output taken off the list is never handed a sample after.
+        QMutexLocker lock(&fanout.mutex);
+        for (CaptureOutput* output : fanout.outputs)
+            output->handleSample(fanout.type, sample);
+    }
     gst_sample_unref(sample);
     return GST_FLOW_OK;
 }
 
 void freeFanout(gpointer data) {
-    delete static_cast<Fanout*>(data);
+    delete static_cast<std::shared_ptr<CaptureSession::Fanout>*>(data);
 }
 
 GstElement* make(const char* factory) {
@@ -49,21 +48,6 @@ GstElement* make(const char* factory) {
     if (!element)
         qFatal("av::CaptureSession: the GStreamer element \"%s\" is missing", factory);
     return element;
-}
-
-GstElement* appSinkFor(MediaType type, const std::vector<CaptureOutput*>& outputs) {
-    auto* fanout = new Fanout{type, {}};
-    for (CaptureOutput* output : outputs)
-        if (output->wantsMedia(type))
-            fanout->outputs.push_back(output);
-    GstElement* sink = make("appsink");
-    // Every output takes a sample without waiting (the preview keeps the latest frame only, the
-    // recording has a queue of its own), so one frame here is all there is to hold.
-    g_object_set(sink, "sync", FALSE, "max-buffers", 1, "drop", TRUE, nullptr);
-    GstAppSinkCallbacks callbacks{};
-    callbacks.new_sample = deliver;
-    gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, fanout, freeFanout);
-    return sink;
 }
 
 QSize presetSize(const QString& preset) {
@@ -151,6 +135,11 @@ void CaptureSession::removeOutput(CaptureOutput* output) {
         output->sessionWillStop();
     sessionOutputs.erase(found);
     output->owner = nullptr;
+    // The running pipeline hands it nothing more from here on, though it runs until the rebuild.
+    for (const std::shared_ptr<Fanout>& fanout : fanouts) {
+        QMutexLocker lock(&fanout->mutex);
+        std::erase(fanout->outputs, output);
+    }
     if (running)
         scheduleRebuild();
 }
@@ -256,7 +245,7 @@ bool CaptureSession::build(std::optional<Error>* problem) {
         GstElement* zoom = ZoomFilter::create("zoom");
         g_object_set(zoom, "follow-capture-time", TRUE, nullptr);
         chain.push_back(zoom);
-        chain.push_back(appSinkFor(MediaType::video, sessionOutputs));
+        chain.push_back(appSinkFor(MediaType::video));
         for (GstElement* element : chain)
             gst_bin_add(bin, element);
         for (size_t i = 1; i < chain.size(); ++i)
@@ -284,7 +273,7 @@ bool CaptureSession::build(std::optional<Error>* problem) {
             audioSource = source;
             audioDevice = microphone;
             GstElement* chain[] = {source, make("audioconvert"), make("audioresample"), filter,
-                                   appSinkFor(MediaType::audio, sessionOutputs)};
+                                   appSinkFor(MediaType::audio)};
             for (GstElement* element : chain)
                 gst_bin_add(bin, element);
             for (size_t i = 1; i < std::size(chain); ++i)
@@ -366,6 +355,24 @@ Error CaptureSession::errorFrom(GstMessage* message) const {
     return result;
 }
 
+GstElement* CaptureSession::appSinkFor(MediaType type) {
+    auto fanout = std::make_shared<Fanout>();
+    fanout->type = type;
+    for (CaptureOutput* output : sessionOutputs)
+        if (output->wantsMedia(type))
+            fanout->outputs.push_back(output);
+    fanouts.push_back(fanout);
+    GstElement* sink = make("appsink");
+    // Every output takes a sample without waiting (the preview keeps the latest frame only, the
+    // recording has a queue of its own), so one frame here is all there is to hold.
+    g_object_set(sink, "sync", FALSE, "max-buffers", 1, "drop", TRUE, nullptr);
+    GstAppSinkCallbacks callbacks{};
+    callbacks.new_sample = deliver;
+    gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks,
+                               new std::shared_ptr<Fanout>(std::move(fanout)), freeFanout);
+    return sink;
+}
+
 void CaptureSession::teardown() {
     for (CaptureOutput* output : sessionOutputs)
         output->sessionWillStop();
@@ -376,6 +383,7 @@ void CaptureSession::teardown() {
         if (auto* deviceInput = qobject_cast<CaptureDeviceInput*>(input))
             deviceInput->device()->detachPipeline();
     pipe.reset();
+    fanouts.clear();
     videoDevice = nullptr;
     videoSource = nullptr;
     audioDevice = nullptr;

@@ -3,7 +3,9 @@
 #include "platform/av/CaptureDeviceFormat.h"
 #include "platform/av/Error.h"
 #include "platform/av/GstHandle.h"
+#include "platform/av/MediaType.h"
 
+#include <QMutex>
 #include <QObject>
 #include <QTimer>
 
@@ -73,8 +75,17 @@ signals:
     // finished first, so what it holds plays), and description says so.
     void microphoneLost(const QString& description);
 
+public:
+    // The outputs one appsink hands its samples to, on the streaming thread.
+    struct Fanout {
+        QMutex mutex;
+        MediaType type = MediaType::video;
+        std::vector<CaptureOutput*> outputs;
+    };
+
 private:
     CaptureDevice* deviceOf(int mediaType) const;
+    GstElement* appSinkFor(MediaType type);
     bool build(std::optional<Error>* problem);
     void teardown();
     void handleBusMessage(GstMessage* message);
@@ -102,6 +113,7 @@ private:
     bool running = false;
     bool rebuildPending = false;
     bool failing = false;
+    std::vector<std::shared_ptr<Fanout>> fanouts; // of the running pipeline
     QTimer busyRetry;
     bool waitingForBusy = false;
 };

@@ -46,18 +46,9 @@ CaptureVideoPreviewLayer::CaptureVideoPreviewLayer(CaptureSession* session, QObj
 }
 
 CaptureVideoPreviewLayer::~CaptureVideoPreviewLayer() {
-    if (captureSession && previewOutput->session() == captureSession) {
-        const bool running = captureSession->isRunning();
+    // Once removed, the running pipeline hands the output nothing more, so it can go at once.
+    if (captureSession && previewOutput->session() == captureSession)
         captureSession->removeOutput(previewOutput);
-        if (running) {
-            // The running pipeline hands frames to the output until the session rebuilds
-            // without it, so it lives until then (or until the session goes).
-            previewOutput->setParent(captureSession);
-            connect(captureSession, &CaptureSession::didStopRunning, previewOutput,
-                    &QObject::deleteLater);
-            return;
-        }
-    }
     delete previewOutput;
 }
 

@@ -1059,6 +1059,9 @@ struct SourceState {
     bool front = false;
     GstClockID pendingWait = nullptr;
     bool flushing = false;
+    // One frame's time at the negotiated rate, for latency queries from any thread; none before
+    // the caps are set.
+    GstClockTime frameDuration = GST_CLOCK_TIME_NONE;
 
     // Streaming thread only (and start/stop, which run while it does not).
     GstVideoInfo info{};
@@ -1163,6 +1166,7 @@ gboolean setCaps(GstBaseSrc* source, GstCaps* caps) {
     {
         ObjectLocker lock(source);
         front = state.front;
+        state.frameDuration = gst_util_uint64_scale_int(GST_SECOND, info.fps_d, info.fps_n);
     }
     state.info = info;
     // The textures are made here, once, rather than on the first frame.
@@ -1209,6 +1213,10 @@ gboolean start(GstBaseSrc* source) {
 
 gboolean stop(GstBaseSrc* source) {
     SourceState& state = *self(source)->state;
+    {
+        ObjectLocker lock(source);
+        state.frameDuration = GST_CLOCK_TIME_NONE;
+    }
     state.renderer.reset();
     state.epoch = GST_CLOCK_TIME_NONE;
     return TRUE;
@@ -1233,12 +1241,17 @@ gboolean unlockStop(GstBaseSrc* source) {
 gboolean query(GstBaseSrc* source, GstQuery* query) {
     SourceState& state = *self(source)->state;
     if (GST_QUERY_TYPE(query) == GST_QUERY_LATENCY) {
-        if (!state.renderer)
+        // Asked from any thread, while the streaming thread may be negotiating: only what the
+        // object lock guards is read.
+        GstClockTime frame;
+        {
+            ObjectLocker lock(source);
+            frame = state.frameDuration;
+        }
+        if (!GST_CLOCK_TIME_IS_VALID(frame))
             return FALSE;
         // A frame is an exposure of one frame time, stamped with its start. Nothing here holds
         // frames back, so there is no upper bound.
-        const GstClockTime frame =
-            gst_util_uint64_scale_int(GST_SECOND, state.info.fps_d, state.info.fps_n);
         gst_query_set_latency(query, TRUE, frame, GST_CLOCK_TIME_NONE);
         return TRUE;
     }

@@ -9,6 +9,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <atomic>
+#include <chrono>
+#include <thread>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -83,6 +87,41 @@ TEST(TakeResources, aTakeLeavesNoThreadOrDescriptorBehind) {
         const Counts now;
         EXPECT_LE(now.threads, warm.threads + 1) << "after take " << next;
         EXPECT_LE(now.descriptors, warm.descriptors + 1) << "after take " << next;
+    }
+    session.stopRunning();
+}
+
+// An output taken off a running session gets no sample once removeOutput has returned, though the
+// old pipeline runs on until the session rebuilds: its owner may delete it at once.
+TEST(SessionOutputs, aRemovedOutputIsHandedNothingMore) {
+    struct Watched : CapturePreviewOutput {
+        void handleSample(MediaType type, GstSample* sample) override {
+            if (removed)
+                ++late;
+            CapturePreviewOutput::handleSample(type, sample);
+        }
+        std::atomic<bool> removed = false;
+        std::atomic<int> late = 0;
+    };
+    VirtualCameraDevice camera(DevicePosition::back);
+    CaptureSession session;
+    session.setSessionPreset(CaptureSession::preset1280x720);
+    session.addInput(new CaptureDeviceInput(&camera));
+    Watched watched;
+    session.addOutput(&watched);
+    session.startRunning();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return watched.framesReceived() > 3; }, 15000));
+    for (int round = 0; round < 3; ++round) {
+        session.removeOutput(&watched);
+        watched.removed = true;
+        // No turn of the event loop: the old pipeline keeps delivering meanwhile.
+        std::this_thread::sleep_for(std::chrono::milliseconds(150));
+        EXPECT_EQ(watched.late, 0) << "round " << round;
+        watched.removed = false;
+        session.addOutput(&watched);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return session.isRunning(); }, 15000));
+        const quint64 before = watched.framesReceived();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return watched.framesReceived() > before + 2; }, 15000));
     }
     session.stopRunning();
 }
