@@ -39,8 +39,10 @@ void CKFPreviewView::setPreviewLayer(av::CaptureVideoPreviewLayer* value) {
     delete std::exchange(layer, value);
     if (layer) {
         layer->setParent(this);
-        connect(layer, &av::CaptureVideoPreviewLayer::needsDisplay, this,
-                qOverload<>(&QWidget::update));
+        connect(layer, &av::CaptureVideoPreviewLayer::needsDisplay, this, [this] {
+            placeGrid();
+            update();
+        });
         setNeedsLayout();
     }
     update();
@@ -128,8 +130,7 @@ void CKFPreviewView::layoutSubviews() {
     layoutPending = false;
     if (layer)
         layer->setFrame(rect());
-    if (grid)
-        grid->setGeometry(rect());
+    placeGrid();
     if (rotates && layer && layer->connection())
         layer->connection()->setVideoOrientation(
             CKFSession::videoOrientation(foundation::Device::current().orientation()));
@@ -152,4 +153,15 @@ void CKFPreviewView::paintEvent(QPaintEvent*) {
         painter.fillRect(rect(), Qt::black);
     if (!picture.isNull())
         painter.drawImage(layer->frame().topLeft(), picture);
+}
+
+void CKFPreviewView::placeGrid() {
+    if (!grid)
+        return;
+    // The thirds of the picture, not of the bars beside it.
+    const QRect picture =
+        layer ? layer->pictureFrame().toAlignedRect().intersected(rect()) : rect();
+    const QRect place = picture.isEmpty() ? rect() : picture;
+    if (grid->geometry() != place)
+        grid->setGeometry(place);
 }

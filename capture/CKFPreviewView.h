@@ -67,6 +67,8 @@ public:
 protected:
     // Fits the layer and the grid to the view, then turns the picture with the device.
     virtual void layoutSubviews();
+    // Lays the thirds grid over the picture itself.
+    void placeGrid();
     void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 

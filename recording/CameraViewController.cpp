@@ -398,8 +398,12 @@ void CameraViewController::setupSession() {
     CKFPreviewView* preview = required(previewView, "previewView");
     preview->setAutorotate(true);
     preview->setSession(session);
-    if (av::CaptureVideoPreviewLayer* layer = preview->previewLayer())
+    if (av::CaptureVideoPreviewLayer* layer = preview->previewLayer()) {
+        // Full screen on a phone held upright over an upright clip; elsewhere (a desktop window,
+        // a landscape clip in a portrait window) the whole recorded picture, with bars.
         layer->setVideoGravity(av::CaptureVideoPreviewLayer::VideoGravity::resizeAspectFill);
+        layer->setFillsOnlyPortraitOverPortrait(true);
+    }
     applySliderZoom();
     updateZoomModeButton();
     updateChangeCamButton();

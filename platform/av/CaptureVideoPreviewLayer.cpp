@@ -65,6 +65,11 @@ void CaptureVideoPreviewLayer::setVideoGravity(VideoGravity value) {
         invalidate();
 }
 
+void CaptureVideoPreviewLayer::setFillsOnlyPortraitOverPortrait(bool value) {
+    if (std::exchange(portraitFillOnly, value) != value)
+        invalidate();
+}
+
 void CaptureVideoPreviewLayer::setFrame(const QRectF& value) {
     if (std::exchange(layerFrame, value) != value)
         invalidate();
@@ -181,9 +186,11 @@ QRectF CaptureVideoPreviewLayer::pictureRect(const QSize& video, int rotationDeg
     const QSizeF turned = rotationDegrees % 180 == 0 ? QSizeF(video) : QSizeF(video).transposed();
     const qreal widthRatio = bounds.width() / turned.width();
     const qreal heightRatio = bounds.height() / turned.height();
-    const qreal factor = gravity == VideoGravity::resizeAspectFill
-                             ? std::max(widthRatio, heightRatio)
-                             : std::min(widthRatio, heightRatio);
+    const bool fills = gravity == VideoGravity::resizeAspectFill &&
+                       (!portraitFillOnly ||
+                        (bounds.height() > bounds.width() && turned.height() > turned.width()));
+    const qreal factor =
+        fills ? std::max(widthRatio, heightRatio) : std::min(widthRatio, heightRatio);
     const QSizeF shown = turned * factor;
     return QRectF(
         QPointF((bounds.width() - shown.width()) / 2, (bounds.height() - shown.height()) / 2),
@@ -207,6 +214,11 @@ QImage CaptureVideoPreviewLayer::contents() {
         shownTimestamp = GST_BUFFER_PTS(gst_sample_get_buffer(current.get()));
     }
     return picture;
+}
+
+QRectF CaptureVideoPreviewLayer::pictureFrame() const {
+    const int rotation = connection() ? connection()->rotationDegrees() : 0;
+    return pictureRect(videoSize(), rotation).translated(layerFrame.topLeft());
 }
 
 QPointF CaptureVideoPreviewLayer::captureDevicePointOfInterestForPoint(const QPointF& point) const {

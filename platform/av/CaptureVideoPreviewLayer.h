@@ -43,6 +43,12 @@ public:
     VideoGravity videoGravity() const { return gravity; }
     void setVideoGravity(VideoGravity value);
 
+    // With resizeAspectFill: fill only when both the frame and the turned picture are portrait (a
+    // phone held upright over an upright clip); any other pair is fitted with bars, so the view
+    // shows all that is recorded. Off until set.
+    bool fillsOnlyPortraitOverPortrait() const { return portraitFillOnly; }
+    void setFillsOnlyPortraitOverPortrait(bool value);
+
     // Where the layer lies in its owner's coordinates.
     QRectF frame() const { return layerFrame; }
     void setFrame(const QRectF& value);
@@ -59,6 +65,10 @@ public:
     quint64 framesDisplayed() const { return displayed; }
     // Frames whose picture the worker drew, so that the owner's thread did not have to.
     quint64 framesConvertedInBackground() const { return convertedInBackground; }
+
+    // Where the picture lies in the owner's coordinates (inside the frame, or past it when it
+    // fills); the frame itself before the picture's size is known.
+    QRectF pictureFrame() const;
 
     // A point of the layer (its own coordinates: (0, 0) at the frame's top left) as a point of the
     // camera's picture, from (0, 0) top left to (1, 1) bottom right of the unturned frame,
@@ -92,6 +102,7 @@ private:
     QPointer<CaptureSession> captureSession;
     CapturePreviewOutput* previewOutput;
     VideoGravity gravity = VideoGravity::resizeAspect;
+    bool portraitFillOnly = false;
     QRectF layerFrame;
     qreal scale = 1.0;
 
