@@ -72,13 +72,18 @@ bool VideoFrameConverter::convert(GstSample* sample, const QSize& imageSize, con
         return true;
     }
 
+    const int rotation = ((rotationDegrees % 360) + 360) % 360;
+    if (rotation == 0 && scaleSmoothly(&frame, target, QRect(x0, y0, x1 - x0, y1 - y0), image)) {
+        gst_video_frame_unmap(&frame);
+        return true;
+    }
+
     prepareCoefficients(info.colorimetry);
     const int sourceWidth = GST_VIDEO_FRAME_WIDTH(&frame);
     const int sourceHeight = GST_VIDEO_FRAME_HEIGHT(&frame);
     const int strideY = GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 0);
     const int strideU = GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 1);
     const int strideV = GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 2);
-    const int rotation = ((rotationDegrees % 360) + 360) % 360;
     // A quarter turn makes each output row a source column: the row picks the column, the
     // output column picks the source row.
     const bool quarter = rotation == 90 || rotation == 270;
@@ -154,6 +159,72 @@ bool VideoFrameConverter::convert(GstSample* sample, const QSize& imageSize, con
     }
     gst_video_frame_unmap(&frame);
     return true;
+}
+
+bool VideoFrameConverter::scaleSmoothly(GstVideoFrame* frame, const QRectF& target,
+                                        const QRect& shown, QImage* image) {
+    const int sourceWidth = GST_VIDEO_FRAME_WIDTH(frame);
+    const int sourceHeight = GST_VIDEO_FRAME_HEIGHT(frame);
+    // The part of the source that lands in the shown pixels (all of it unless the picture fills
+    // the image past its edges).
+    const double left = (shown.left() - target.left()) / target.width() * sourceWidth;
+    const double top = (shown.top() - target.top()) / target.height() * sourceHeight;
+    const double right = (shown.right() + 1 - target.left()) / target.width() * sourceWidth;
+    const double bottom = (shown.bottom() + 1 - target.top()) / target.height() * sourceHeight;
+    const int sx = std::clamp(int(std::lround(left)), 0, sourceWidth - 1);
+    const int sy = std::clamp(int(std::lround(top)), 0, sourceHeight - 1);
+    const int sw = std::clamp(int(std::lround(right)), sx + 1, sourceWidth) - sx;
+    const int sh = std::clamp(int(std::lround(bottom)), sy + 1, sourceHeight) - sy;
+
+    GstVideoInfo out;
+    gst_video_info_set_format(&out, GST_VIDEO_FORMAT_BGRx, guint(image->width()),
+                              guint(image->height()));
+    if (GST_VIDEO_INFO_PLANE_STRIDE(&out, 0) != image->bytesPerLine())
+        return false;
+    // The converter changes format and size only; the rest must match the frame.
+    out.fps_n = frame->info.fps_n;
+    out.fps_d = frame->info.fps_d;
+    out.interlace_mode = frame->info.interlace_mode;
+    const SmoothKey key{GST_VIDEO_INFO_WIDTH(&frame->info),
+                        GST_VIDEO_INFO_HEIGHT(&frame->info),
+                        frame->info.colorimetry.matrix,
+                        frame->info.colorimetry.range,
+                        image->size(),
+                        QRect(sx, sy, sw, sh),
+                        shown};
+    if (!smooth || !(smoothKey == key)) {
+        smooth.reset();
+        GstStructure* config = gst_structure_new(
+            "GstVideoConverter", GST_VIDEO_CONVERTER_OPT_SRC_X, G_TYPE_INT, sx,
+            GST_VIDEO_CONVERTER_OPT_SRC_Y, G_TYPE_INT, sy, GST_VIDEO_CONVERTER_OPT_SRC_WIDTH,
+            G_TYPE_INT, sw, GST_VIDEO_CONVERTER_OPT_SRC_HEIGHT, G_TYPE_INT, sh,
+            GST_VIDEO_CONVERTER_OPT_DEST_X, G_TYPE_INT, shown.x(), GST_VIDEO_CONVERTER_OPT_DEST_Y,
+            G_TYPE_INT, shown.y(), GST_VIDEO_CONVERTER_OPT_DEST_WIDTH, G_TYPE_INT, shown.width(),
+            GST_VIDEO_CONVERTER_OPT_DEST_HEIGHT, G_TYPE_INT, shown.height(),
+            GST_VIDEO_CONVERTER_OPT_RESAMPLER_METHOD, GST_TYPE_VIDEO_RESAMPLER_METHOD,
+            GST_VIDEO_RESAMPLER_METHOD_LINEAR, GST_VIDEO_RESAMPLER_OPT_MAX_TAPS, G_TYPE_INT, 2,
+            GST_VIDEO_CONVERTER_OPT_FILL_BORDER, G_TYPE_BOOLEAN,
+            FALSE, GST_VIDEO_CONVERTER_OPT_DITHER_METHOD, GST_TYPE_VIDEO_DITHER_METHOD,
+            GST_VIDEO_DITHER_NONE, GST_VIDEO_CONVERTER_OPT_THREADS, G_TYPE_UINT, 1u, nullptr);
+        GstVideoConverter* made = gst_video_converter_new(&frame->info, &out, config);
+        if (!made)
+            return false;
+        smooth.reset(made);
+        smoothKey = key;
+    }
+    // The image's own memory, lent to GStreamer for the length of the conversion.
+    uchar* bits = image->bits();
+    GstBuffer* wrapped =
+        gst_buffer_new_wrapped_full(GstMemoryFlags(0), bits, gsize(image->sizeInBytes()), 0,
+                                    gsize(image->sizeInBytes()), nullptr, nullptr);
+    GstVideoFrame target_frame;
+    const bool mapped = gst_video_frame_map(&target_frame, &out, wrapped, GST_MAP_WRITE);
+    if (mapped) {
+        gst_video_converter_frame(smooth.get(), frame, &target_frame);
+        gst_video_frame_unmap(&target_frame);
+    }
+    gst_buffer_unref(wrapped);
+    return mapped;
 }
 
 } // namespace av

@@ -7,13 +7,15 @@
 #include <gst/video/video.h>
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace av {
 
-// Turns a camera frame (I420) into an RGB picture of the size it is shown at: only the pixels
-// that land in the picture are read, each output pixel from its nearest source pixel, so a
-// cropped, downscaled preview costs in proportion to the view, not to the frame.
+// Turns a camera frame (I420) into an RGB picture of the size it is shown at. Upright pictures are
+// scaled with GStreamer's converter, filtering linearly (no aliasing on a downscaled preview);
+// turned ones read, for each output pixel, its nearest source pixel. Either way only the part of
+// the frame that lands in the picture is read.
 class VideoFrameConverter {
 public:
     // Draws the frame into an RGB32 image of imageSize, turned clockwise by rotationDegrees (0,
@@ -24,6 +26,22 @@ public:
                  int rotationDegrees, QImage* image);
 
 private:
+    bool scaleSmoothly(GstVideoFrame* frame, const QRectF& target, const QRect& shown,
+                       QImage* image);
+    struct SmoothKey {
+        int width = 0, height = 0;
+        GstVideoColorMatrix matrix = GST_VIDEO_COLOR_MATRIX_UNKNOWN;
+        GstVideoColorRange range = GST_VIDEO_COLOR_RANGE_UNKNOWN;
+        QSize image;
+        QRect source, shown;
+        bool operator==(const SmoothKey&) const = default;
+    };
+    struct FreeConverter {
+        void operator()(GstVideoConverter* converter) const { gst_video_converter_free(converter); }
+    };
+    std::unique_ptr<GstVideoConverter, FreeConverter> smooth;
+    SmoothKey smoothKey;
+
     // Levels out per level in, in 1/65536.
     struct Coefficients {
         GstVideoColorMatrix matrix = GST_VIDEO_COLOR_MATRIX_UNKNOWN;

@@ -50,11 +50,13 @@ GstHandle<GstSample> frameOf(int width, int height, const char* colorimetry,
                                 GstRef::adopt);
 }
 
+// Within 6 levels of 255: GStreamer's converter works with 8-bit coefficients. A wrong matrix or
+// range is off by tens of levels, so this still tells them apart.
 void expectColour(QRgb actual, QColor expected, const std::string& what) {
     const QColor colour = QColor::fromRgb(actual);
-    EXPECT_NEAR(colour.red(), expected.red(), 3) << what;
-    EXPECT_NEAR(colour.green(), expected.green(), 3) << what;
-    EXPECT_NEAR(colour.blue(), expected.blue(), 3) << what;
+    EXPECT_NEAR(colour.red(), expected.red(), 6) << what;
+    EXPECT_NEAR(colour.green(), expected.green(), 6) << what;
+    EXPECT_NEAR(colour.blue(), expected.blue(), 6) << what;
 }
 
 TEST(VideoFrameConverter, coloursFollowTheFramesMatrixAndRange) {
@@ -155,14 +157,17 @@ TEST_F(Layer, fittedPicturesHaveBarsAndFilledOnesNone) {
     layer.setVideoGravity(Gravity::resizeAspect);
     QImage picture = layer.contents();
     // 100 x 56.25 in the middle.
+    const auto white = [](const QImage& image, int x, int y) {
+        return QColor(image.pixel(x, y)).lightness() >= 245;
+    };
     EXPECT_EQ(picture.pixelColor(50, 20), QColor(Qt::black));
-    EXPECT_EQ(picture.pixelColor(50, 22), QColor(Qt::white));
-    EXPECT_EQ(picture.pixelColor(50, 77), QColor(Qt::white));
+    EXPECT_TRUE(white(picture, 50, 22));
+    EXPECT_TRUE(white(picture, 50, 77));
     EXPECT_EQ(picture.pixelColor(50, 79), QColor(Qt::black));
     layer.setVideoGravity(Gravity::resizeAspectFill);
     picture = layer.contents();
-    EXPECT_EQ(picture.pixelColor(0, 0), QColor(Qt::white));
-    EXPECT_EQ(picture.pixelColor(99, 99), QColor(Qt::white));
+    EXPECT_TRUE(white(picture, 0, 0));
+    EXPECT_TRUE(white(picture, 99, 99));
 
     // On a denser screen the picture has the screen's pixels, drawn at the same size.
     layer.setContentsScale(2);
