@@ -1,11 +1,13 @@
+#include "platform/av/CaptureSession.h"
 #include "platform/av/CaptureDeviceInput.h"
 #include "platform/av/CaptureMovieFileOutput.h"
 #include "platform/av/CapturePreviewOutput.h"
-#include "platform/av/CaptureSession.h"
 #include "platform/av/VirtualCameraDevice.h"
 #include "platform/av/VirtualMicrophoneDevice.h"
 
 #include <QDir>
+#include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -40,23 +42,34 @@ struct Finish : CaptureMovieFileOutput::RecordingDelegate {
     std::optional<Error> error;
 };
 
+// A running session on the virtual camera and microphone with a preview and a movie output.
+struct Running {
+    Running() {
+        session.setSessionPreset(CaptureSession::preset1280x720);
+        session.addInput(new CaptureDeviceInput(&camera));
+        session.addInput(new CaptureDeviceInput(&microphone));
+        session.addOutput(&preview);
+        session.addOutput(&movie);
+        session.startRunning();
+    }
+    ~Running() { session.stopRunning(); }
+    VirtualCameraDevice camera{DevicePosition::back};
+    VirtualMicrophoneDevice microphone;
+    CaptureSession session;
+    CapturePreviewOutput preview;
+    CaptureMovieFileOutput movie;
+};
+
 // A take that kept its pipeline would keep its streaming and encoder threads and the movie's
 // open file, so the process's own thread and descriptor counts tell whether one was left behind.
 // The first take warms GStreamer's and Qt's thread pools; from then on the counts must hold.
 TEST(TakeResources, aTakeLeavesNoThreadOrDescriptorBehind) {
     QTemporaryDir folder;
     ASSERT_TRUE(folder.isValid());
-    VirtualCameraDevice camera(DevicePosition::back);
-    VirtualMicrophoneDevice microphone;
-    CaptureSession session;
-    session.setSessionPreset(CaptureSession::preset1280x720);
-    session.addInput(new CaptureDeviceInput(&camera));
-    session.addInput(new CaptureDeviceInput(&microphone));
-    CapturePreviewOutput preview;
-    CaptureMovieFileOutput movie;
-    session.addOutput(&preview);
-    session.addOutput(&movie);
-    session.startRunning();
+    Running running;
+    CaptureSession& session = running.session;
+    CapturePreviewOutput& preview = running.preview;
+    CaptureMovieFileOutput& movie = running.movie;
     ASSERT_TRUE(session.isRunning());
     ASSERT_TRUE(QTest::qWaitFor([&] { return preview.framesReceived() > 5; }, 15000));
 
@@ -124,6 +137,47 @@ TEST(SessionOutputs, aRemovedOutputIsHandedNothingMore) {
         ASSERT_TRUE(QTest::qWaitFor([&] { return watched.framesReceived() > before + 2; }, 15000));
     }
     session.stopRunning();
+}
+
+// A headset unplugged mid-take: the take so far is finished into a playable file, the user is
+// told, and the camera goes on without sound instead of the whole session stopping.
+TEST(MicrophoneLoss, theTakeSoFarIsKeptAndThePictureGoesOnWithoutSound) {
+    QTemporaryDir folder;
+    ASSERT_TRUE(folder.isValid());
+    Running running;
+    CaptureSession& session = running.session;
+    CapturePreviewOutput& preview = running.preview;
+    VirtualMicrophoneDevice& microphone = running.microphone;
+    QString said;
+    int errors = 0;
+    QObject::connect(&session, &CaptureSession::microphoneLost,
+                     [&](const QString& description) { said = description; });
+    QObject::connect(&session, &CaptureSession::runtimeError, [&](const Error&) { ++errors; });
+    ASSERT_TRUE(session.isRunning());
+
+    const QString file = folder.filePath(QStringLiteral("take.mov"));
+    Finish delegate;
+    ASSERT_TRUE(running.movie.startRecordingToOutputFileURL(QUrl::fromLocalFile(file), &delegate));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.starts == 1; }, 15000));
+    QTest::qWait(500);
+    microphone.setDisconnected();
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.finishes == 1; }, 15000));
+    EXPECT_TRUE(said.contains(microphone.localizedName())) << said.toStdString();
+    EXPECT_EQ(errors, 0);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return session.isRunning(); }, 15000));
+    const quint64 frames = preview.framesReceived();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return preview.framesReceived() > frames + 5; }, 15000));
+    for (CaptureInput* input : session.inputs())
+        EXPECT_NE(qobject_cast<CaptureDeviceInput*>(input)->device(), &microphone);
+
+    const QString probe = QStandardPaths::findExecutable(QStringLiteral("gst-discoverer-1.0"));
+    if (!probe.isEmpty()) {
+        QProcess discoverer;
+        discoverer.start(probe, {QUrl::fromLocalFile(file).toString()});
+        ASSERT_TRUE(discoverer.waitForFinished(30000));
+        EXPECT_TRUE(discoverer.readAllStandardOutput().contains("video")) << "the clip plays";
+    }
 }
 
 } // namespace
