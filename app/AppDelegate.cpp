@@ -1,11 +1,15 @@
 #include "app/AppDelegate.h"
 
+#include "onboarding/TutorialViewController.h"
+
+#include "platform/foundation/PreferenceSchema.h"
 #include "platform/foundation/Preferences.h"
 #include "platform/ui/Application.h"
 #include "platform/ui/Storyboard.h"
 #include "platform/ui/ViewController.h"
 #include "platform/ui/Window.h"
 #include "rating/AppRating.h"
+#include "recording/CameraViewController.h"
 
 #include <memory>
 
@@ -36,18 +40,17 @@ void AppDelegate::runLaunchSequence(bool showTutorial) {
     // The plain assignment, not the checked setter: the launch value wins over the default.
     AppRating::daysUntilPrompt = 3;
 
-    const bool tutorialShowed =
-        !showTutorial && foundation::Preferences::standard().boolForKey("tutorialShowed");
+    const bool tutorialShowed = !showTutorial && foundation::Preferences::standard().boolForKey(
+                                                     foundation::PreferenceSchema::tutorialShowed);
     const ui::Storyboard storyboard(QStringLiteral("Main"));
-    const char* required = tutorialShowed ? "CameraViewController" : "TutorialViewController";
     // A build without the tutorial's scene starts on the recording screen rather than on an
     // empty window.
-    if (!tutorialShowed && !storyboard.contains(QString::fromLatin1(required)))
-        required = "CameraViewController";
-
+    const bool tutorial = !tutorialShowed && storyboard.contains<TutorialViewController>();
     std::unique_ptr<ui::ViewController> controller(
-        storyboard.instantiate(QString::fromLatin1(required)));
-    if (!controller || !controller->inherits(required) || !mainWindow)
+        tutorial
+            ? static_cast<ui::ViewController*>(storyboard.instantiate<TutorialViewController>())
+            : storyboard.instantiate<CameraViewController>());
+    if (!controller || !mainWindow)
         return;
     mainWindow->setRootViewController(controller.release());
 }

@@ -154,9 +154,9 @@ std::optional<double> CommandLine::parseNumber(const QString& text) {
     return value;
 }
 
-double CommandLine::highestZoom(int videoMode) {
+double CommandLine::highestZoom(VideoMode videoMode) {
     // The screen's own limit for the format, so a run is refused before the camera starts.
-    const double height = CameraViewController::videoFormats[videoMode].height;
+    const double height = CameraViewController::videoFormat(videoMode).height;
     return std::clamp(height / CameraViewController::fewestSharpLines, 1.0,
                       CameraViewController::maximumZoom);
 }
@@ -182,7 +182,7 @@ std::optional<RecordDemo::Options> CommandLine::recordOptions(QString* problem) 
                                   QStringLiteral("4k")};
         if (!formats.contains(format))
             return fail(qtTrId("cli_format_takes_hd_hd").arg(parser.value(formatOption)));
-        options.videoMode = int(formats.indexOf(format));
+        options.videoMode = VideoMode(formats.indexOf(format));
     }
     if (parser.isSet(zoomOption)) {
         const double highest = highestZoom(options.videoMode);
@@ -191,7 +191,7 @@ std::optional<RecordDemo::Options> CommandLine::recordOptions(QString* problem) 
             return fail(qtTrId("cli_zoom_takes_zoom_flat")
                             .arg(highest)
                             .arg(QString::fromLatin1(
-                                CameraViewController::videoFormats[options.videoMode].title))
+                                CameraViewController::videoFormat(options.videoMode).title))
                             .arg(parser.value(zoomOption)));
         options.zoom = *zoom;
     }

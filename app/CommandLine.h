@@ -40,7 +40,7 @@ public:
     // Reads "2.5" and "2,5" alike, whatever the locale.
     static std::optional<double> parseNumber(const QString& text);
     // The highest start zoom of a format (a row of the screen's format table).
-    static double highestZoom(int videoMode);
+    static double highestZoom(VideoMode videoMode);
 
     // Whether the arguments ask for a screenshot or the headless recording, which draw offscreen
     // even on a desktop; answered before the application (and its display) is set up.

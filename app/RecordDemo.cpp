@@ -269,9 +269,10 @@ int RecordDemo::run(const Options& options) {
     foundation::Preferences::resetStandardForTesting();
     foundation::Preferences& defaults = foundation::Preferences::standard();
     defaults.setFloat(foundation::PreferenceSchema::zoomDuration, float(options.duration));
-    defaults.setInteger(foundation::PreferenceSchema::zoomMode, options.zoomIn ? 1 : 0);
+    defaults.setInteger(foundation::PreferenceSchema::zoomMode,
+                        int(options.zoomIn ? ZoomMode::zoomIn : ZoomMode::zoomOut));
     // The screen runs the stored format from the camera's start, as at every launch.
-    defaults.setInteger(foundation::PreferenceSchema::videoMode, options.videoMode);
+    defaults.setInteger(foundation::PreferenceSchema::videoMode, int(options.videoMode));
 
     // The run prints where its clip is; there is nobody to watch it loop.
     ui::Storyboard::unregisterFactory(QStringLiteral("Main"),
@@ -302,13 +303,14 @@ int RecordDemo::run(const Options& options) {
     CKFVideoSession* session = screen->videoSession();
     // A camera without the format runs its nearest one: HD's stand-in is recorded (the first line
     // says which), a missing HD60 or 4K is refused.
-    if (options.videoMode != 0 && !screen->formatChoicesOffered().exact[options.videoMode]) {
+    if (options.videoMode != VideoMode::hd &&
+        !screen->formatChoicesOffered().exact[int(options.videoMode)]) {
         QStringList offered;
         for (const CameraViewController::OfferedFormat& format : screen->offeredFormats())
             offered << format.title;
         err() << qtTrId("rec_camera_has_no_records")
                      .arg(QString::fromLatin1(
-                              CameraViewController::videoFormats[options.videoMode].title),
+                              CameraViewController::videoFormat(options.videoMode).title),
                           offered.join(QStringLiteral(", ")))
               << Qt::endl;
         return 2;
@@ -342,11 +344,8 @@ int RecordDemo::run(const Options& options) {
     slider->sendActions(ui::Control::valueChanged);
 
     ZoomLog zoomLog;
-    GstElement* pipeline = session->session()->pipeline();
-    if (GstElement* stage = pipeline ? gst_bin_get_by_name(GST_BIN(pipeline), "zoom") : nullptr) {
+    if (GstElement* stage = session->cameraDevice()->zoomStage())
         zoomLog.attach(stage);
-        gst_object_unref(stage);
-    }
 
     QUrl clip;
     QObject::connect(screen, &CameraViewController::clipFinished,

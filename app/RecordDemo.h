@@ -1,5 +1,7 @@
 #pragma once
 
+#include "recording/RecordingModes.h"
+
 #include <QString>
 
 // Records one dolly-zoom clip without a display: the real recording screen runs offscreen, the
@@ -15,8 +17,7 @@ public:
         int duration = 5;
         double zoom = 3.0;
         bool zoomIn = false;
-        // The row of the screen's format table: 0 HD, 1 HD60, 2 4K.
-        int videoMode = 0;
+        VideoMode videoMode = VideoMode::hd;
         // Empty: a new "Tessaro Demo" file in the documents folder.
         QString output;
         // As --camera names it: a picture ("file:PATH") or the virtual camera lets the run tell

@@ -126,7 +126,8 @@ void presentRatingDialog(CameraViewController* screen, CameraScene what) {
 ScreenshotRenderer::Scene cameraScreen(const QSize& size, CameraScene what) {
     usePrivateFolders();
     if (what == CameraScene::zoomIn)
-        foundation::Preferences::standard().setInteger(foundation::PreferenceSchema::zoomMode, 1);
+        foundation::Preferences::standard().setInteger(foundation::PreferenceSchema::zoomMode,
+                                                       int(ZoomMode::zoomIn));
     auto window = std::make_unique<ui::Window>();
     auto* screen = new CameraViewController;
     window->setRootViewController(screen);

@@ -261,7 +261,7 @@ void TutorialViewController::start(ui::Control*) {
     ui::ViewController* camera =
         ui::Storyboard(QStringLiteral("Main")).instantiate(QStringLiteral("CameraViewController"));
     ui::Window* window = ui::Window::keyWindow();
-    if (!camera || !camera->inherits("CameraViewController") || !window) {
+    if (!camera || !window) {
         delete camera;
         return;
     }

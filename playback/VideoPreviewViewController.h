@@ -22,15 +22,13 @@ class Label;
 // renamed here.
 class VideoPreviewViewController : public ui::ViewController {
     Q_OBJECT
-    // Set by name by the recording screen, which does not link this layer.
-    Q_PROPERTY(QObject* cameraVC READ cameraVCObject WRITE setCameraVCObject)
-    Q_PROPERTY(QUrl videoURL READ videoURLValue WRITE setVideoURL)
 
 public:
     explicit VideoPreviewViewController(QObject* parent = nullptr);
     ~VideoPreviewViewController() override;
 
-    // The screen that presented the preview; the rating prompt goes there after a save.
+    // The screen that presented the preview; the rating prompt goes there after a save. Any
+    // screen: this layer knows none of the others.
     QPointer<ui::ViewController> cameraVC;
     // The clip; empty: nothing plays and share does nothing.
     QUrl videoURL;
@@ -61,11 +59,6 @@ public:
                                                   const QString& path, const QString& error);
 
     bool prefersStatusBarHidden() const override { return true; }
-
-    QObject* cameraVCObject() const { return cameraVC; }
-    void setCameraVCObject(QObject* value) { cameraVC = qobject_cast<ui::ViewController*>(value); }
-    QUrl videoURLValue() const { return videoURL; }
-    void setVideoURL(const QUrl& value) { videoURL = value; }
 
 protected:
     void loadView() override;

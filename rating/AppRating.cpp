@@ -229,12 +229,10 @@ void AppRating::promptRateUsIfNeeded(ui::ViewController* controller) {
 void AppRating::promptRateUs(ui::ViewController* controller) {
     if (!controller)
         qFatal("AppRating::promptRateUs: no controller to present the rating dialog from");
-    const QString identifier = QStringLiteral("RateAppFirstViewController");
-    ui::ViewController* made = ui::Storyboard(QStringLiteral("Main")).instantiate(identifier);
-    auto* dialog = qobject_cast<RateAppFirstViewController*>(made);
+    auto* dialog = ui::Storyboard(QStringLiteral("Main")).instantiate<RateAppFirstViewController>();
     if (!dialog)
-        qFatal("AppRating::promptRateUs: the storyboard \"Main\" has no %s scene",
-               qPrintable(identifier));
+        qFatal(
+            "AppRating::promptRateUs: the storyboard \"Main\" has no RateAppFirstViewController");
     // The screen asking stays visible, dimmed, under the card.
     dialog->setModalPresentationStyle(ui::ModalPresentationStyle::overCurrentContext);
     controller->present(dialog, false);

@@ -3,6 +3,8 @@
 #include "platform/foundation/Strings.h"
 #include "platform/ui/Label.h"
 #include "platform/ui/Storyboard.h"
+#include "rating/RateAppLikedViewController.h"
+#include "rating/RateAppMailViewController.h"
 
 RateAppFirstViewController::RateAppFirstViewController(QObject* parent)
     : RateAppDialogViewController({"RateAppFirstFirstLabel", nullptr, "RateAppFirstThirdLabel"},
@@ -18,22 +20,14 @@ void RateAppFirstViewController::loadView() {
               [this](ui::Control* sender) { showSendMeEmail(sender); });
 }
 
-void RateAppFirstViewController::showRateMeNow(ui::Control*) {
-    replaceBy("RateAppLikedViewController");
-}
-
-void RateAppFirstViewController::showSendMeEmail(ui::Control*) {
-    replaceBy("RateAppMailViewController");
-}
-
-void RateAppFirstViewController::replaceBy(const char* identifier) {
+template <class Next> void RateAppFirstViewController::replaceBy() {
     // A second answer while the first one is leaving would show two dialogs.
     if (isBeingDismissed())
         return;
-    ui::ViewController* next =
-        ui::Storyboard(QStringLiteral("Main")).instantiate(QString::fromLatin1(identifier));
-    if (!next || !next->inherits(identifier))
-        qFatal("RateAppFirstViewController: the storyboard \"Main\" has no %s scene", identifier);
+    ui::ViewController* next = ui::Storyboard(QStringLiteral("Main")).instantiate<Next>();
+    if (!next)
+        qFatal("RateAppFirstViewController: the storyboard \"Main\" has no %s scene",
+               Next::staticMetaObject.className());
     // Owned by this dialog until shown, so it goes with it when there is nobody to show it.
     next->setParent(this);
     QPointer<ui::ViewController> presenter = presentingViewController();
@@ -45,4 +39,12 @@ void RateAppFirstViewController::replaceBy(const char* identifier) {
         if (presenter)
             presenter->present(target, true);
     });
+}
+
+void RateAppFirstViewController::showRateMeNow(ui::Control*) {
+    replaceBy<RateAppLikedViewController>();
+}
+
+void RateAppFirstViewController::showSendMeEmail(ui::Control*) {
+    replaceBy<RateAppMailViewController>();
 }

@@ -20,5 +20,5 @@ protected:
     void loadView() override;
 
 private:
-    void replaceBy(const char* identifier);
+    template <class Next> void replaceBy();
 };

@@ -18,10 +18,11 @@
 #include "platform/ui/Storyboard.h"
 #include "platform/ui/View.h"
 #include "platform/ui/ViewAnimation.h"
+#include "playback/VideoPreviewViewController.h"
 #include "recording/CameraButton.h"
+#include "recording/ChoseDurationViewController.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QEvent>
 #include <QPainter>
 #include <QShortcut>
@@ -37,7 +38,6 @@ const QString zoomDurationKey = QString::fromLatin1(foundation::PreferenceSchema
 const QString videoModeKey = QString::fromLatin1(foundation::PreferenceSchema::videoMode);
 
 constexpr double fadeDuration = 0.15;
-constexpr qint64 tickNanoseconds = 10'000'000;
 constexpr int topRowHeight = 56;
 constexpr int topButtonSide = 44;
 constexpr int columnWidth = 440;
@@ -49,15 +49,6 @@ constexpr int resumedCheckMilliseconds = 1000;
 
 foundation::Preferences& defaults() {
     return foundation::Preferences::standard();
-}
-
-// The whole seconds of a duration; a value no integer holds is a programming error.
-qint64 wholeSeconds(float seconds, const char* where) {
-    if (!std::isfinite(seconds) || seconds >= 9.2233720368547758e18f ||
-        seconds < -9.2233720368547758e18f)
-        qFatal("CameraViewController::%s: \"zoomDuration\" %g is not a number of seconds", where,
-               double(seconds));
-    return qint64(seconds);
 }
 
 // Stops a ramp's ticks; the timer goes once its current tick has returned.
@@ -154,7 +145,7 @@ void CameraViewController::loadView() {
     gridButton = topButton(root, "gridButton");
     flashButton = topButton(root, "flashButton");
     hdButton = topButton(root, "hdButton");
-    hdButton->setTitle(QString::fromLatin1(videoFormats[0].title));
+    hdButton->setTitle(QString::fromLatin1(videoFormat(VideoMode::hd).title));
     durationButton->setTitle(QStringLiteral("5s"));
     gridButton->setImage(foundation::Bundle::main().image(QStringLiteral("Grid")));
     flashButton->setImage(foundation::Bundle::main().image(QStringLiteral("FlashA")));
@@ -255,67 +246,85 @@ bool CameraViewController::eventFilter(QObject* watched, QEvent* event) {
     return ui::ViewController::eventFilter(watched, event);
 }
 
-void CameraViewController::layoutControls() {
-    QWidget* root = view();
-    const int width = root->width();
-    const int height = root->height();
-    if (previewView)
-        previewView->setGeometry(root->rect());
-
-    // The controls keep a phone's column, centred in a wide window.
+CameraViewController::ControlGeometry
+CameraViewController::controlGeometry(QSize window, int topButtons, int recordingTimerWidth) {
+    const int width = window.width();
+    const int height = window.height();
+    ControlGeometry geometry;
+    geometry.window = window;
     const int column = std::min(width, columnWidth);
     const int left = (width - column) / 2;
 
-    if (topScrim)
-        topScrim->setGeometry(0, 0, width, topRowHeight + 40);
-    if (bottomScrim)
-        bottomScrim->setGeometry(0, height - 260, width, 260);
+    geometry.topScrim = QRect(0, 0, width, topRowHeight + 40);
+    geometry.bottomScrim = QRect(0, height - 260, width, 260);
 
+    const int rowWidth = std::min(width, columnWidth + 80) - 2 * margin;
+    const int rowLeft = (width - rowWidth) / 2;
+    const double gap =
+        topButtons > 1 ? double(rowWidth - topButtonSide) / double(topButtons - 1) : 0.0;
+    for (int i = 0; i < topButtons; ++i) {
+        const int x = topButtons > 1 ? rowLeft + int(std::lround(gap * double(i)))
+                                     : (width - topButtonSide) / 2;
+        geometry.topRow.emplace_back(x, (topRowHeight - topButtonSide) / 2 + 6, topButtonSide,
+                                     topButtonSide);
+    }
+    geometry.recordingTimer = QPoint((width - recordingTimerWidth) / 2, topRowHeight + 10);
+
+    int y = height - 32 - CameraButton::side;
+    geometry.cameraButton =
+        QRect((width - CameraButton::side) / 2, y, CameraButton::side, CameraButton::side);
+    y -= 20 + 36;
+    geometry.zoomSlider = QRect(left + margin + 44, y, column - 2 * margin - 88, 36);
+    geometry.zoomValueLabel = QRect(left + margin, y, 44, 36);
+    y -= 6 + 40;
+    geometry.cameraInfoLabel = QRect(left + margin, y, column - 2 * margin, 40);
+    y -= 34;
+    geometry.zoomInfoLabel = QRect(left + margin, y, column - 2 * margin, 34);
+    geometry.statusWidth = std::min(column - 2 * margin, 340);
+    return geometry;
+}
+
+QRect CameraViewController::ControlGeometry::status(int textHeight) const {
+    return QRect((window.width() - statusWidth) / 2, (window.height() - textHeight) / 2 - 40,
+                 statusWidth, std::max(textHeight, 48));
+}
+
+void CameraViewController::layoutControls() {
+    QWidget* root = view();
     std::vector<QWidget*> row;
     for (const QPointer<ui::Button>& button :
          {changeCamButton, zoomInButton, durationButton, gridButton, flashButton, hdButton})
         if (button && !button->isHidden())
             row.push_back(button);
-    if (!row.empty()) {
-        const int rowWidth = std::min(width, columnWidth + 80) - 2 * margin;
-        const int rowLeft = (width - rowWidth) / 2;
-        const double gap =
-            row.size() > 1 ? double(rowWidth - topButtonSide) / double(row.size() - 1) : 0.0;
-        for (size_t i = 0; i < row.size(); ++i) {
-            const int x = row.size() > 1 ? rowLeft + int(std::lround(gap * double(i)))
-                                         : (width - topButtonSide) / 2;
-            row[i]->setGeometry(x, (topRowHeight - topButtonSide) / 2 + 6, topButtonSide,
-                                topButtonSide);
-        }
-    }
+    const ControlGeometry geometry = controlGeometry(
+        root->size(), int(row.size()), recordingTimerView ? recordingTimerView->width() : 0);
+
+    if (previewView)
+        previewView->setGeometry(root->rect());
+    if (topScrim)
+        topScrim->setGeometry(geometry.topScrim);
+    if (bottomScrim)
+        bottomScrim->setGeometry(geometry.bottomScrim);
+    for (size_t i = 0; i < row.size(); ++i)
+        row[i]->setGeometry(geometry.topRow[i]);
+    // The format's title may be wider than the button's place.
     if (hdButton)
         hdButton->resize(std::max(topButtonSide, hdButton->sizeHint().width()), topButtonSide);
-
     if (recordingTimerView)
-        recordingTimerView->move((width - recordingTimerView->width()) / 2, topRowHeight + 10);
-
-    int y = height - 32 - CameraButton::side;
+        recordingTimerView->move(geometry.recordingTimer);
     if (cameraButton)
-        cameraButton->setGeometry((width - CameraButton::side) / 2, y, CameraButton::side,
-                                  CameraButton::side);
-    y -= 20 + 36;
+        cameraButton->setGeometry(geometry.cameraButton);
     if (zoomSlider)
-        zoomSlider->setGeometry(left + margin + 44, y, column - 2 * margin - 88, 36);
+        zoomSlider->setGeometry(geometry.zoomSlider);
     if (zoomValueLabel)
-        zoomValueLabel->setGeometry(left + margin, y, 44, 36);
-    y -= 6 + 40;
+        zoomValueLabel->setGeometry(geometry.zoomValueLabel);
     if (cameraInfoLabel)
-        cameraInfoLabel->setGeometry(left + margin, y, column - 2 * margin, 40);
-    y -= 34;
+        cameraInfoLabel->setGeometry(geometry.cameraInfoLabel);
     if (zoomInfoLabel)
-        zoomInfoLabel->setGeometry(left + margin, y, column - 2 * margin, 34);
-
-    if (cameraStatusLabel) {
-        const int statusWidth = std::min(column - 2 * margin, 340);
-        const int statusHeight = cameraStatusLabel->heightForWidth(statusWidth);
-        cameraStatusLabel->setGeometry((width - statusWidth) / 2, (height - statusHeight) / 2 - 40,
-                                       statusWidth, std::max(statusHeight, 48));
-    }
+        zoomInfoLabel->setGeometry(geometry.zoomInfoLabel);
+    if (cameraStatusLabel)
+        cameraStatusLabel->setGeometry(
+            geometry.status(cameraStatusLabel->heightForWidth(geometry.statusWidth)));
 }
 
 void CameraViewController::viewDidLoad() {
@@ -334,9 +343,14 @@ void CameraViewController::viewDidLoad() {
         ->setThumbImage(foundation::Bundle::main().image(QStringLiteral("Thumb")));
     required(cameraButton, "cameraButton")->setType(CameraButtonType::video);
     updateDurationTitle();
-    const qint64 mode = defaults().integerForKey(videoModeKey);
-    if (mode >= 0 && mode <= 2)
-        required(hdButton, "hdButton")->setTitle(QString::fromLatin1(videoFormats[mode].title));
+    // The duration picker, or anything else, writes the setting; the button follows it.
+    connect(&defaults(), &foundation::Preferences::valueChanged, this, [this](const QString& key) {
+        if (key == zoomDurationKey)
+            updateDurationTitle();
+    });
+    required(hdButton, "hdButton")
+        ->setTitle(QString::fromLatin1(
+            videoFormat(videoModeFromStored(defaults().integerForKey(videoModeKey))).title));
     updateZoomModeButton();
     updateZoomValueLabel();
 
@@ -460,13 +474,13 @@ QString CameraViewController::formatTitle(int height, int frameRate) {
 CameraViewController::FormatChoices
 CameraViewController::formatChoices(const av::CaptureDevice& camera) {
     FormatChoices choices;
-    for (int mode = 0; mode < int(std::size(videoFormats)); ++mode) {
+    for (int mode = 0; mode < videoModeCount; ++mode) {
         const VideoFormat& row = videoFormats[mode];
         const std::optional<CKFSession::FormatChoice> choice =
             CKFSession::nearestDeviceInputFormat(camera, row.width, row.height, row.frameRate);
         if (!choice)
             return {};
-        const OfferedFormat offer{mode, choice->format.width, choice->format.height,
+        const OfferedFormat offer{VideoMode(mode), choice->format.width, choice->format.height,
                                   int(choice->frameRate),
                                   formatTitle(choice->format.height, int(choice->frameRate))};
         auto same = std::find_if(
@@ -491,13 +505,12 @@ void CameraViewController::applyStoredFormat(CKFVideoSession& session) {
     if (formats.offered.empty())
         return;
     // A value no row has (written by hand) reads as the default, like an absent one.
-    const qint64 stored = defaults().integerForKey(videoModeKey);
-    const int mode = stored >= 0 && stored < qint64(std::size(videoFormats)) ? int(stored) : 0;
-    useFormat(session, formats.standIn[mode]);
-    if (!formats.exact[mode] && defaults().hasStoredValue(videoModeKey))
+    const VideoMode mode = videoModeFromStored(defaults().integerForKey(videoModeKey));
+    useFormat(session, formats.standIn[int(mode)]);
+    if (!formats.exact[int(mode)] && defaults().hasStoredValue(videoModeKey))
         showCameraStatus(StatusCause::formatMissing,
                          foundation::Strings::localizedString("cam_status_format_missing")
-                             .arg(QString::fromLatin1(videoFormats[mode].title),
+                             .arg(QString::fromLatin1(videoFormat(mode).title),
                                   formats.offered[formatIndex].title));
 }
 
@@ -551,8 +564,7 @@ void CameraViewController::camerasChanged() {
 }
 
 void CameraViewController::updateDurationTitle() {
-    const qint64 seconds =
-        wholeSeconds(defaults().floatForKey(zoomDurationKey), "updateDurationTitle");
+    const qint64 seconds = ZoomRamp::wholeSeconds(defaults().floatForKey(zoomDurationKey));
     required(durationButton, "durationButton")
         ->setTitle(QString::number(seconds) + QLatin1Char('s'));
 }
@@ -560,16 +572,15 @@ void CameraViewController::updateDurationTitle() {
 void CameraViewController::applySliderZoom() {
     if (!previewView || !previewView->session())
         return;
-    const double zoom = defaults().integerForKey(zoomModeKey) == 0
-                            ? double(required(zoomSlider, "zoomSlider")->value())
-                            : 1.0;
+    const double zoom =
+        zoomMode() == ZoomMode::zoomOut ? double(required(zoomSlider, "zoomSlider")->value()) : 1.0;
     previewView->session()->setZoom(zoom);
 }
 
 void CameraViewController::updateZoomModeButton() {
     updateInfoLabels();
     ui::Button* button = required(zoomInButton, "zoomInButton");
-    if (defaults().integerForKey(zoomModeKey) != 0) {
+    if (zoomMode() == ZoomMode::zoomIn) {
         button->setImage(foundation::Bundle::main().image(QStringLiteral("ZoomIn")));
         button->setContentEdgeInsets(QMargins(0, 0, 14, 0));
     } else {
@@ -582,7 +593,7 @@ void CameraViewController::updateZoomModeButton() {
 void CameraViewController::updateInfoLabels() {
     QString info = foundation::Strings::localizedString("cam_zoom_info");
     QString camera = foundation::Strings::localizedString(
-        defaults().integerForKey(zoomModeKey) == 1 ? "cam_zoom_out" : "cam_zoom_in");
+        zoomMode() == ZoomMode::zoomIn ? "cam_zoom_out" : "cam_zoom_in");
     if (foundation::Device::isLandscape(foundation::Device::current().orientation())) {
         info.clear();
         camera.clear();
@@ -598,7 +609,8 @@ void CameraViewController::updateZoomValueLabel() {
 }
 
 void CameraViewController::zoomIn(ui::Control*) {
-    defaults().setInteger(zoomModeKey, defaults().integerForKey(zoomModeKey) == 0 ? 1 : 0);
+    defaults().setInteger(
+        zoomModeKey, int(zoomMode() == ZoomMode::zoomOut ? ZoomMode::zoomIn : ZoomMode::zoomOut));
     updateZoomModeButton();
     applySliderZoom();
 }
@@ -653,10 +665,10 @@ void CameraViewController::hdHandler(ui::Control*) {
         return;
     // The next format this camera has; the stored row is the one it stands for.
     const int next = (formatIndex + 1) % int(formats.offered.size());
-    defaults().setInteger(videoModeKey, formats.offered[next].videoMode);
+    defaults().setInteger(videoModeKey, int(formats.offered[next].videoMode));
     clearCameraStatus(StatusCause::formatMissing);
     useFormat(*session, next);
-    if (defaults().integerForKey(zoomModeKey) == 0)
+    if (zoomMode() == ZoomMode::zoomOut)
         session->setZoom(double(required(zoomSlider, "zoomSlider")->value()));
 }
 
@@ -667,9 +679,8 @@ void CameraViewController::zoomSliderHandler(ui::Control*) {
 
 void CameraViewController::durationHandler(ui::Control*) {
     // The picker is a scene of the layout, like every screen.
-    if (ui::ViewController* picker =
-            ui::Storyboard(QStringLiteral("Main"))
-                .instantiate(QStringLiteral("ChoseDurationViewController")))
+    if (auto* picker =
+            ui::Storyboard(QStringLiteral("Main")).instantiate<ChoseDurationViewController>())
         present(picker, true);
 }
 
@@ -718,7 +729,7 @@ void CameraViewController::startZoomRamp() {
     QWidget* timerView = required(recordingTimerView, "recordingTimerView");
     ui::View* circle = required(recordingeCircle, "recordingeCircle");
     required(recordingTimeLabel, "recordingTimeLabel")
-        ->setText(QString::number(wholeSeconds(duration, "startZoomRamp")));
+        ->setText(QString::number(ZoomRamp::wholeSeconds(duration)));
     ui::ViewAnimation::setAlpha(circle, 1.0);
     ui::ViewAnimation::removeAllAnimations(circle);
     // Qt cannot paint an opacity effect inside another, so the dot starts blinking once its
@@ -734,15 +745,8 @@ void CameraViewController::startZoomRamp() {
                                        [&] { ui::ViewAnimation::setAlpha(dot, 0.0); });
         });
 
-    const float start = required(zoomSlider, "zoomSlider")->value();
-    auto state = std::make_shared<RampState>();
-    state->end = start;
-    state->step = ((start - 1.0f) / duration) / 100.0f;
-    state->current = start;
-    if (defaults().integerForKey(zoomModeKey) == 1)
-        state->current = 1.0f;
-    state->elapsed = 0.0;
-    state->duration = duration;
+    auto state = std::make_shared<RampState>(required(zoomSlider, "zoomSlider")->value(), duration,
+                                             zoomMode());
 
     auto* timer = new QTimer(this);
     timer->setTimerType(Qt::PreciseTimer);
@@ -767,28 +771,17 @@ void CameraViewController::beginTicking(const std::shared_ptr<RampState>& state)
     if (!state->timer)
         return;
     // The callback holds the state; the screen owns the timer, so neither outlives the other.
-    // A timer that fires late (a busy GUI thread) runs the ticks it missed, so the ramp keeps
-    // to the clock and ends on time instead of stretching.
-    QElapsedTimer clock;
-    clock.start();
-    connect(state->timer, &QTimer::timeout, this,
-            [this, state, clock, ticksRun = qint64(0)]() mutable {
-                const qint64 due = std::max(ticksRun + 1, clock.nsecsElapsed() / tickNanoseconds);
-                while (state->timer && ticksRun < due) {
-                    zoomRampTick(state);
-                    ++ticksRun;
-                }
-            });
+    state->startClock(rampClock);
+    connect(state->timer, &QTimer::timeout, this, [this, state] {
+        for (qint64 due = state->ticksDue(); state->timer && due > 0; --due)
+            zoomRampTick(state);
+    });
     state->timer->start();
 }
 
 void CameraViewController::zoomRampTick(const std::shared_ptr<RampState>& state) {
-    const qint64 mode = defaults().integerForKey(zoomModeKey);
-    // The tick count ends the ramps whose zoom never passes its end: a flat one from 1.0, or a
-    // step too small to move a float.
-    const bool over = (mode == 1 ? state->current > state->end : state->current < 1.0f) ||
-                      state->elapsed > double(state->duration) * 100.0;
-    if (over) {
+    const std::optional<ZoomRamp::Tick> tick = state->tick(zoomMode());
+    if (!tick) {
         stopTicking(*state);
         if (CKFVideoSession* session = videoSession(); session && session->isRecording())
             session->stopRecording();
@@ -796,15 +789,12 @@ void CameraViewController::zoomRampTick(const std::shared_ptr<RampState>& state)
         return;
     }
     if (CKFVideoSession* session = videoSession())
-        session->setZoom(double(state->current));
-    if (defaults().integerForKey(zoomModeKey) == 1)
-        state->current = state->current + state->step;
-    else
-        state->current = state->current - state->step;
-    const qint64 left =
-        wholeSeconds(state->duration, "zoomRampTick") - qint64(std::trunc(state->elapsed)) / 100;
-    required(recordingTimeLabel, "recordingTimeLabel")->setText(QString::number(left));
-    state->elapsed = state->elapsed + 1.0;
+        session->setZoom(double(tick->zoom));
+    required(recordingTimeLabel, "recordingTimeLabel")->setText(QString::number(tick->secondsLeft));
+}
+
+ZoomMode CameraViewController::zoomMode() const {
+    return zoomModeFromStored(defaults().integerForKey(zoomModeKey));
 }
 
 void CameraViewController::endZoomRamp() {
@@ -842,19 +832,15 @@ void CameraViewController::recordingFinished(const QUrl& url) {
     showIdleControls();
     emit clipFinished(url);
 
+    // Without a preview scene (a recording run from the command line) the clip is only reported.
     const ui::Storyboard storyboard(QStringLiteral("Main"));
-    const QString identifier = QStringLiteral("VideoPreviewViewController");
-    if (!storyboard.contains(identifier))
+    if (!storyboard.contains<VideoPreviewViewController>())
         return;
-    ui::ViewController* controller = storyboard.instantiate(identifier);
-    if (!controller || !controller->inherits("VideoPreviewViewController")) {
-        delete controller;
-        return;
+    if (auto* preview = storyboard.instantiate<VideoPreviewViewController>()) {
+        preview->videoURL = url;
+        preview->cameraVC = this;
+        present(preview, true);
     }
-    // Set by name: the preview screen lives in a layer beside this one.
-    controller->setProperty("videoURL", url);
-    controller->setProperty("cameraVC", QVariant::fromValue<QObject*>(this));
-    present(controller, true);
 }
 
 void CameraViewController::didChangeValue(CKFSession*, const QVariant&, const QString&) {}

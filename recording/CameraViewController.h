@@ -2,8 +2,11 @@
 
 #include "capture/CKFSessionDelegate.h"
 #include "platform/ui/ViewController.h"
+#include "recording/RecordingModes.h"
+#include "recording/ZoomRamp.h"
 
 #include <QPointer>
+#include <QRect>
 
 #include <array>
 #include <memory>
@@ -37,15 +40,10 @@ class CameraViewController : public ui::ViewController, public CKFSessionDelegat
     Q_OBJECT
 
 public:
-    // One recording's ramp. Single precision on purpose: the end test and the number of ticks
-    // follow float rounding.
-    struct RampState {
-        float current = 1.0f;
-        float end = 1.0f;
-        float step = 0.0f;
-        double elapsed = 0.0;
-        float duration = 5.0f;
-        // Ticks every 10 ms until the end test stops it; owned by the screen.
+    // One recording's ramp and the timer that ticks it every 10 ms until it is over; the screen
+    // owns the timer.
+    struct RampState : ZoomRamp {
+        using ZoomRamp::ZoomRamp;
         QPointer<QTimer> timer;
     };
 
@@ -56,15 +54,18 @@ public:
         int frameRate;
         const char* title;
     };
-    static constexpr VideoFormat videoFormats[] = {
+    static constexpr VideoFormat videoFormats[videoModeCount] = {
         {1920, 1080, 30, "HD"},
         {1920, 1080, 60, "HD60"},
         {3840, 2160, 30, "4K"},
     };
+    static constexpr const VideoFormat& videoFormat(VideoMode mode) {
+        return videoFormats[int(mode)];
+    }
     // A choice of the format button on the current camera: the row of videoFormats it stands for
     // ("videoMode") and what the camera really runs for it, named by what it is.
     struct OfferedFormat {
-        int videoMode = 0;
+        VideoMode videoMode = VideoMode::hd;
         int width = 0;
         int height = 0;
         int frameRate = 0;
@@ -75,17 +76,33 @@ public:
         std::vector<OfferedFormat> offered;
         // For each row of videoFormats, the offered format that stands in for it, and whether
         // the camera has the row's own size and rate.
-        std::array<int, 3> standIn{};
-        std::array<bool, 3> exact{};
+        std::array<int, videoModeCount> standIn{};
+        std::array<bool, videoModeCount> exact{};
     };
     static FormatChoices formatChoices(const av::CaptureDevice& camera);
     // "HD", "HD60", "4K", or the lines and a rate other than 30: "720p", "480p15".
     static QString formatTitle(int height, int frameRate);
     static constexpr double rampInterval = 0.01;
+    // What the ramps' timers count on; tests step it by hand.
+    ZoomRamp::Clock rampClock = ZoomRamp::steadyClock();
     // The crop never holds fewer lines than this (480 pixels wide at 16:9), so the highest zoom
     // stays watchable whatever the camera's shape.
     static constexpr int fewestSharpLines = 270;
     static constexpr double maximumZoom = 10.0;
+
+    // Where the controls go in a window: a phone's column, centred in a wide window, with the
+    // top row's shown buttons spread over it and the record button at the bottom.
+    struct ControlGeometry {
+        QSize window;
+        QRect topScrim, bottomScrim;
+        std::vector<QRect> topRow;
+        QPoint recordingTimer;
+        QRect cameraButton, zoomSlider, zoomValueLabel, cameraInfoLabel, zoomInfoLabel;
+        int statusWidth = 0;
+        // The status message, centred a little above the middle, for its text's height.
+        QRect status(int textHeight) const;
+    };
+    static ControlGeometry controlGeometry(QSize window, int topButtons, int recordingTimerWidth);
 
     explicit CameraViewController(QObject* parent = nullptr);
     ~CameraViewController() override;
@@ -123,15 +140,14 @@ public:
     // Opens the duration picker over this screen.
     void durationHandler(ui::Control* sender);
 
-    Q_INVOKABLE void updateDurationTitle();
+    void updateDurationTitle();
     void applySliderZoom();
     void updateZoomModeButton();
     void updateInfoLabels();
     void scheduleSessionSetup();
     void setupSession();
 
-    // The ramp: started by the record press; the tick is public so that tests can drive it
-    // without waiting for the timer.
+    // The ramp: started by the record press, ticked by its timer on rampClock.
     void startZoomRamp();
     void zoomRampTick(const std::shared_ptr<RampState>& state);
     void recordingFinished(const QUrl& url);
@@ -185,6 +201,7 @@ private:
     // A camera plugged in or out: the switch follows, and an unplugged camera resumes once it
     // (or another real one) is back.
     void camerasChanged();
+    ZoomMode zoomMode() const;
     // Runs the ramp's timer from now on.
     void beginTicking(const std::shared_ptr<RampState>& state);
     // Stops the ramp, if it still runs.

@@ -182,10 +182,6 @@ void ChoseDurationViewController::dismiss(ui::Control*) {
     // The row the wheel shows is the choice, even while it still turns.
     if (pickerView)
         pickerView->finishTurning();
-    // Found by class name, so that the sheet needs nothing of the recording screen but its name.
-    ui::ViewController* presenter = presentingViewController();
-    if (presenter && presenter->inherits("CameraViewController"))
-        QMetaObject::invokeMethod(presenter, "updateDurationTitle");
     ui::ViewController::dismiss(true);
 }
 

@@ -93,6 +93,8 @@ public:
     virtual std::optional<Error> sourceProblem() const { return std::nullopt; }
     void attachPipeline(GstElement* source, GstElement* zoomStage);
     void detachPipeline();
+    // The running pipeline's zoom stage, or null; borrowed for as long as the pipeline runs.
+    GstElement* zoomStage() const { return runningZoom.get(); }
 
 signals:
     // The session reconfigures its pipeline when the format or frame rate changes.

@@ -53,6 +53,17 @@ ViewController* Storyboard::instantiate(const QString& identifier) const {
     return controller;
 }
 
+void Storyboard::discard(ViewController* made, const char* expected) const {
+    qCWarning(lcUi).noquote() << "Storyboard" << name_ << "made a"
+                              << made->metaObject()->className() << "for" << expected;
+    delete made;
+}
+
+QString Storyboard::identifierOf(const QMetaObject& type) {
+    const QString name = QString::fromLatin1(type.className());
+    return name.mid(name.lastIndexOf(QLatin1Char(':')) + 1);
+}
+
 bool Storyboard::contains(const QString& identifier) const {
     const auto scenes = registry().constFind(name_);
     return scenes != registry().constEnd() && scenes->contains(identifier);

@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include <QObject>
 #include <QString>
 
 namespace ui {
@@ -28,9 +29,22 @@ public:
 
     // A new controller the caller owns, or null with a warning for an unknown identifier.
     ViewController* instantiate(const QString& identifier) const;
+    // The scene of class T, registered under its class name without namespace; null with a
+    // warning when there is none or its factory makes another class.
+    template <class T> T* instantiate() const {
+        ViewController* made = instantiate(identifierOf(T::staticMetaObject));
+        T* typed = qobject_cast<T*>(made);
+        if (made && !typed)
+            discard(made, T::staticMetaObject.className());
+        return typed;
+    }
     bool contains(const QString& identifier) const;
+    template <class T> bool contains() const { return contains(identifierOf(T::staticMetaObject)); }
+    static QString identifierOf(const QMetaObject& type);
 
 private:
+    void discard(ViewController* made, const char* expected) const;
+
     QString name_;
 };
 

@@ -27,7 +27,6 @@
 
 namespace {
 
-using ui::test::waitUntil;
 
 constexpr QSize phone(390, 844);
 
@@ -72,13 +71,13 @@ protected:
     void show() {
         window->setRootViewController(tutorial);
         window->makeKeyAndVisible();
-        ASSERT_TRUE(waitUntil([&] { return tutorial->firstRun; }));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return tutorial->firstRun; }));
     }
     int pageViews() const { return int(tutorial->scrollView->contentView()->children().size()); }
     // Pages with the arrow keys, as a user at a desktop does, and waits for the pager to rest.
     void pageWithKey(Qt::Key key) {
         QTest::keyClick(tutorial->scrollView, key);
-        ASSERT_TRUE(waitUntil([&] { return !tutorial->scrollView->isDecelerating(); }));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !tutorial->scrollView->isDecelerating(); }));
     }
 
     static QTemporaryDir* clips;
@@ -116,9 +115,9 @@ TEST_F(TutorialTest, PagesAreBuiltOnlyOnTheFirstAppearance) {
     const QList<av::Player*> first = tutorial->players();
     auto* cover = new ui::ViewController;
     tutorial->present(cover, false);
-    ASSERT_TRUE(waitUntil([&] { return !cover->isBeingPresented(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !cover->isBeingPresented(); }));
     tutorial->dismiss(false);
-    ASSERT_TRUE(waitUntil([&] { return !tutorial->presentedViewController(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !tutorial->presentedViewController(); }));
     EXPECT_EQ(pageViews(), 4);
     EXPECT_EQ(tutorial->players(), first);
 }
@@ -159,7 +158,7 @@ TEST_F(TutorialTest, AResizedWindowKeepsThePageAndItsWholeWidth) {
     pageWithKey(Qt::Key_Right);
     const QSize desktop(1280, 720);
     window->resize(desktop);
-    ASSERT_TRUE(waitUntil([&] { return tutorial->scrollView->width() == desktop.width(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return tutorial->scrollView->width() == desktop.width(); }));
     EXPECT_EQ(tutorial->scrollView->contentOffset(), QPointF(2 * desktop.width(), 0));
     EXPECT_EQ(tutorial->scrollView->contentSize(), QSizeF(4 * desktop.width(), 1.0));
     EXPECT_EQ(tutorial->infoLabel->text(), tutorial->texts.at(2));
@@ -176,7 +175,7 @@ TEST_F(TutorialTest, EveryClipLoopsOnItsOwn) {
     show();
     const QList<av::Player*> players = tutorial->players();
     ASSERT_EQ(players.size(), 4);
-    ASSERT_TRUE(waitUntil([&] {
+    ASSERT_TRUE(QTest::qWaitFor([&] {
         return std::all_of(players.begin(), players.end(),
                            [](av::Player* player) { return player->passes() >= 1; });
     }));
@@ -185,7 +184,7 @@ TEST_F(TutorialTest, EveryClipLoopsOnItsOwn) {
     players.at(1)->pause();
     players.at(3)->pause();
     const auto roundsOfTheOthers = [&](int passes) {
-        return waitUntil(
+        return QTest::qWaitFor(
             [&] { return players.at(0)->passes() >= passes && players.at(2)->passes() >= passes; },
             15000);
     };
@@ -199,7 +198,7 @@ TEST_F(TutorialTest, EveryClipLoopsOnItsOwn) {
     // Played again, they go round once more: the pass the pause held back was not lost.
     players.at(1)->play();
     players.at(3)->play();
-    EXPECT_TRUE(waitUntil(
+    EXPECT_TRUE(QTest::qWaitFor(
         [&] {
             return players.at(1)->passes() > pausedPasses[0] &&
                    players.at(3)->passes() > pausedPasses[1];
@@ -245,7 +244,7 @@ TEST_F(TutorialTest, StartRemembersTheTutorialAndHandsTheWindowToTheRecordingScr
     ASSERT_TRUE(window->rootViewController());
     EXPECT_STREQ(window->rootViewController()->metaObject()->className(), "CameraViewController");
     EXPECT_EQ(delegate.orientationLock(), ui::allOrientationsMask);
-    EXPECT_TRUE(waitUntil([&] { return tutorial.isNull(); })) << "released with its players";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return tutorial.isNull(); })) << "released with its players";
 
     // The next start goes straight to the recording screen.
     AppDelegate next;
@@ -262,7 +261,7 @@ TEST_F(TutorialTest, StartWithoutAKeyWindowStillRemembersTheTutorial) {
     ASSERT_EQ(ui::Window::keyWindow(), nullptr);
     window->setRootViewController(tutorial);
     window->show();
-    ASSERT_TRUE(waitUntil([&] { return tutorial->firstRun; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return tutorial->firstRun; }));
     tutorial->start(nullptr);
     EXPECT_TRUE(foundation::Preferences::standard().boolForKey(QStringLiteral("tutorialShowed")));
     EXPECT_EQ(window->rootViewController(), tutorial);

@@ -27,7 +27,6 @@
 
 namespace {
 
-using ui::test::waitUntil;
 
 QByteArray contents(const QString& path) {
     QFile file(path);
@@ -68,14 +67,14 @@ protected:
 
     QString videos() const { return work.filePath(QStringLiteral("Videos/Tessaro")); }
 
-    // Presents the preview as the recording screen does: by the properties' names.
+    // Presents the preview as the recording screen does.
     VideoPreviewViewController* presentPreview(const QString& path) {
         auto* preview = new VideoPreviewViewController;
         if (!path.isEmpty())
-            preview->setProperty("videoURL", QUrl::fromLocalFile(path));
-        preview->setProperty("cameraVC", QVariant::fromValue<QObject*>(camera));
+            preview->videoURL = QUrl::fromLocalFile(path);
+        preview->cameraVC = camera;
         camera->present(preview, true);
-        EXPECT_TRUE(waitUntil([&] { return !preview->isBeingPresented(); }));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !preview->isBeingPresented(); }));
         return preview;
     }
 
@@ -104,8 +103,8 @@ TEST_F(VideoPreviewTest, PlaysTheClipFilledLoudAndLooping) {
     EXPECT_EQ(preview->videoView->playerLayer(), preview->playerLayer);
     // The layer follows the container.
     window.resize(844, 390);
-    ASSERT_TRUE(waitUntil([&] { return preview->playerLayer->frame() == QRectF(0, 0, 844, 390); }));
-    ASSERT_TRUE(waitUntil([&] { return preview->player->passes() >= 2; }, 20000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return preview->playerLayer->frame() == QRectF(0, 0, 844, 390); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return preview->player->passes() >= 2; }, 20000));
     EXPECT_EQ(preview->player->rate(), 1.0f);
 }
 
@@ -115,10 +114,10 @@ TEST_F(VideoPreviewTest, AnotherPlayersEndDoesNotLoopThisOne) {
     other.setActionAtItemEnd(av::Player::ActionAtItemEnd::none);
     QSignalSpy otherEnded(other.currentItem(), &av::PlayerItem::didPlayToEndTime);
     other.play();
-    ASSERT_TRUE(waitUntil([&] { return otherEnded.count() == 1; }, 20000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return otherEnded.count() == 1; }, 20000));
     // The other clip has ended (and nobody sought it back); ours plays on from where it was.
     ASSERT_TRUE(
-        waitUntil([&] { return preview->player->currentItem()->currentTime() > 0.5; }, 20000));
+        QTest::qWaitFor([&] { return preview->player->currentItem()->currentTime() > 0.5; }, 20000));
     EXPECT_EQ(preview->player->passes(), 1);
     // Handed someone else's item, the handler seeks that item, never its own.
     preview->playerItemDidReachEnd(other.currentItem());
@@ -131,8 +130,8 @@ TEST_F(VideoPreviewTest, SaveClosesAtOnceAndCopiesTheClipByteForByte) {
     QPointer<VideoPreviewViewController> watched(preview);
     press(preview->saveButton);
     EXPECT_TRUE(preview->isBeingDismissed());
-    ASSERT_TRUE(waitUntil([&] { return !watched; }));
-    ASSERT_TRUE(waitUntil([&] { return !QDir(videos()).entryList(QDir::Files).isEmpty(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !watched; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !QDir(videos()).entryList(QDir::Files).isEmpty(); }));
     EXPECT_EQ(shownAlert(), nullptr);
     EXPECT_EQ(window.topViewController(), camera);
 
@@ -149,7 +148,7 @@ TEST_F(VideoPreviewTest, SaveClosesAtOnceAndCopiesTheClipByteForByte) {
 
     av::Player player(QUrl::fromLocalFile(copy));
     player.play();
-    EXPECT_TRUE(waitUntil(
+    EXPECT_TRUE(QTest::qWaitFor(
         [&] { return player.currentItem()->status() == av::PlayerItem::Status::readyToPlay; },
         20000));
     EXPECT_NEAR(player.currentItem()->duration(), 1.0, 0.1);
@@ -174,7 +173,7 @@ TEST_F(VideoPreviewTest, AFailedSaveShowsTheErrorOverTheScreenUnderneath) {
         }
         VideoPreviewViewController* preview = presentPreview(path);
         press(preview->saveButton);
-        ASSERT_TRUE(waitUntil([&] { return shownAlert() != nullptr; }, 5000));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return shownAlert() != nullptr; }, 5000));
         ui::AlertController* alert = shownAlert();
         EXPECT_EQ(alert->presentingViewController(), camera);
         EXPECT_EQ(alert->title(), "Error");
@@ -185,7 +184,7 @@ TEST_F(VideoPreviewTest, AFailedSaveShowsTheErrorOverTheScreenUnderneath) {
         EXPECT_EQ(alert->actions().first().title, "OK");
         EXPECT_EQ(alert->actions().first().style, ui::AlertAction::Style::cancel);
         alert->performAction(0);
-        ASSERT_TRUE(waitUntil([&] { return camera->presentedViewController() == nullptr; }));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return camera->presentedViewController() == nullptr; }));
         QFile::remove(work.filePath(QStringLiteral("Videos")));
     }
 }
@@ -216,9 +215,9 @@ TEST_F(VideoPreviewTest, ASaveOrACompletedShareAsksForARatingACancelDoesNot) {
     EXPECT_EQ(sheet->activityItems(), QList<QUrl>{QUrl::fromLocalFile(clip)});
     EXPECT_EQ(sheet->excludedActivityTypes(),
               QStringList({ui::ActivityType::addToReadingList, ui::ActivityType::assignToContact}));
-    ASSERT_TRUE(waitUntil([&] { return !sheet->isBeingPresented(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !sheet->isBeingPresented(); }));
     QTest::keyClick(sheet->view(), Qt::Key_Escape);
-    ASSERT_TRUE(waitUntil([&] { return preview->presentedViewController() == nullptr; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return preview->presentedViewController() == nullptr; }));
     QTest::qWait(100);
     EXPECT_EQ(ratingOver(preview), nullptr);
     EXPECT_FALSE(remembered());
@@ -226,17 +225,17 @@ TEST_F(VideoPreviewTest, ASaveOrACompletedShareAsksForARatingACancelDoesNot) {
     press(preview->shareButton);
     sheet = qobject_cast<ui::ActivityViewController*>(preview->presentedViewController());
     ASSERT_NE(sheet, nullptr);
-    ASSERT_TRUE(waitUntil([&] { return !sheet->isBeingPresented(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !sheet->isBeingPresented(); }));
     sheet->performActivity(ui::ActivityType::copyToPasteboard);
-    ASSERT_TRUE(waitUntil([&] { return ratingOver(preview) != nullptr; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return ratingOver(preview) != nullptr; }));
     EXPECT_TRUE(remembered());
     EXPECT_EQ(camera->presentedViewController(), preview);
     ratingOver(preview)->dismiss(false);
-    ASSERT_TRUE(waitUntil([&] { return preview->presentedViewController() == nullptr; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return preview->presentedViewController() == nullptr; }));
 
     QPointer<VideoPreviewViewController> watched(preview);
     press(preview->saveButton);
-    ASSERT_TRUE(waitUntil([&] { return !watched && ratingOver(camera) != nullptr; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !watched && ratingOver(camera) != nullptr; }));
     ratingOver(camera)->dismiss(false);
     AppRating::resetForTesting();
     ui::Storyboard::unregisterAll(main);
@@ -252,7 +251,7 @@ TEST_F(VideoPreviewTest, CloseAndEscLeaveTheClipUntouched) {
         } else {
             press(preview->closeButton);
         }
-        ASSERT_TRUE(waitUntil([&] { return !watched; }));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !watched; }));
         EXPECT_EQ(camera->presentedViewController(), nullptr);
     }
     const QFileInfo after(clip);
@@ -277,7 +276,7 @@ TEST_F(VideoPreviewTest, AClipThatDoesNotPlaySaysSo) {
     file.write("not a movie");
     file.close();
     VideoPreviewViewController* preview = presentPreview(broken);
-    ASSERT_TRUE(waitUntil([&] { return preview->statusLabel->isVisible(); }, 10000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return preview->statusLabel->isVisible(); }, 10000));
     EXPECT_TRUE(preview->statusLabel->text().contains(QStringLiteral("broken.mov")));
     EXPECT_TRUE(preview->saveButton->isVisible());
 }

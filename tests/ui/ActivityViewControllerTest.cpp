@@ -16,7 +16,6 @@
 namespace ui {
 namespace {
 
-using test::waitUntil;
 
 // Replaces what the activities start with recorders, so no program runs.
 class ActivityTest : public ::testing::Test {
@@ -60,7 +59,7 @@ protected:
     std::pair<QString, bool> perform(const QString& type) {
         std::optional<std::pair<QString, bool>> result;
         showSheet(result)->performActivity(type);
-        EXPECT_TRUE(waitUntil([&] { return result.has_value(); }, 5000));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return result.has_value(); }, 5000));
         return result.value_or(std::pair<QString, bool>{});
     }
 
@@ -155,7 +154,7 @@ TEST_F(ActivityTest, EscAndAClickBesideTheCardCancel) {
                               Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
             QCoreApplication::sendEvent(sheet->view(), &click);
         }
-        ASSERT_TRUE(waitUntil([&] { return result.has_value(); }));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return result.has_value(); }));
         EXPECT_EQ(*result, std::make_pair(QString(), false));
         EXPECT_TRUE(calls.isEmpty());
     }

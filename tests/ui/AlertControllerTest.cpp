@@ -10,7 +10,6 @@
 namespace ui {
 namespace {
 
-using test::waitUntil;
 
 class AlertTest : public ::testing::Test {
 protected:
@@ -42,14 +41,14 @@ TEST_F(AlertTest, AnActionClosesTheAlertThenRunsOnceEvenWhenChosenTwice) {
     alert->performAction(0);
     alert->performAction(1);
     EXPECT_TRUE(chosen.isEmpty()); // not before the alert has gone
-    ASSERT_TRUE(waitUntil([&] { return screen->presentedViewController() == nullptr; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return screen->presentedViewController() == nullptr; }));
     EXPECT_EQ(chosen, QStringList{QStringLiteral("Retry")});
 }
 
 TEST_F(AlertTest, EscChoosesTheCancelAction) {
     AlertController* alert = showAlert();
     QTest::keyClick(alert->view(), Qt::Key_Escape);
-    ASSERT_TRUE(waitUntil([&] { return !chosen.isEmpty(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !chosen.isEmpty(); }));
     EXPECT_EQ(chosen, QStringList{QStringLiteral("OK")});
 }
 

@@ -122,12 +122,12 @@ TEST_F(ControlTest, TouchScreenInputTracksLikeTheMouse) {
     QTest::touchEvent(&window, screen.get()).press(0, origin + QPoint(30, 20));
     QTest::touchEvent(&window, screen.get()).move(0, origin + QPoint(300, 20));
     QTest::touchEvent(&window, screen.get()).release(0, origin + QPoint(300, 20));
-    ASSERT_TRUE(waitUntil([&] { return events.size() >= 4; }, 500));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return events.size() >= 4; }, 500));
     EXPECT_EQ(events, Events({down, dragExit, dragOutside, upOutside}));
 
     events.clear();
     QTest::touchEvent(&window, screen.get()).press(1, origin + QPoint(30, 20));
-    ASSERT_TRUE(waitUntil([&] { return !events.empty(); }, 500));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !events.empty(); }, 500));
     QTouchEvent cancelled(QEvent::TouchCancel, screen.get());
     QCoreApplication::sendEvent(control, &cancelled);
     EXPECT_EQ(events, Events({down, cancel})) << "far from the last release: no repeat";
@@ -137,7 +137,7 @@ TEST_F(ControlTest, TouchScreenInputTracksLikeTheMouse) {
     QTest::touchEvent(&window, screen.get()).press(2, origin + QPoint(30, 20));
     QTest::touchEvent(&window, screen.get()).release(2, origin + QPoint(30, 20));
     QTest::touchEvent(&window, screen.get()).press(3, origin + QPoint(31, 20));
-    ASSERT_TRUE(waitUntil([&] { return events.size() >= 4; }, 500));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return events.size() >= 4; }, 500));
     EXPECT_EQ(events, Events({down, upInside, down, downRepeat}));
     QTest::touchEvent(&window, screen.get()).release(3, origin + QPoint(31, 20));
 }

@@ -43,7 +43,7 @@ protected:
         QApplication::sendEvent(&picker, &event);
     }
     bool settle() {
-        return waitUntil([this] { return !picker.isMoving(); });
+        return QTest::qWaitFor([this] { return !picker.isMoving(); });
     }
     int selected() const { return picker.selectedRowInComponent(0); }
 
@@ -113,7 +113,7 @@ TEST_F(PickerViewTest, DragSettlesOnTheNearestRowAndAClickTurnsToTheRowClicked) 
     QTest::mouseMove(&picker, QPoint(100, 150 - 2 * h - 8));
     EXPECT_TRUE(picker.isMoving());
     // Resting before the release leaves no speed to coast with.
-    spin(150);
+    QTest::qWait(150);
     QTest::mouseRelease(&picker, Qt::LeftButton, {}, QPoint(100, 150 - 2 * h - 8));
     ASSERT_TRUE(settle());
     EXPECT_EQ(chosen, Selections({{6, 0}}));
@@ -136,7 +136,7 @@ TEST_F(PickerViewTest, FinishTurningRestsAWheelUnderTheFingerOnItsNearestRow) {
     EXPECT_FALSE(picker.isMoving());
     EXPECT_EQ(chosen, Selections({{4, 0}}));
     QTest::mouseRelease(&picker, Qt::LeftButton, {}, QPoint(100, 40));
-    spin(300);
+    QTest::qWait(300);
     EXPECT_EQ(chosen, Selections({{4, 0}})) << "the lifted finger turns nothing more";
 }
 

@@ -42,14 +42,4 @@ private:
     QStringList* journal_;
 };
 
-// Runs the event loop, deferred deletes included, until the condition holds; it sleeps between
-// checks rather than spinning the test's core.
-inline bool waitUntil(const std::function<bool()>& condition, int timeoutMs = 2000) {
-    return QTest::qWaitFor(condition, timeoutMs);
-}
-
-inline void spin(int milliseconds) {
-    QTest::qWait(milliseconds);
-}
-
 } // namespace ui::test

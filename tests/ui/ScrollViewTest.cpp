@@ -34,7 +34,7 @@ public:
 
     // Waits for the pager to come to rest after an input, and answers the page it rests on.
     double restedPage(int restsBefore) {
-        EXPECT_TRUE(waitUntil([&] { return rests.offsets.size() > restsBefore; }));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return rests.offsets.size() > restsBefore; }));
         EXPECT_FALSE(pager.isDecelerating());
         return pager.contentOffset().x() / pageWidth;
     }

@@ -1,5 +1,6 @@
 #include <memory>
 
+#include <QPointer>
 #include <gtest/gtest.h>
 
 #include "platform/ui/Storyboard.h"
@@ -31,8 +32,16 @@ TEST(StoryboardTest, InstantiatesTheLatestFactoryOfItsOwnStoryboard) {
 
     Storyboard::registerFactory("StoryboardTest", "SceneController",
                                 [] { return new ViewController; });
-    std::unique_ptr<ViewController> replaced(storyboard.instantiate("SceneController"));
-    EXPECT_FALSE(qobject_cast<SceneController*>(replaced.get())) << "the later factory wins";
+    // The later factory wins; asked by type, its controller of another class is no answer.
+    QPointer<ViewController> replaced(storyboard.instantiate("SceneController"));
+    ASSERT_TRUE(replaced);
+    EXPECT_FALSE(qobject_cast<SceneController*>(replaced.data()));
+    delete replaced.data();
+    EXPECT_EQ(storyboard.instantiate<SceneController>(), nullptr);
+    Storyboard::registerFactory("StoryboardTest", "SceneController",
+                                [] { return new SceneController; });
+    std::unique_ptr<SceneController> typed(storyboard.instantiate<SceneController>());
+    EXPECT_TRUE(typed);
 }
 
 } // namespace

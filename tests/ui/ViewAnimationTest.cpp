@@ -58,7 +58,7 @@ TEST_F(ViewAnimationTest, RepeatingAutoreverseRunsUntilRemovedThenCompletesUnfin
     qreal lowest = 1.0;
     qreal highestAfterLowest = 0.0;
     for (int i = 0; i < 60; ++i) {
-        spin(5);
+        QTest::qWait(5);
         lowest = qMin(lowest, A::alpha(widget));
         if (lowest < 0.2)
             highestAfterLowest = qMax(highestAfterLowest, A::alpha(widget));
@@ -73,7 +73,7 @@ TEST_F(ViewAnimationTest, RepeatingAutoreverseRunsUntilRemovedThenCompletesUnfin
     EXPECT_EQ(completions, 1);
     EXPECT_EQ(finished, false);
     EXPECT_FALSE(A::isAnimating(widget));
-    spin(50);
+    QTest::qWait(50);
     EXPECT_DOUBLE_EQ(A::alpha(widget), shown) << "left where it was";
     EXPECT_EQ(completions, 1);
 }
@@ -88,15 +88,15 @@ TEST_F(ViewAnimationTest, DelayIsHonouredAndTheBlockCompletesOnceAllItsAnimation
             A::setAlpha(other, 0.5);
         },
         recording());
-    spin(100);
+    QTest::qWait(100);
     EXPECT_DOUBLE_EQ(A::alpha(widget), 1.0) << "nothing moves during the delay";
-    ASSERT_TRUE(waitUntil([&] { return completions > 0; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return completions > 0; }));
     EXPECT_GE(clock.elapsed(), 240);
     EXPECT_EQ(finished, true);
     EXPECT_DOUBLE_EQ(A::alpha(widget), 0.0);
     EXPECT_DOUBLE_EQ(A::alpha(other), 0.5);
     EXPECT_TRUE(widget->testAttribute(Qt::WA_TransparentForMouseEvents));
-    spin(50);
+    QTest::qWait(50);
     EXPECT_EQ(completions, 1);
 }
 
@@ -105,7 +105,7 @@ TEST_F(ViewAnimationTest, ZeroDurationAppliesAtOnceAndCompletesOnTheNextTurn) {
         0.0, [&] { A::setAlpha(widget, 0.3); }, recording());
     EXPECT_DOUBLE_EQ(A::alpha(widget), 0.3);
     EXPECT_EQ(completions, 0);
-    ASSERT_TRUE(waitUntil([&] { return completions > 0; }, 100));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return completions > 0; }));
     EXPECT_EQ(finished, true);
 }
 

@@ -62,7 +62,7 @@ TEST_F(ViewControllerTest, FullScreenPresentationHidesThePresenterAndDismissalRe
     EXPECT_TRUE(aliveInCompletion);
     EXPECT_FALSE(root->presentedViewController());
     EXPECT_TRUE(root->view()->isVisible());
-    EXPECT_TRUE(waitUntil([&] { return b.isNull(); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return b.isNull(); }));
 }
 
 TEST_F(ViewControllerTest, OverCurrentContextLeavesThePresenterShownWithoutAppearanceCalls) {
@@ -109,12 +109,12 @@ TEST_F(ViewControllerTest, DismissingWhatIsGoneOrLeavingDoesNothing) {
     b->dismiss(true, count);     // already leaving
     root->dismiss(false, count); // likewise
     EXPECT_TRUE(b->isBeingDismissed());
-    ASSERT_TRUE(waitUntil([&] { return b.isNull(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return b.isNull(); }));
     ASSERT_EQ(completions, 1);
 
     journal.clear();
     root->dismiss(false, count); // presents nothing any more
-    spin(20);
+    QTest::qWait(20);
     EXPECT_EQ(completions, 1);
     EXPECT_TRUE(journal.isEmpty()) << journal.join(", ").toStdString();
 }
@@ -148,7 +148,7 @@ TEST_F(ViewControllerTest, AnimatedTransitionsCompleteAfterTheFade) {
     EXPECT_EQ(journal, QStringList({"B.didLoad", "B.willAppear", "A.willDisappear"}));
     EXPECT_LT(ViewAnimation::alpha(b->view()), 0.5);
     EXPECT_TRUE(root->view()->isVisible()) << "the presenter stays until the fade ends";
-    ASSERT_TRUE(waitUntil([&] { return presented; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return presented; }));
     EXPECT_GE(clock.elapsed(), 250);
     EXPECT_EQ(journal.mid(3), QStringList({"B.didAppear", "A.didDisappear"}));
     EXPECT_TRUE(root->view()->isHidden());
@@ -159,7 +159,7 @@ TEST_F(ViewControllerTest, AnimatedTransitionsCompleteAfterTheFade) {
     root->dismiss(true, [&] { dismissed = true; });
     EXPECT_EQ(journal, QStringList({"B.willDisappear", "A.willAppear"}));
     EXPECT_TRUE(root->view()->isVisible()) << "the presenter is revealed by the fade";
-    ASSERT_TRUE(waitUntil([&] { return dismissed; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return dismissed; }));
     EXPECT_GE(clock.elapsed(), 250);
     EXPECT_EQ(journal.mid(2), QStringList({"B.didDisappear", "A.didAppear"}));
 }
@@ -171,7 +171,7 @@ TEST_F(ViewControllerTest, DismissalDuringAnAnimatedPresentationFinishesItFirst)
     EXPECT_EQ(journal, QStringList({"B.didLoad", "B.willAppear", "A.willDisappear", "B.didAppear",
                                     "A.didDisappear", "presented", "B.willDisappear",
                                     "A.willAppear", "B.didDisappear", "A.didAppear", "dismissed"}));
-    spin(400);
+    QTest::qWait(400);
     EXPECT_EQ(journal.size(), 11) << "the stopped fade must not complete again";
 }
 
@@ -188,7 +188,7 @@ TEST_F(ViewControllerTest, DismissingTheBottomOfAStackRemovesEverythingAboveIt) 
                                     "C.didDisappear", "B.didDisappear", "A.didAppear"}));
     EXPECT_EQ(completions, 1);
     EXPECT_FALSE(root->presentedViewController());
-    EXPECT_TRUE(waitUntil([&] { return b.isNull() && c.isNull(); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return b.isNull() && c.isNull(); }));
 }
 
 TEST_F(ViewControllerTest, ViewLoadsOnceBeforeTheFirstAppearance) {
@@ -210,8 +210,8 @@ TEST_F(ViewControllerTest, ReplacingTheRootMidTransitionDropsTheTransitionSafely
     root->present(b, true, [&] { called = true; });
     QPointer<ProbeViewController> oldRoot = root;
     window.setRootViewController(probe("N"));
-    EXPECT_TRUE(waitUntil([&] { return oldRoot.isNull() && b.isNull(); }));
-    spin(400);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return oldRoot.isNull() && b.isNull(); }));
+    QTest::qWait(400);
     EXPECT_FALSE(called);
 }
 

@@ -29,7 +29,7 @@ TEST_F(WindowTest, ResizingTellsRootAndPresentedControllersBeforeLayingThemOut) 
     journal.clear();
 
     window.resize(500, 350);
-    ASSERT_TRUE(waitUntil([&] { return journal.size() == 2; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return journal.size() == 2; }));
     EXPECT_EQ(journal, QStringList({"A.transition 500x350", "B.transition 500x350"}));
     EXPECT_EQ(root->sizeAtTransition, QSize(400, 300));
     EXPECT_EQ(dialog->sizeAtTransition, QSize(400, 300));
@@ -53,7 +53,7 @@ TEST_F(WindowTest, ReplacingTheRootOfAVisibleWindowSwapsAppearanceAndDeletesTheO
     EXPECT_TRUE(root->view()->isHidden());
     EXPECT_TRUE(shown->view()->isHidden());
     EXPECT_EQ(window.topViewController(), second);
-    EXPECT_TRUE(waitUntil([&] { return root.isNull() && shown.isNull(); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return root.isNull() && shown.isNull(); }));
 }
 
 TEST(KeyWindowTest, KeyWindowIsTheOneLastMadeKey) {
