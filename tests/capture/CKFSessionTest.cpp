@@ -70,6 +70,8 @@ TEST(CKFSessionFormatChoice, tooSmallOrNoFormatsGiveNone) {
 }
 
 TEST(CKFSessionFormatChoice, aMissingFormatGetsTheNearestInLinesThenRateAsTheCameraRunsIt) {
+    const std::vector webcam{format(640, 480, {{30, 30}}), format(1280, 720, {{5, 30}})};
+    const std::vector fourKFirst{format(3840, 2160, {{1, 30}}), format(1280, 720, {{60, 60}})};
     const struct {
         const char* camera;
         std::vector<av::CaptureDeviceFormat> formats;
@@ -78,41 +80,13 @@ TEST(CKFSessionFormatChoice, aMissingFormatGetsTheNearestInLinesThenRateAsTheCam
         qint64 chosenFps;
         bool exact;
     } rows[] = {
-        {"720p webcam",
-         {format(640, 480, {{30, 30}}), format(1280, 720, {{5, 30}})},
-         1920,
-         1080,
-         60,
-         720,
-         30,
-         false},
-        {"720p webcam",
-         {format(640, 480, {{30, 30}}), format(1280, 720, {{5, 30}})},
-         3840,
-         2160,
-         30,
-         720,
-         30,
-         false},
+        {"720p webcam", webcam, 1920, 1080, 60, 720, 30, false},
+        {"720p webcam", webcam, 3840, 2160, 30, 720, 30, false},
         {"fast 720p", {format(1280, 720, {{1, 60}})}, 1920, 1080, 60, 720, 60, false},
         {"only fast", {format(1920, 1080, {{50, 60}})}, 1920, 1080, 30, 1080, 50, false},
         // 720p60 is nearer to 1080p60 than 4K is; the 4K format runs HD at 30 exactly.
-        {"4K first",
-         {format(3840, 2160, {{1, 30}}), format(1280, 720, {{60, 60}})},
-         1920,
-         1080,
-         60,
-         720,
-         60,
-         false},
-        {"4K first",
-         {format(3840, 2160, {{1, 30}}), format(1280, 720, {{60, 60}})},
-         1920,
-         1080,
-         30,
-         2160,
-         30,
-         true},
+        {"4K first", fourKFirst, 1920, 1080, 60, 720, 60, false},
+        {"4K first", fourKFirst, 1920, 1080, 30, 2160, 30, true},
         // 29.97 frames a second serve a request for 29.
         {"NTSC", {format(1920, 1080, {{29.97, 29.97}})}, 1920, 1080, 30, 1080, 29, false},
     };
