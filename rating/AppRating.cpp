@@ -81,18 +81,19 @@ void AppRating::setRemindPeriod(qint64 days) {
 }
 
 void AppRating::setDebugMode(bool on) {
-    debugMode_ = on;
+    ratingDebugMode = on;
     if (on)
         writeLine(QStringLiteral("[AppRating] \u203C\uFE0F Debug mode is now on. Don't forget to "
                                  "set it back to be 'false' before uploading to the App Store."));
 }
 
 qint64 AppRating::minuteUntilPrompt() {
-    return debugMode_ ? minuteUntilPrompt_ : daysInMinutes(daysUntilPrompt, "daysUntilPrompt");
+    return ratingDebugMode ? ratingMinuteUntilPrompt
+                           : daysInMinutes(daysUntilPrompt, "daysUntilPrompt");
 }
 
 qint64 AppRating::minuteRemindPeriod() {
-    return debugMode_ ? minuteRemindPeriod_ : daysInMinutes(remindPeriod, "remindPeriod");
+    return ratingDebugMode ? ratingMinuteRemindPeriod : daysInMinutes(remindPeriod, "remindPeriod");
 }
 
 QString AppRating::currentAppVersion() {
@@ -107,7 +108,7 @@ QString AppRating::currentAppVersion() {
 QString AppRating::appVersion() {
     if (!appVersionOverride)
         appVersionOverride = currentAppVersion();
-    return debugMode_ ? *appVersionOverride : currentAppVersion();
+    return ratingDebugMode ? *appVersionOverride : currentAppVersion();
 }
 
 void AppRating::setAppVersion(const QString& version) {
@@ -241,9 +242,9 @@ void AppRating::promptRateUs(ui::ViewController* controller) {
 void AppRating::resetForTesting() {
     daysUntilPrompt = fallbackDays;
     remindPeriod = fallbackDays;
-    debugMode_ = false;
-    minuteUntilPrompt_ = 0;
-    minuteRemindPeriod_ = 0;
+    ratingDebugMode = false;
+    ratingMinuteUntilPrompt = 0;
+    ratingMinuteRemindPeriod = 0;
     appVersionOverride.reset();
     now = currentDateTime;
     writeLine = writeToStandardOutput;

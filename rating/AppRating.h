@@ -34,12 +34,12 @@ public:
 
     // In debug mode the stored minute values replace the day values, and the appVersion override
     // replaces the shipped version. Outside it the getters answer the days in minutes.
-    static bool debugMode() { return debugMode_; }
+    static bool debugMode() { return ratingDebugMode; }
     static void setDebugMode(bool on);
     static qint64 minuteUntilPrompt();
-    static void setMinuteUntilPrompt(qint64 minutes) { minuteUntilPrompt_ = minutes; }
+    static void setMinuteUntilPrompt(qint64 minutes) { ratingMinuteUntilPrompt = minutes; }
     static qint64 minuteRemindPeriod();
-    static void setMinuteRemindPeriod(qint64 minutes) { minuteRemindPeriod_ = minutes; }
+    static void setMinuteRemindPeriod(qint64 minutes) { ratingMinuteRemindPeriod = minutes; }
 
     // The project version, or "0.0.0" when the bundle has none.
     static QString currentAppVersion();
@@ -79,7 +79,7 @@ public:
 private:
     static QDateTime storedDate(const char* key);
 
-    static inline bool debugMode_ = false;
-    static inline qint64 minuteUntilPrompt_ = 0;
-    static inline qint64 minuteRemindPeriod_ = 0;
+    static inline bool ratingDebugMode = false;
+    static inline qint64 ratingMinuteUntilPrompt = 0;
+    static inline qint64 ratingMinuteRemindPeriod = 0;
 };

@@ -41,7 +41,7 @@ void applyText(ui::Label* label, const char* key) {
 } // namespace
 
 RateAppDialogViewController::RateAppDialogViewController(LabelKeys keys, QObject* parent)
-    : ui::ViewController(parent), keys_(keys) {
+    : ui::ViewController(parent), dialogKeys(keys) {
     setModalPresentationStyle(ui::ModalPresentationStyle::overCurrentContext);
 }
 
@@ -66,9 +66,9 @@ void RateAppDialogViewController::loadView() {
     cardLayout->addWidget(secondLabel);
     cardLayout->addWidget(thirdLabel);
     cardLayout->addSpacing(8);
-    buttons_ = new QVBoxLayout;
-    buttons_->setSpacing(10);
-    cardLayout->addLayout(buttons_);
+    dialogButtons = new QVBoxLayout;
+    dialogButtons->setSpacing(10);
+    cardLayout->addLayout(dialogButtons);
 
     auto* backdropLayout = new QVBoxLayout(backdrop);
     backdropLayout->setContentsMargins(16, 16, 16, 16);
@@ -82,21 +82,21 @@ void RateAppDialogViewController::viewDidLoad() {
     if (!backgroundView || !firstLabel || !secondLabel || !thirdLabel)
         qFatal("%s: the card or one of its three labels is missing", metaObject()->className());
     backgroundView->setCornerRadius(cornerRadius);
-    applyText(firstLabel, keys_.first);
-    applyText(secondLabel, keys_.second);
-    applyText(thirdLabel, keys_.third);
+    applyText(firstLabel, dialogKeys.first);
+    applyText(secondLabel, dialogKeys.second);
+    applyText(thirdLabel, dialogKeys.third);
 }
 
 void RateAppDialogViewController::viewDidAppear(bool animated) {
     ui::ViewController::viewDidAppear(animated);
     // So that Enter answers and Esc closes without a click first.
-    if (focusButton_)
-        focusButton_->setFocus(Qt::OtherFocusReason);
+    if (focusButton)
+        focusButton->setFocus(Qt::OtherFocusReason);
 }
 
 ui::Button* RateAppDialogViewController::addButton(const char* titleKey, ButtonKind kind,
                                                    std::function<void(ui::Control*)> action) {
-    if (!buttons_)
+    if (!dialogButtons)
         qFatal("%s: buttons are added after the card is built", metaObject()->className());
     auto* button = new ui::Button(backgroundView);
     button->setTitle(foundation::Strings::localizedString(titleKey));
@@ -107,9 +107,9 @@ ui::Button* RateAppDialogViewController::addButton(const char* titleKey, ButtonK
     button->setFont(fontOf(button, 16, primary ? QFont::DemiBold : QFont::Normal));
     button->setFixedHeight(44);
     button->addTarget(this, std::move(action), ui::Control::touchUpInside);
-    buttons_->addWidget(button);
-    if (primary && !focusButton_)
-        focusButton_ = button;
+    dialogButtons->addWidget(button);
+    if (primary && !focusButton)
+        focusButton = button;
     return button;
 }
 

@@ -53,7 +53,7 @@ protected:
                           std::function<void(ui::Control*)> action);
 
 private:
-    LabelKeys keys_;
-    QPointer<QVBoxLayout> buttons_;
-    QPointer<ui::Button> focusButton_;
+    LabelKeys dialogKeys;
+    QPointer<QVBoxLayout> dialogButtons;
+    QPointer<ui::Button> focusButton;
 };

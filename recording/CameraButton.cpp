@@ -25,7 +25,7 @@ QEasingCurve easeInEaseOut() {
 
 } // namespace
 
-CameraButton::CameraButton(QWidget* parent) : Control(parent), fillColor_(restColor(type_)) {
+CameraButton::CameraButton(QWidget* parent) : Control(parent), fillColor(restColor(buttonType)) {
     setFixedSize(side, side);
     addTarget(
         this, [this](Control* sender) { touchUpInside(sender); }, Control::touchUpInside);
@@ -37,10 +37,10 @@ CameraButton::CameraButton(QWidget* parent) : Control(parent), fillColor_(restCo
 }
 
 void CameraButton::setType(CameraButtonType type) {
-    type_ = type;
-    delete pathAnimation_;
-    delete fillAnimation_;
-    fillColor_ = restColor(type_);
+    buttonType = type;
+    delete pathAnimation;
+    delete fillAnimation;
+    fillColor = restColor(buttonType);
     update();
 }
 
@@ -50,8 +50,8 @@ void CameraButton::setSelected(bool selected) {
 }
 
 void CameraButton::touchDown(ui::Control*) {
-    animateFill(pressedColor(type_));
-    if (type_ == CameraButtonType::video)
+    animateFill(pressedColor(buttonType));
+    if (buttonType == CameraButtonType::video)
         return;
     // A photo button shows its selected shape for as long as the finger is down.
     Control::setSelected(!isSelected());
@@ -59,7 +59,7 @@ void CameraButton::touchDown(ui::Control*) {
 }
 
 void CameraButton::touchUpInside(ui::Control*) {
-    animateFill(restColor(type_));
+    animateFill(restColor(buttonType));
     Control::setSelected(!isSelected());
     animatePath();
 }
@@ -82,15 +82,15 @@ CameraButton::Shape CameraButton::selectedShape(CameraButtonType type) {
 CameraButton::Shape CameraButton::shownShape() const {
     // The stored path, under any animation, is always the idle disc: the button is never created
     // selected.
-    if (!pathAnimation_)
+    if (!pathAnimation)
         return idleShape();
-    const qreal t = pathAnimation_->currentValue().toReal();
-    const QRectF& a = pathFrom_.rect;
-    const QRectF& b = pathTo_.rect;
+    const qreal t = pathAnimation->currentValue().toReal();
+    const QRectF& a = pathFrom.rect;
+    const QRectF& b = pathTo.rect;
     auto mix = [t](qreal from, qreal to) { return from + (to - from) * t; };
     return {QRectF(mix(a.x(), b.x()), mix(a.y(), b.y()), mix(a.width(), b.width()),
                    mix(a.height(), b.height())),
-            mix(pathFrom_.cornerRadius, pathTo_.cornerRadius)};
+            mix(pathFrom.cornerRadius, pathTo.cornerRadius)};
 }
 
 QRectF CameraButton::innerRect() const {
@@ -102,18 +102,18 @@ qreal CameraButton::innerCornerRadius() const {
 }
 
 QColor CameraButton::innerColor() const {
-    if (!fillAnimation_)
-        return fillColor_;
+    if (!fillAnimation)
+        return fillColor;
     // Interpolated colours have 8-bit channels; the end value is exactly the colour asked for.
-    const bool ended = fillAnimation_->state() == QAbstractAnimation::Stopped;
-    return (ended ? fillAnimation_->endValue() : fillAnimation_->currentValue()).value<QColor>();
+    const bool ended = fillAnimation->state() == QAbstractAnimation::Stopped;
+    return (ended ? fillAnimation->endValue() : fillAnimation->currentValue()).value<QColor>();
 }
 
 bool CameraButton::isAnimating() const {
     auto running = [](const QVariantAnimation* animation) {
         return animation && animation->state() == QAbstractAnimation::Running;
     };
-    return running(pathAnimation_) || running(fillAnimation_);
+    return running(pathAnimation) || running(fillAnimation);
 }
 
 QSize CameraButton::sizeHint() const {
@@ -122,7 +122,7 @@ QSize CameraButton::sizeHint() const {
 
 QVariantAnimation* CameraButton::startAnimation(const QVariant& from, const QVariant& to) {
     auto* animation = new QVariantAnimation(this);
-    animation->setDuration(animateDuration_ > 0 ? qRound(animateDuration_ * 1000.0) : 0);
+    animation->setDuration(buttonAnimateDuration > 0 ? qRound(buttonAnimateDuration * 1000.0) : 0);
     animation->setEasingCurve(easeInEaseOut());
     animation->setStartValue(from);
     animation->setEndValue(to);
@@ -135,16 +135,16 @@ QVariantAnimation* CameraButton::startAnimation(const QVariant& from, const QVar
 
 void CameraButton::animatePath() {
     const Shape from = shownShape();
-    delete pathAnimation_;
-    pathFrom_ = from;
-    pathTo_ = isSelected() ? selectedShape(type_) : idleShape();
-    pathAnimation_ = startAnimation(0.0, 1.0);
+    delete pathAnimation;
+    pathFrom = from;
+    pathTo = isSelected() ? selectedShape(buttonType) : idleShape();
+    pathAnimation = startAnimation(0.0, 1.0);
 }
 
 void CameraButton::animateFill(const QColor& to) {
     const QColor from = innerColor();
-    delete fillAnimation_;
-    fillAnimation_ = startAnimation(from, to);
+    delete fillAnimation;
+    fillAnimation = startAnimation(from, to);
 }
 
 void CameraButton::paintEvent(QPaintEvent*) {

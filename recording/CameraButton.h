@@ -31,13 +31,13 @@ public:
 
     explicit CameraButton(QWidget* parent = nullptr);
 
-    CameraButtonType type() const { return type_; }
+    CameraButtonType type() const { return buttonType; }
     // Drops every animation, including those holding the current shape and fill.
     void setType(CameraButtonType type);
 
     // Seconds, for every animation of the button.
-    double animateDuration() const { return animateDuration_; }
-    void setAnimateDuration(double seconds) { animateDuration_ = seconds; }
+    double animateDuration() const { return buttonAnimateDuration; }
+    void setAnimateDuration(double seconds) { buttonAnimateDuration = seconds; }
 
     // Every write animates the shape, even to the one already shown.
     void setSelected(bool selected) override;
@@ -71,12 +71,12 @@ private:
     void animateFill(const QColor& to);
     QVariantAnimation* startAnimation(const QVariant& from, const QVariant& to);
 
-    CameraButtonType type_ = CameraButtonType::photo;
-    double animateDuration_ = 0.3;
-    QColor fillColor_;
-    Shape pathFrom_;
-    Shape pathTo_;
-    // Progress 0 to 1 from pathFrom_ to pathTo_, eased.
-    QPointer<QVariantAnimation> pathAnimation_;
-    QPointer<QVariantAnimation> fillAnimation_;
+    CameraButtonType buttonType = CameraButtonType::photo;
+    double buttonAnimateDuration = 0.3;
+    QColor fillColor;
+    Shape pathFrom;
+    Shape pathTo;
+    // Progress 0 to 1 from pathFrom to pathTo, eased.
+    QPointer<QVariantAnimation> pathAnimation;
+    QPointer<QVariantAnimation> fillAnimation;
 };

@@ -60,23 +60,23 @@ Device& Device::current() {
 }
 
 Device::FormFactor Device::formFactor() const {
-    if (m_formFactorOverride)
-        return *m_formFactorOverride;
-    if (!m_formFactor) {
-        m_formFactor = detectFormFactor(qEnvironmentVariable("TESSARO_FORM_FACTOR"),
-                                        systemDeviceTreeChassis, systemDmiChassis);
-        qCDebug(lcFoundation) << "Form factor" << *m_formFactor;
+    if (formFactorOverride)
+        return *formFactorOverride;
+    if (!deviceFormFactor) {
+        deviceFormFactor = detectFormFactor(qEnvironmentVariable("TESSARO_FORM_FACTOR"),
+                                            systemDeviceTreeChassis, systemDmiChassis);
+        qCDebug(lcFoundation) << "Form factor" << *deviceFormFactor;
     }
-    return *m_formFactor;
+    return *deviceFormFactor;
 }
 
 void Device::setFormFactorForTesting(std::optional<FormFactor> formFactor) {
-    m_formFactorOverride = formFactor;
+    formFactorOverride = formFactor;
 }
 
 void Device::setOrientationForTesting(Orientation orientation) {
-    m_orientationOverridden = true;
-    m_orientation = orientation;
+    orientationOverridden = true;
+    deviceOrientation = orientation;
     emit orientationDidChange();
 }
 
@@ -133,13 +133,13 @@ void Device::startOrientationSensor() {
     const QByteArray identifier = orientationSensorIdentifier();
     if (identifier.isEmpty())
         return;
-    m_sensor = new QOrientationSensor(this);
-    m_sensor->setIdentifier(identifier);
-    connect(m_sensor, &QOrientationSensor::readingChanged, this, &Device::readOrientation);
-    if (!m_sensor->start()) {
+    deviceSensor = new QOrientationSensor(this);
+    deviceSensor->setIdentifier(identifier);
+    connect(deviceSensor, &QOrientationSensor::readingChanged, this, &Device::readOrientation);
+    if (!deviceSensor->start()) {
         qCDebug(lcFoundation) << "Orientation sensor" << identifier << "did not start";
-        delete m_sensor;
-        m_sensor = nullptr;
+        delete deviceSensor;
+        deviceSensor = nullptr;
         return;
     }
     qCDebug(lcFoundation) << "Orientation from" << identifier;
@@ -147,12 +147,12 @@ void Device::startOrientationSensor() {
 }
 
 void Device::readOrientation() {
-    if (m_orientationOverridden || !m_sensor || !m_sensor->reading())
+    if (orientationOverridden || !deviceSensor || !deviceSensor->reading())
         return;
-    const Orientation orientation = orientationFromReading(m_sensor->reading()->orientation());
-    if (orientation == m_orientation)
+    const Orientation orientation = orientationFromReading(deviceSensor->reading()->orientation());
+    if (orientation == deviceOrientation)
         return;
-    m_orientation = orientation;
+    deviceOrientation = orientation;
     emit orientationDidChange();
 }
 

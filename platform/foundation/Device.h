@@ -38,7 +38,7 @@ public:
     void setFormFactorForTesting(std::optional<FormFactor> formFactor);
 
     // From the orientation sensor; unknown on a machine without one.
-    Orientation orientation() const { return m_orientation; }
+    Orientation orientation() const { return deviceOrientation; }
     static bool isLandscape(Orientation orientation) {
         return orientation == Orientation::landscapeLeft ||
                orientation == Orientation::landscapeRight;
@@ -62,11 +62,11 @@ private:
     void startOrientationSensor();
     void readOrientation();
 
-    mutable std::optional<FormFactor> m_formFactor;
-    std::optional<FormFactor> m_formFactorOverride;
-    Orientation m_orientation = Orientation::unknown;
-    bool m_orientationOverridden = false;
-    QOrientationSensor* m_sensor = nullptr;
+    mutable std::optional<FormFactor> deviceFormFactor;
+    std::optional<FormFactor> formFactorOverride;
+    Orientation deviceOrientation = Orientation::unknown;
+    bool orientationOverridden = false;
+    QOrientationSensor* deviceSensor = nullptr;
 };
 
 } // namespace foundation

@@ -70,7 +70,7 @@ QString PreferenceValue::toString() const {
             else
                 return dateText(value);
         },
-        m_value);
+        storedValue);
 }
 
 QJsonObject PreferenceValue::toJson() const {
@@ -84,7 +84,7 @@ QJsonObject PreferenceValue::toJson() const {
             else
                 return v;
         },
-        m_value);
+        storedValue);
     return QJsonObject{{QStringLiteral("type"), QLatin1String(typeName())},
                        {QStringLiteral("value"), value}};
 }

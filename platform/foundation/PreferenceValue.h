@@ -21,31 +21,31 @@ public:
     enum class Type { boolean, integer, float32, float64, string, date };
     using Variant = std::variant<bool, qint64, float, double, QString, QDateTime>;
 
-    PreferenceValue(bool value) : m_value(value) {}
+    PreferenceValue(bool value) : storedValue(value) {}
     // Every integer type, so that a plain int literal is not ambiguous between bool and float.
     template <std::integral T>
     requires(!std::same_as<T, bool>) PreferenceValue(T value)
-        : m_value(static_cast<qint64>(value)) {
+        : storedValue(static_cast<qint64>(value)) {
         static_assert(std::is_signed_v<T> || sizeof(T) < sizeof(qint64),
                       "an unsigned 64-bit value does not fit a preference integer");
     }
-    PreferenceValue(float value) : m_value(value) {}
-    PreferenceValue(double value) : m_value(value) {}
-    PreferenceValue(QString value) : m_value(std::move(value)) {}
+    PreferenceValue(float value) : storedValue(value) {}
+    PreferenceValue(double value) : storedValue(value) {}
+    PreferenceValue(QString value) : storedValue(std::move(value)) {}
     // Without it a string literal would become a bool.
-    PreferenceValue(const char* value) : m_value(QString::fromUtf8(value)) {}
-    PreferenceValue(QDateTime value) : m_value(std::move(value)) {}
+    PreferenceValue(const char* value) : storedValue(QString::fromUtf8(value)) {}
+    PreferenceValue(QDateTime value) : storedValue(std::move(value)) {}
 
-    Type type() const { return static_cast<Type>(m_value.index()); }
+    Type type() const { return static_cast<Type>(storedValue.index()); }
     // "bool", "integer", "float", "double", "string" or "date": the names used in the file and in
     // messages.
     const char* typeName() const { return typeName(type()); }
     static const char* typeName(Type type);
     static std::optional<Type> typeFromName(const QString& name);
 
-    template <typename T> bool holds() const { return std::holds_alternative<T>(m_value); }
-    template <typename T> const T* getIf() const { return std::get_if<T>(&m_value); }
-    const Variant& variant() const { return m_value; }
+    template <typename T> bool holds() const { return std::holds_alternative<T>(storedValue); }
+    template <typename T> const T* getIf() const { return std::get_if<T>(&storedValue); }
+    const Variant& variant() const { return storedValue; }
 
     // The value as text, for messages and test output.
     QString toString() const;
@@ -61,7 +61,7 @@ public:
     friend bool operator==(const PreferenceValue&, const PreferenceValue&) = default;
 
 private:
-    Variant m_value;
+    Variant storedValue;
 };
 
 QDebug operator<<(QDebug debug, const PreferenceValue& value);

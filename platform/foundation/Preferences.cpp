@@ -38,7 +38,7 @@ void requireKey(const QString& key) {
 } // namespace
 
 Preferences::Preferences(QString filePath, QObject* parent)
-    : QObject(parent), m_filePath(std::move(filePath)) {
+    : QObject(parent), storeFilePath(std::move(filePath)) {
     load();
 }
 
@@ -65,8 +65,8 @@ void Preferences::resetStandardForTesting() {
 
 std::optional<PreferenceValue> Preferences::valueForKey(const QString& key) const {
     requireKey(key);
-    const auto stored = m_values.constFind(key);
-    if (stored != m_values.cend())
+    const auto stored = storeValues.constFind(key);
+    if (stored != storeValues.cend())
         return *stored;
     return PreferenceSchema::defaultValue(key);
 }
@@ -135,12 +135,12 @@ void Preferences::setObject(const QString& key, const PreferenceValue& value) {
     const QDateTime* date = value.getIf<QDateTime>();
     const PreferenceValue stored = date && date->isValid() ? PreferenceValue(date->toUTC()) : value;
 
-    const auto current = m_values.constFind(key);
-    const bool changed = current == m_values.cend() || !(*current == stored);
+    const auto current = storeValues.constFind(key);
+    const bool changed = current == storeValues.cend() || !(*current == stored);
     // An unchanged value is still written when the last write failed.
-    if (!changed && m_saved)
+    if (!changed && saved)
         return;
-    m_values.insert(key, stored);
+    storeValues.insert(key, stored);
     save();
     if (changed)
         emit valueChanged(key);
@@ -148,8 +148,8 @@ void Preferences::setObject(const QString& key, const PreferenceValue& value) {
 
 void Preferences::removeObjectForKey(const QString& key) {
     requireKey(key);
-    const bool changed = m_values.remove(key);
-    if (!changed && m_saved)
+    const bool changed = storeValues.remove(key);
+    if (!changed && saved)
         return;
     save();
     if (changed)
@@ -157,13 +157,13 @@ void Preferences::removeObjectForKey(const QString& key) {
 }
 
 void Preferences::load() {
-    QFile file(m_filePath);
+    QFile file(storeFilePath);
     if (!file.exists())
         return;
     if (!file.open(QIODevice::ReadOnly)) {
         qCWarning(lcFoundation).noquote()
             << QStringLiteral("Cannot read preferences from %1 (%2); using the defaults")
-                   .arg(m_filePath, file.errorString());
+                   .arg(storeFilePath, file.errorString());
         return;
     }
     QJsonParseError parseError;
@@ -187,7 +187,7 @@ void Preferences::load() {
         if (!value) {
             qCWarning(lcFoundation).noquote()
                 << QStringLiteral("Skipping preference \"%1\" in %2: %3")
-                       .arg(entry.key(), m_filePath, error);
+                       .arg(entry.key(), storeFilePath, error);
             continue;
         }
         // Read as the default, so that a hand-edited or foreign file cannot stop the app.
@@ -195,11 +195,11 @@ void Preferences::load() {
         if (!rejection.isEmpty()) {
             qCWarning(lcFoundation).noquote()
                 << QStringLiteral("Ignoring preference \"%1\" in %2: %3; using the default")
-                       .arg(entry.key(), m_filePath, rejection);
+                       .arg(entry.key(), storeFilePath, rejection);
             continue;
         }
         if (!entry.key().isEmpty())
-            m_values.insert(entry.key(), *value);
+            storeValues.insert(entry.key(), *value);
     }
 }
 
@@ -208,32 +208,32 @@ void Preferences::moveAside(const QString& reason) {
     // copy has, and never delete it.
     const QString stamp =
         QLocale::c().toString(QDateTime::currentDateTime(), QStringLiteral("yyyyMMdd-HHmmss"));
-    const QString base = m_filePath + QStringLiteral(".corrupt-") + stamp;
+    const QString base = storeFilePath + QStringLiteral(".corrupt-") + stamp;
     QString aside = base;
     for (int n = 2; QFileInfo::exists(aside); ++n)
         aside = base + QLatin1Char('-') + QString::number(n);
 
-    if (QFile::rename(m_filePath, aside))
+    if (QFile::rename(storeFilePath, aside))
         qCWarning(lcFoundation).noquote()
             << QStringLiteral(
                    "Preferences file %1 is damaged (%2); moved it to %3, using the defaults")
-                   .arg(m_filePath, reason, aside);
+                   .arg(storeFilePath, reason, aside);
     else
         qCWarning(lcFoundation).noquote()
             << QStringLiteral("Preferences file %1 is damaged (%2) and could not be moved to %3; "
                               "using the defaults")
-                   .arg(m_filePath, reason, aside);
+                   .arg(storeFilePath, reason, aside);
 }
 
 void Preferences::save() {
     QJsonObject values;
-    for (auto entry = m_values.cbegin(); entry != m_values.cend(); ++entry)
+    for (auto entry = storeValues.cbegin(); entry != storeValues.cend(); ++entry)
         values.insert(entry.key(), entry.value().toJson());
     const QJsonObject root{{QStringLiteral("version"), fileFormatVersion},
                            {QStringLiteral("values"), values}};
 
-    const QString folder = QFileInfo(m_filePath).absolutePath();
-    QSaveFile file(m_filePath);
+    const QString folder = QFileInfo(storeFilePath).absolutePath();
+    QSaveFile file(storeFilePath);
     QString error;
     if (!QDir().mkpath(folder))
         error = QStringLiteral("cannot create the folder");
@@ -242,12 +242,12 @@ void Preferences::save() {
     else if (file.write(QJsonDocument(root).toJson(QJsonDocument::Indented)) < 0 || !file.commit())
         error = file.errorString();
 
-    m_saved = error.isEmpty();
-    if (!m_saved)
+    saved = error.isEmpty();
+    if (!saved)
         qCWarning(lcFoundation).noquote()
             << QStringLiteral(
                    "Cannot save preferences to %1 (%2); the change lasts until the app quits")
-                   .arg(m_filePath, error);
+                   .arg(storeFilePath, error);
 }
 
 } // namespace foundation

@@ -28,13 +28,13 @@ public:
     // Drops the standard store; the next standard() reads the environment and the file again.
     static void resetStandardForTesting();
 
-    QString filePath() const { return m_filePath; }
+    QString filePath() const { return storeFilePath; }
     // Whether the last change reached the disk.
-    bool isSaved() const { return m_saved; }
+    bool isSaved() const { return saved; }
 
     // The stored value, else the schema's default, else nullopt.
     std::optional<PreferenceValue> valueForKey(const QString& key) const;
-    bool hasStoredValue(const QString& key) const { return m_values.contains(key); }
+    bool hasStoredValue(const QString& key) const { return storeValues.contains(key); }
 
     // Forced reads: an absent key without a default gives false, 0, 0.0, a null string or an
     // invalid date; a value of another type (which only the code can store) stops the program.
@@ -64,10 +64,10 @@ private:
     void moveAside(const QString& reason);
     void save();
 
-    QString m_filePath;
-    QHash<QString, PreferenceValue> m_values;
+    QString storeFilePath;
+    QHash<QString, PreferenceValue> storeValues;
     // Stored values mirror the file only when true; a later change retries the write.
-    bool m_saved = true;
+    bool saved = true;
 };
 
 } // namespace foundation

@@ -21,34 +21,34 @@ template <typename T> T valueForState(const QHash<unsigned, T>& values, unsigned
 } // namespace
 
 Button::Button(QWidget* parent) : Control(parent) {
-    titleColors_.insert(normal, Qt::white);
+    titleColors.insert(normal, Qt::white);
 }
 
 void Button::setTitle(const QString& title, unsigned state) {
-    titles_.insert(state, title);
+    titles.insert(state, title);
     contentChanged();
 }
 
 QString Button::titleForState(unsigned state) const {
-    return valueForState(titles_, state);
+    return valueForState(titles, state);
 }
 
 void Button::setTitleColor(const QColor& color, unsigned state) {
-    titleColors_.insert(state, color);
+    titleColors.insert(state, color);
     update();
 }
 
 QColor Button::titleColorForState(unsigned state) const {
-    return valueForState(titleColors_, state);
+    return valueForState(titleColors, state);
 }
 
 void Button::setImage(const QIcon& image, unsigned state) {
-    images_.insert(state, image);
+    buttonImages.insert(state, image);
     contentChanged();
 }
 
 QIcon Button::imageForState(unsigned state) const {
-    return valueForState(images_, state);
+    return valueForState(buttonImages, state);
 }
 
 QSize Button::imageSize() const {
@@ -56,14 +56,14 @@ QSize Button::imageSize() const {
 }
 
 void Button::setImageSize(QSize size) {
-    imageSize_ = size;
+    buttonImageSize = size;
     contentChanged();
 }
 
 QSize Button::imageSizeFor(const QIcon& image) const {
     if (image.isNull())
         return QSize(0, 0);
-    QSize box = imageSize_;
+    QSize box = buttonImageSize;
     if (!box.isValid()) {
         const QList<QSize> sizes = image.availableSizes();
         box = sizes.isEmpty() ? scalableImageSize
@@ -76,27 +76,27 @@ QSize Button::imageSizeFor(const QIcon& image) const {
 }
 
 void Button::setContentEdgeInsets(const QMargins& insets) {
-    contentEdgeInsets_ = insets;
+    buttonContentEdgeInsets = insets;
     contentChanged();
 }
 
 void Button::setAdjustsImageWhenHighlighted(bool adjusts) {
-    adjustsImageWhenHighlighted_ = adjusts;
+    buttonAdjustsImageWhenHighlighted = adjusts;
     update();
 }
 
 void Button::setAdjustsImageWhenDisabled(bool adjusts) {
-    adjustsImageWhenDisabled_ = adjusts;
+    buttonAdjustsImageWhenDisabled = adjusts;
     update();
 }
 
 void Button::setBackgroundColor(const QColor& color) {
-    backgroundColor_ = color;
+    buttonBackgroundColor = color;
     update();
 }
 
 void Button::setCornerRadius(qreal radius) {
-    cornerRadius_ = radius;
+    buttonCornerRadius = radius;
     update();
 }
 
@@ -113,7 +113,7 @@ QSize Button::sizeHint() const {
     // Rounded up: a title a fraction wider than its button is drawn elided.
     const int titleWidth = title.isEmpty() ? 0 : qCeil(metrics.horizontalAdvance(title));
     const int titleHeight = title.isEmpty() ? 0 : qCeil(metrics.height());
-    const QMargins& insets = contentEdgeInsets_;
+    const QMargins& insets = buttonContentEdgeInsets;
     return QSize(qMax(0, image.width() + titleWidth + insets.left() + insets.right()),
                  qMax(0, qMax(image.height(), titleHeight) + insets.top() + insets.bottom()));
 }
@@ -123,14 +123,14 @@ void Button::paintEvent(QPaintEvent*) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
 
-    if (backgroundColor_.isValid()) {
-        const qreal radius = qMin(cornerRadius_, qMin(width(), height()) / 2.0);
+    if (buttonBackgroundColor.isValid()) {
+        const qreal radius = qMin(buttonCornerRadius, qMin(width(), height()) / 2.0);
         painter.setPen(Qt::NoPen);
-        painter.setBrush(backgroundColor_);
+        painter.setBrush(buttonBackgroundColor);
         painter.drawRoundedRect(QRectF(rect()), radius, radius);
     }
 
-    const QRect content = rect().marginsRemoved(contentEdgeInsets_);
+    const QRect content = rect().marginsRemoved(buttonContentEdgeInsets);
     if (content.width() <= 0 || content.height() <= 0)
         return;
     const unsigned s = state();
@@ -149,9 +149,9 @@ void Button::paintEvent(QPaintEvent*) {
 
     if (!imageSize.isEmpty()) {
         qreal opacity = 1.0;
-        if (isHighlighted && adjustsImageWhenHighlighted_)
+        if (isHighlighted && buttonAdjustsImageWhenHighlighted)
             opacity = highlightedOpacity;
-        if (isDisabled && adjustsImageWhenDisabled_)
+        if (isDisabled && buttonAdjustsImageWhenDisabled)
             opacity = disabledOpacity;
         const QRectF target(left, content.top() + (content.height() - imageSize.height()) / 2.0,
                             imageSize.width(), imageSize.height());
@@ -164,9 +164,9 @@ void Button::paintEvent(QPaintEvent*) {
     if (titleWidth > 0) {
         // A state given its own colour is drawn as given; otherwise the normal colour is dimmed.
         qreal opacity = 1.0;
-        if (isHighlighted && !titleColors_.contains(s))
+        if (isHighlighted && !titleColors.contains(s))
             opacity = highlightedOpacity;
-        if (isDisabled && !titleColors_.contains(s))
+        if (isDisabled && !titleColors.contains(s))
             opacity = disabledOpacity;
         painter.setOpacity(opacity);
         painter.setPen(titleColorForState(s));

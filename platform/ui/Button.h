@@ -34,18 +34,18 @@ public:
     void setImageSize(QSize size);
 
     // Negative insets let the content use more than the rect, or move it off centre.
-    QMargins contentEdgeInsets() const { return contentEdgeInsets_; }
+    QMargins contentEdgeInsets() const { return buttonContentEdgeInsets; }
     void setContentEdgeInsets(const QMargins& insets);
 
-    bool adjustsImageWhenHighlighted() const { return adjustsImageWhenHighlighted_; }
+    bool adjustsImageWhenHighlighted() const { return buttonAdjustsImageWhenHighlighted; }
     void setAdjustsImageWhenHighlighted(bool adjusts);
-    bool adjustsImageWhenDisabled() const { return adjustsImageWhenDisabled_; }
+    bool adjustsImageWhenDisabled() const { return buttonAdjustsImageWhenDisabled; }
     void setAdjustsImageWhenDisabled(bool adjusts);
 
     // A filled rounded rectangle behind the content; invalid colour: none.
-    QColor backgroundColor() const { return backgroundColor_; }
+    QColor backgroundColor() const { return buttonBackgroundColor; }
     void setBackgroundColor(const QColor& color);
-    qreal cornerRadius() const { return cornerRadius_; }
+    qreal cornerRadius() const { return buttonCornerRadius; }
     void setCornerRadius(qreal radius);
 
     QSize sizeHint() const override;
@@ -57,15 +57,15 @@ private:
     QSize imageSizeFor(const QIcon& image) const;
     void contentChanged();
 
-    QHash<unsigned, QString> titles_;
-    QHash<unsigned, QColor> titleColors_;
-    QHash<unsigned, QIcon> images_;
-    QSize imageSize_;
-    QMargins contentEdgeInsets_;
-    bool adjustsImageWhenHighlighted_ = true;
-    bool adjustsImageWhenDisabled_ = true;
-    QColor backgroundColor_;
-    qreal cornerRadius_ = 0;
+    QHash<unsigned, QString> titles;
+    QHash<unsigned, QColor> titleColors;
+    QHash<unsigned, QIcon> buttonImages;
+    QSize buttonImageSize;
+    QMargins buttonContentEdgeInsets;
+    bool buttonAdjustsImageWhenHighlighted = true;
+    bool buttonAdjustsImageWhenDisabled = true;
+    QColor buttonBackgroundColor;
+    qreal buttonCornerRadius = 0;
 };
 
 } // namespace ui

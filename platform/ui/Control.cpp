@@ -23,16 +23,16 @@ void Control::addTarget(QObject* receiver, Action action, unsigned events) {
         return;
     if (receiver && receiver != this) {
         const bool watched =
-            std::any_of(targets_.begin(), targets_.end(),
+            std::any_of(controlTargets.begin(), controlTargets.end(),
                         [receiver](const Target& t) { return t.receiver == receiver; });
         if (!watched)
             connect(receiver, &QObject::destroyed, this, &Control::pruneTargets);
     }
-    targets_.push_back({receiver, receiver != nullptr, std::move(action), events});
+    controlTargets.push_back({receiver, receiver != nullptr, std::move(action), events});
 }
 
 void Control::removeTargets(QObject* receiver, unsigned events) {
-    for (Target& t : targets_) {
+    for (Target& t : controlTargets) {
         if (t.receiver == receiver && t.guarded == (receiver != nullptr))
             t.events &= ~events;
     }
@@ -41,7 +41,7 @@ void Control::removeTargets(QObject* receiver, unsigned events) {
 
 unsigned Control::allControlEvents() const {
     unsigned events = 0;
-    for (const Target& t : targets_) {
+    for (const Target& t : controlTargets) {
         if (!t.guarded || t.receiver)
             events |= t.events;
     }
@@ -49,7 +49,7 @@ unsigned Control::allControlEvents() const {
 }
 
 void Control::pruneTargets() {
-    std::erase_if(targets_,
+    std::erase_if(controlTargets,
                   [](const Target& t) { return t.events == 0 || (t.guarded && !t.receiver); });
 }
 
@@ -62,7 +62,7 @@ void Control::sendActions(unsigned events) {
         if (!self)
             return;
         // Actions may add or remove targets while they run.
-        const std::vector<Target> targets = targets_;
+        const std::vector<Target> targets = controlTargets;
         for (const Target& t : targets) {
             if (!(t.events & bit) || (t.guarded && !t.receiver))
                 continue;
@@ -74,67 +74,67 @@ void Control::sendActions(unsigned events) {
 }
 
 void Control::setHighlighted(bool highlighted) {
-    if (highlighted_ == highlighted)
+    if (controlHighlighted == highlighted)
         return;
-    highlighted_ = highlighted;
+    controlHighlighted = highlighted;
     update();
 }
 
 void Control::setSelected(bool selected) {
-    if (selected_ == selected)
+    if (controlSelected == selected)
         return;
-    selected_ = selected;
+    controlSelected = selected;
     update();
 }
 
 unsigned Control::state() const {
-    return (highlighted_ ? highlighted : normal) | (isEnabled() ? normal : disabled) |
-           (selected_ ? selected : normal);
+    return (controlHighlighted ? highlighted : normal) | (isEnabled() ? normal : disabled) |
+           (controlSelected ? selected : normal);
 }
 
 QRectF Control::trackingBounds() const {
-    const qreal m = trackingMargin_;
+    const qreal m = controlTrackingMargin;
     return QRectF(rect()).adjusted(-m, -m, m, m);
 }
 
 void Control::touchBegan(QPointF position, bool repeat) {
-    tracking_ = true;
-    touchInside_ = true;
+    controlTracking = true;
+    touchInside = true;
     setHighlighted(true);
     beginTracking(position);
     sendActions(repeat ? touchDown | touchDownRepeat : touchDown);
 }
 
 void Control::touchMoved(QPointF position) {
-    const bool wasInside = touchInside_;
-    touchInside_ = trackingBounds().contains(position);
-    setHighlighted(touchInside_);
+    const bool wasInside = touchInside;
+    touchInside = trackingBounds().contains(position);
+    setHighlighted(touchInside);
     continueTracking(position);
     QPointer<Control> self(this);
-    if (touchInside_ != wasInside) {
-        sendActions(touchInside_ ? touchDragEnter : touchDragExit);
+    if (touchInside != wasInside) {
+        sendActions(touchInside ? touchDragEnter : touchDragExit);
         // The action may have hidden or disabled the control, which cancelled the touch.
-        if (!self || !tracking_)
+        if (!self || !controlTracking)
             return;
     }
-    sendActions(touchInside_ ? touchDragInside : touchDragOutside);
+    sendActions(touchInside ? touchDragInside : touchDragOutside);
 }
 
 void Control::touchEnded(QPointF position) {
-    tracking_ = false;
-    touchInside_ = trackingBounds().contains(position);
+    controlTracking = false;
+    touchInside = trackingBounds().contains(position);
     setHighlighted(false);
-    sinceLastTouchEnd_.start();
-    lastTouchEnd_ = position;
+    sinceLastTouchEnd.start();
+    lastTouchEnd = position;
     endTracking(position);
-    sendActions(touchInside_ ? touchUpInside : touchUpOutside);
+    sendActions(touchInside ? touchUpInside : touchUpOutside);
 }
 
 void Control::touchCancelled() {
-    if (!tracking_)
+    if (!controlTracking)
         return;
-    tracking_ = false;
-    touchInside_ = false;
+    controlTracking = false;
+    touchInside = false;
     setHighlighted(false);
     cancelTracking();
     sendActions(touchCancel);
@@ -142,31 +142,31 @@ void Control::touchCancelled() {
 
 bool Control::handleTouch(QTouchEvent* event) {
     if (event->type() == QEvent::TouchCancel) {
-        if (trackingTouchScreen_)
+        if (trackingTouchScreen)
             touchCancelled();
         return true;
     }
     if (event->type() == QEvent::TouchBegin) {
-        if (!isEnabled() || tracking_ || event->points().isEmpty()) {
+        if (!isEnabled() || controlTracking || event->points().isEmpty()) {
             event->ignore();
             return false;
         }
         const QEventPoint& point = event->points().constFirst();
-        touchPointId_ = point.id();
-        trackingTouchScreen_ = true;
+        touchPointId = point.id();
+        trackingTouchScreen = true;
         const QStyleHints* hints = QGuiApplication::styleHints();
-        const bool repeat = sinceLastTouchEnd_.isValid() &&
-                            sinceLastTouchEnd_.elapsed() < hints->mouseDoubleClickInterval() &&
-                            (point.position() - lastTouchEnd_).manhattanLength() <
-                                hints->mouseDoubleClickDistance();
+        const bool repeat =
+            sinceLastTouchEnd.isValid() &&
+            sinceLastTouchEnd.elapsed() < hints->mouseDoubleClickInterval() &&
+            (point.position() - lastTouchEnd).manhattanLength() < hints->mouseDoubleClickDistance();
         touchBegan(point.position(), repeat);
         event->accept();
         return true;
     }
-    if (!tracking_ || !trackingTouchScreen_)
+    if (!controlTracking || !trackingTouchScreen)
         return true;
     for (const QEventPoint& point : event->points()) {
-        if (point.id() != touchPointId_)
+        if (point.id() != touchPointId)
             continue;
         if (point.state() == QEventPoint::Released || event->type() == QEvent::TouchEnd)
             touchEnded(point.position());
@@ -185,7 +185,7 @@ bool Control::event(QEvent* event) {
     case QEvent::TouchCancel:
         return handleTouch(static_cast<QTouchEvent*>(event));
     case QEvent::UngrabMouse:
-        if (!trackingTouchScreen_)
+        if (!trackingTouchScreen)
             touchCancelled();
         break;
     default:
@@ -195,25 +195,25 @@ bool Control::event(QEvent* event) {
 }
 
 void Control::mousePressEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton || tracking_) {
+    if (event->button() != Qt::LeftButton || controlTracking) {
         event->ignore();
         return;
     }
-    trackingTouchScreen_ = false;
+    trackingTouchScreen = false;
     touchBegan(event->position(), false);
 }
 
 void Control::mouseDoubleClickEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton || tracking_) {
+    if (event->button() != Qt::LeftButton || controlTracking) {
         event->ignore();
         return;
     }
-    trackingTouchScreen_ = false;
+    trackingTouchScreen = false;
     touchBegan(event->position(), true);
 }
 
 void Control::mouseMoveEvent(QMouseEvent* event) {
-    if (!tracking_ || trackingTouchScreen_) {
+    if (!controlTracking || trackingTouchScreen) {
         event->ignore();
         return;
     }
@@ -221,7 +221,7 @@ void Control::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void Control::mouseReleaseEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton || !tracking_ || trackingTouchScreen_) {
+    if (event->button() != Qt::LeftButton || !controlTracking || trackingTouchScreen) {
         event->ignore();
         return;
     }
@@ -234,7 +234,7 @@ void Control::keyPressEvent(QKeyEvent* event) {
         QWidget::keyPressEvent(event);
         return;
     }
-    if (event->isAutoRepeat() || tracking_)
+    if (event->isAutoRepeat() || controlTracking)
         return;
     QPointer<Control> self(this);
     sendActions(touchDown);

@@ -62,17 +62,17 @@ public:
     // order they were added. Sent whether or not the control is enabled.
     void sendActions(unsigned events);
 
-    bool isHighlighted() const { return highlighted_; }
+    bool isHighlighted() const { return controlHighlighted; }
     void setHighlighted(bool highlighted);
-    bool isSelected() const { return selected_; }
+    bool isSelected() const { return controlSelected; }
     virtual void setSelected(bool selected);
     // The platform's state mask.
     unsigned state() const;
 
-    bool isTracking() const { return tracking_; }
-    bool isTouchInside() const { return touchInside_; }
-    int trackingMargin() const { return trackingMargin_; }
-    void setTrackingMargin(int margin) { trackingMargin_ = margin; }
+    bool isTracking() const { return controlTracking; }
+    bool isTouchInside() const { return touchInside; }
+    int trackingMargin() const { return controlTrackingMargin; }
+    void setTrackingMargin(int margin) { controlTrackingMargin = margin; }
 
 signals:
     void controlEvent(unsigned event);
@@ -109,17 +109,17 @@ private:
     QRectF trackingBounds() const;
     void pruneTargets();
 
-    std::vector<Target> targets_;
-    bool highlighted_ = false;
-    bool selected_ = false;
-    bool tracking_ = false;
-    bool trackingTouchScreen_ = false;
-    bool touchInside_ = false;
-    int trackingMargin_ = defaultTrackingMargin;
-    int touchPointId_ = -1;
+    std::vector<Target> controlTargets;
+    bool controlHighlighted = false;
+    bool controlSelected = false;
+    bool controlTracking = false;
+    bool trackingTouchScreen = false;
+    bool touchInside = false;
+    int controlTrackingMargin = defaultTrackingMargin;
+    int touchPointId = -1;
     // A touch soon after and near the last one is a repeated tap.
-    QElapsedTimer sinceLastTouchEnd_;
-    QPointF lastTouchEnd_;
+    QElapsedTimer sinceLastTouchEnd;
+    QPointF lastTouchEnd;
 };
 
 } // namespace ui

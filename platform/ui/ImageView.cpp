@@ -13,36 +13,36 @@ ImageView::ImageView(const QIcon& image, QWidget* parent) : QWidget(parent) {
 }
 
 void ImageView::setImage(const QIcon& image) {
-    image_ = image;
-    pixmapSize_ = {};
+    shownImage = image;
+    pixmapSize = {};
     updateGeometry();
     update();
 }
 
 void ImageView::setImage(const QPixmap& image) {
-    image_ = image.isNull() ? QIcon() : QIcon(image);
-    pixmapSize_ = image.deviceIndependentSize().toSize();
+    shownImage = image.isNull() ? QIcon() : QIcon(image);
+    pixmapSize = image.deviceIndependentSize().toSize();
     updateGeometry();
     update();
 }
 
 void ImageView::setContentMode(ContentMode mode) {
-    contentMode_ = mode;
+    shownContentMode = mode;
     update();
 }
 
 QSize ImageView::imageSize() const {
-    if (image_.isNull())
+    if (shownImage.isNull())
         return {};
-    if (pixmapSize_.isValid())
-        return pixmapSize_;
-    const QList<QSize> sizes = image_.availableSizes();
+    if (pixmapSize.isValid())
+        return pixmapSize;
+    const QList<QSize> sizes = shownImage.availableSizes();
     if (!sizes.isEmpty()) {
         return *std::max_element(sizes.begin(), sizes.end(), [](QSize a, QSize b) {
             return a.width() * a.height() < b.width() * b.height();
         });
     }
-    return image_.actualSize(size().isEmpty() ? QSize(64, 64) : size());
+    return shownImage.actualSize(size().isEmpty() ? QSize(64, 64) : size());
 }
 
 QSize ImageView::sizeHint() const {
@@ -56,7 +56,7 @@ QRectF ImageView::imageRect() const {
     if (natural.isEmpty())
         return {};
     QSizeF size;
-    switch (contentMode_) {
+    switch (shownContentMode) {
     case ContentMode::scaleToFill:
         return bounds;
     case ContentMode::scaleAspectFit:
@@ -80,7 +80,7 @@ void ImageView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     // Raster icons never come out larger than their source; drawPixmap scales them up.
-    const QPixmap pixmap = image_.pixmap(target.size().toSize(), devicePixelRatioF());
+    const QPixmap pixmap = shownImage.pixmap(target.size().toSize(), devicePixelRatioF());
     painter.drawPixmap(target, pixmap, QRectF(pixmap.rect()));
 }
 

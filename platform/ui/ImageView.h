@@ -22,11 +22,11 @@ public:
     explicit ImageView(QWidget* parent = nullptr);
     explicit ImageView(const QIcon& image, QWidget* parent = nullptr);
 
-    QIcon image() const { return image_; }
+    QIcon image() const { return shownImage; }
     void setImage(const QIcon& image);
     void setImage(const QPixmap& image);
 
-    ContentMode contentMode() const { return contentMode_; }
+    ContentMode contentMode() const { return shownContentMode; }
     void setContentMode(ContentMode mode);
 
     // A pixmap's own size, an icon's largest one, or for a scalable icon its shape fitted to the
@@ -41,9 +41,9 @@ protected:
 private:
     QRectF imageRect() const;
 
-    QIcon image_;
-    QSize pixmapSize_;
-    ContentMode contentMode_ = ContentMode::scaleToFill;
+    QIcon shownImage;
+    QSize pixmapSize;
+    ContentMode shownContentMode = ContentMode::scaleToFill;
 };
 
 } // namespace ui

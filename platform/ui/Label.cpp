@@ -23,22 +23,22 @@ void Label::setTextColor(const QColor& color) {
 }
 
 void Label::setNumberOfLines(int lines) {
-    numberOfLines_ = qMax(0, lines);
-    setWordWrap(numberOfLines_ != 1);
+    labelNumberOfLines = qMax(0, lines);
+    setWordWrap(labelNumberOfLines != 1);
     updateGeometry();
     update();
 }
 
 bool Label::paintsItself() const {
-    return numberOfLines_ > 0 && textFormat() == Qt::PlainText;
+    return labelNumberOfLines > 0 && textFormat() == Qt::PlainText;
 }
 
 QStringList Label::visibleLines(int width) const {
     QString text = this->text();
     text.replace(QLatin1Char('\n'), QChar::LineSeparator);
     QTextOption option;
-    option.setWrapMode(numberOfLines_ == 1 ? QTextOption::NoWrap
-                                           : QTextOption::WrapAtWordBoundaryOrAnywhere);
+    option.setWrapMode(labelNumberOfLines == 1 ? QTextOption::NoWrap
+                                               : QTextOption::WrapAtWordBoundaryOrAnywhere);
     QTextLayout layout(text, font());
     layout.setTextOption(option);
     QList<QPair<int, int>> ranges;
@@ -52,7 +52,7 @@ QStringList Label::visibleLines(int width) const {
     const QFontMetrics metrics = fontMetrics();
     QStringList lines;
     for (int i = 0; i < ranges.size(); ++i) {
-        if (i == numberOfLines_ - 1) {
+        if (i == labelNumberOfLines - 1) {
             // The last line shown takes the rest of the text, cut with an ellipsis.
             QString rest = text.mid(ranges[i].first);
             rest.replace(QChar::LineSeparator, QLatin1Char(' '));
@@ -103,10 +103,10 @@ QSize Label::minimumSizeHint() const {
 
 int Label::heightForWidth(int width) const {
     const int natural = QLabel::heightForWidth(width);
-    if (!paintsItself() || numberOfLines_ == 1)
+    if (!paintsItself() || labelNumberOfLines == 1)
         return natural;
     const int frame = 2 * (frameWidth() + margin());
-    return qMin(natural, numberOfLines_ * fontMetrics().lineSpacing() + frame);
+    return qMin(natural, labelNumberOfLines * fontMetrics().lineSpacing() + frame);
 }
 
 } // namespace ui

@@ -16,7 +16,7 @@ public:
     QColor textColor() const;
     void setTextColor(const QColor& color);
 
-    int numberOfLines() const { return numberOfLines_; }
+    int numberOfLines() const { return labelNumberOfLines; }
     void setNumberOfLines(int lines);
 
     QSize minimumSizeHint() const override;
@@ -29,7 +29,7 @@ private:
     QStringList visibleLines(int width) const;
     bool paintsItself() const;
 
-    int numberOfLines_ = 1;
+    int labelNumberOfLines = 1;
 };
 
 } // namespace ui

@@ -84,27 +84,27 @@ void MailComposeViewController::canSendMail(QObject* context,
 }
 
 void MailComposeViewController::setToRecipients(const QStringList& recipients) {
-    toRecipients_ = recipients;
+    mailToRecipients = recipients;
     if (toLabel)
         toLabel->setText(recipients.join(QStringLiteral(", ")));
 }
 
 QString MailComposeViewController::subject() const {
-    return subjectField ? subjectField->text() : subject_;
+    return subjectField ? subjectField->text() : mailSubject;
 }
 
 void MailComposeViewController::setSubject(const QString& subject) {
-    subject_ = subject;
+    mailSubject = subject;
     if (subjectField)
         subjectField->setText(subject);
 }
 
 QString MailComposeViewController::messageBody() const {
-    return bodyView ? bodyView->toPlainText() : body_;
+    return bodyView ? bodyView->toPlainText() : mailBody;
 }
 
 void MailComposeViewController::setMessageBody(const QString& body) {
-    body_ = body;
+    mailBody = body;
     if (bodyView)
         bodyView->setPlainText(body);
 }
@@ -146,14 +146,14 @@ void MailComposeViewController::loadView() {
     bar->setColumnStretch(0, 1);
     bar->setColumnStretch(2, 1);
 
-    toLabel = new Label(toRecipients_.join(QStringLiteral(", ")), screen);
+    toLabel = new Label(mailToRecipients.join(QStringLiteral(", ")), screen);
     toLabel->setTextColor(fieldTextColor);
     toLabel->setFont(fontOf(toLabel, 15));
 
     const QString fieldStyle = QStringLiteral("background: transparent; border: none; color: "
                                               "rgb(235, 235, 245); selection-background-color: "
                                               "rgb(90, 90, 96);");
-    subjectField = new QLineEdit(subject_, screen);
+    subjectField = new QLineEdit(mailSubject, screen);
     subjectField->setFont(fontOf(subjectField, 15));
     subjectField->setStyleSheet(fieldStyle);
     // Its text starts where the recipient's does.
@@ -170,7 +170,7 @@ void MailComposeViewController::loadView() {
     header->addWidget(separator(screen), 3, 0, 1, 2);
     header->setColumnStretch(1, 1);
 
-    bodyView = new QPlainTextEdit(body_, screen);
+    bodyView = new QPlainTextEdit(mailBody, screen);
     bodyView->setFont(fontOf(bodyView, 15));
     bodyView->setStyleSheet(fieldStyle);
     bodyView->setPlaceholderText(qtTrId("mail_body_placeholder"));
@@ -209,7 +209,7 @@ void MailComposeViewController::cancel(Control*) {
 }
 
 void MailComposeViewController::send(Control*) {
-    if (finished_)
+    if (mailFinished)
         return;
     QStringList arguments;
     const QString subjectText = subject();
@@ -218,7 +218,7 @@ void MailComposeViewController::send(Control*) {
         arguments << QStringLiteral("--subject") << subjectText;
     if (!bodyText.isEmpty())
         arguments << QStringLiteral("--body") << bodyText;
-    arguments << toRecipients_;
+    arguments << mailToRecipients;
     // Detached: the mail program may run for as long as the user writes, long after this screen.
     if (QProcess::startDetached(QStringLiteral("xdg-email"), arguments)) {
         finish(MailComposeResult::sent);
@@ -233,11 +233,11 @@ void MailComposeViewController::send(Control*) {
 }
 
 void MailComposeViewController::finish(MailComposeResult result) {
-    if (finished_)
+    if (mailFinished)
         return;
-    finished_ = true;
-    if (delegate_)
-        delegate_->didFinishWithResult(this, result, QString());
+    mailFinished = true;
+    if (mailDelegate)
+        mailDelegate->didFinishWithResult(this, result, QString());
     else
         dismiss(true);
 }

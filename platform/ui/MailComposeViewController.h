@@ -33,12 +33,12 @@ public:
     // Without xdg-utils the answer is false.
     static void canSendMail(QObject* context, std::function<void(bool canSend)> answer);
 
-    MailComposeViewControllerDelegate* mailComposeDelegate() const { return delegate_; }
+    MailComposeViewControllerDelegate* mailComposeDelegate() const { return mailDelegate; }
     void setMailComposeDelegate(MailComposeViewControllerDelegate* delegate) {
-        delegate_ = delegate;
+        mailDelegate = delegate;
     }
 
-    QStringList toRecipients() const { return toRecipients_; }
+    QStringList toRecipients() const { return mailToRecipients; }
     void setToRecipients(const QStringList& recipients);
     QString subject() const;
     void setSubject(const QString& subject);
@@ -66,12 +66,12 @@ protected:
 private:
     void finish(MailComposeResult result);
 
-    MailComposeViewControllerDelegate* delegate_ = nullptr;
-    QStringList toRecipients_;
+    MailComposeViewControllerDelegate* mailDelegate = nullptr;
+    QStringList mailToRecipients;
     // Kept here until the view exists, then in the fields, which the user may edit.
-    QString subject_;
-    QString body_;
-    bool finished_ = false;
+    QString mailSubject;
+    QString mailBody;
+    bool mailFinished = false;
 };
 
 } // namespace ui

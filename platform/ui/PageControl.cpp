@@ -18,42 +18,42 @@ PageControl::PageControl(QWidget* parent) : QWidget(parent) {
 }
 
 void PageControl::setNumberOfPages(int pages) {
-    pages_ = std::max(0, pages);
-    setCurrentPage(current_);
+    pageCount = std::max(0, pages);
+    setCurrentPage(shownPage);
     updateGeometry();
     update();
 }
 
 void PageControl::setCurrentPage(int page) {
-    current_ = std::clamp(page, 0, std::max(0, pages_ - 1));
+    shownPage = std::clamp(page, 0, std::max(0, pageCount - 1));
     update();
 }
 
 void PageControl::setPageIndicatorTintColor(const QColor& color) {
-    dot_ = color;
+    dot = color;
     update();
 }
 
 void PageControl::setCurrentPageIndicatorTintColor(const QColor& color) {
-    currentDot_ = color;
+    currentDot = color;
     update();
 }
 
 QSize PageControl::sizeHint() const {
-    return QSize(std::max(0, pages_ * dotSide + (pages_ - 1) * dotSpacing) + 2 * dotSpacing,
+    return QSize(std::max(0, pageCount * dotSide + (pageCount - 1) * dotSpacing) + 2 * dotSpacing,
                  dotSide + 2 * dotSpacing);
 }
 
 void PageControl::paintEvent(QPaintEvent*) {
-    if (pages_ == 0)
+    if (pageCount == 0)
         return;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    const int row = pages_ * dotSide + (pages_ - 1) * dotSpacing;
+    const int row = pageCount * dotSide + (pageCount - 1) * dotSpacing;
     const QPointF first((width() - row) / 2.0, (height() - dotSide) / 2.0);
-    for (int page = 0; page < pages_; ++page) {
-        painter.setBrush(page == current_ ? currentDot_ : dot_);
+    for (int page = 0; page < pageCount; ++page) {
+        painter.setBrush(page == shownPage ? currentDot : dot);
         painter.drawEllipse(
             QRectF(first + QPointF(page * (dotSide + dotSpacing), 0), QSizeF(dotSide, dotSide)));
     }

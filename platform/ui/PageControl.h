@@ -13,10 +13,10 @@ class PageControl : public QWidget {
 public:
     explicit PageControl(QWidget* parent = nullptr);
 
-    int numberOfPages() const { return pages_; }
+    int numberOfPages() const { return pageCount; }
     void setNumberOfPages(int pages);
     // Kept within the pages.
-    int currentPage() const { return current_; }
+    int currentPage() const { return shownPage; }
     void setCurrentPage(int page);
 
     void setPageIndicatorTintColor(const QColor& color);
@@ -28,10 +28,10 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    int pages_ = 0;
-    int current_ = 0;
-    QColor dot_ = QColor(255, 255, 255, 90);
-    QColor currentDot_ = Qt::white;
+    int pageCount = 0;
+    int shownPage = 0;
+    QColor dot = QColor(255, 255, 255, 90);
+    QColor currentDot = Qt::white;
 };
 
 } // namespace ui

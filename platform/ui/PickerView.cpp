@@ -38,31 +38,31 @@ const QColor bandColor(118, 118, 128, 36);
 PickerView::PickerView(QWidget* parent) : QWidget(parent) {
     setFocusPolicy(Qt::WheelFocus);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    wheelIdle_.setSingleShot(true);
-    wheelIdle_.setInterval(wheelIdleMs);
-    connect(&wheelIdle_, &QTimer::timeout, this, &PickerView::endWheelScroll);
+    wheelIdle.setSingleShot(true);
+    wheelIdle.setInterval(wheelIdleMs);
+    connect(&wheelIdle, &QTimer::timeout, this, &PickerView::endWheelScroll);
 }
 
 PickerView::~PickerView() {
     // Stopped while the components they write to still exist.
-    for (Component& c : components_)
+    for (Component& c : pickerComponents)
         stopAnimation(c);
 }
 
 void PickerView::setDataSource(PickerViewDataSource* dataSource) {
-    dataSource_ = dataSource;
+    pickerDataSource = dataSource;
     reloadAllComponents();
 }
 
 void PickerView::setDelegate(PickerViewDelegate* delegate) {
-    delegate_ = delegate;
+    pickerDelegate = delegate;
     update();
 }
 
 PickerView::Component& PickerView::component(int index, const char* caller) {
     if (index < 0 || index >= numberOfComponents())
         qFatal("ui::PickerView::%s: component %d of %d", caller, index, numberOfComponents());
-    return components_[size_t(index)];
+    return pickerComponents[size_t(index)];
 }
 
 const PickerView::Component& PickerView::component(int index, const char* caller) const {
@@ -74,17 +74,18 @@ int PickerView::numberOfRowsInComponent(int component) const {
 }
 
 void PickerView::reloadAllComponents() {
-    for (Component& c : components_)
+    for (Component& c : pickerComponents)
         stopAnimation(c);
     // The wheel under the finger or the touchpad may be gone.
-    dragComponent_ = -1;
-    wheelComponent_ = -1;
-    wheelIdle_.stop();
-    const int count = dataSource_ ? std::max(0, dataSource_->numberOfComponents(this)) : 0;
-    components_.resize(size_t(count));
+    dragComponent = -1;
+    wheelComponent = -1;
+    wheelIdle.stop();
+    const int count =
+        pickerDataSource ? std::max(0, pickerDataSource->numberOfComponents(this)) : 0;
+    pickerComponents.resize(size_t(count));
     for (int i = 0; i < count; ++i)
         reloadComponent(i);
-    focusedComponent_ = std::clamp(focusedComponent_, 0, std::max(0, count - 1));
+    focusedComponent = std::clamp(focusedComponent, 0, std::max(0, count - 1));
     updateGeometry();
     update();
 }
@@ -92,9 +93,10 @@ void PickerView::reloadAllComponents() {
 void PickerView::reloadComponent(int index) {
     Component& c = component(index, "reloadComponent");
     stopAnimation(c);
-    if (dragComponent_ == index)
-        dragComponent_ = -1;
-    c.rows = dataSource_ ? std::max(0, dataSource_->numberOfRowsInComponent(this, index)) : 0;
+    if (dragComponent == index)
+        dragComponent = -1;
+    c.rows =
+        pickerDataSource ? std::max(0, pickerDataSource->numberOfRowsInComponent(this, index)) : 0;
     c.selectedRow = c.rows == 0 ? -1 : std::clamp(c.selectedRow, 0, c.rows - 1);
     c.offset = std::max(0, c.selectedRow);
     c.target = -1;
@@ -107,11 +109,11 @@ void PickerView::selectRow(int row, int index, bool animated) {
         return;
     const int clamped = std::clamp(row, 0, c.rows - 1);
     // Code wins over a finger or a touchpad still on this wheel.
-    if (dragComponent_ == index)
-        dragComponent_ = -1;
-    if (wheelComponent_ == index) {
-        wheelIdle_.stop();
-        wheelComponent_ = -1;
+    if (dragComponent == index)
+        dragComponent = -1;
+    if (wheelComponent == index) {
+        wheelIdle.stop();
+        wheelComponent = -1;
     }
     c.selectedRow = clamped;
     settle(index, clamped, false, animated ? codeTurnMs : 0);
@@ -122,25 +124,25 @@ int PickerView::selectedRowInComponent(int index) const {
 }
 
 void PickerView::setRowHeight(int height) {
-    rowHeight_ = std::max(1, height);
+    pickerRowHeight = std::max(1, height);
     updateGeometry();
     update();
 }
 
 bool PickerView::isMoving() const {
-    if ((dragComponent_ >= 0 && dragMoved_) || wheelComponent_ >= 0)
+    if ((dragComponent >= 0 && dragMoved) || wheelComponent >= 0)
         return true;
-    return std::any_of(components_.begin(), components_.end(), [](const Component& c) {
+    return std::any_of(pickerComponents.begin(), pickerComponents.end(), [](const Component& c) {
         return c.animation && c.animation->state() == QAbstractAnimation::Running;
     });
 }
 
 QSize PickerView::sizeHint() const {
-    return QSize(preferredWidth, visibleRowsHint * rowHeight_);
+    return QSize(preferredWidth, visibleRowsHint * pickerRowHeight);
 }
 
 QSize PickerView::minimumSizeHint() const {
-    return QSize(smallestWidth, 3 * rowHeight_);
+    return QSize(smallestWidth, 3 * pickerRowHeight);
 }
 
 QRectF PickerView::componentRect(int index) const {
@@ -149,7 +151,7 @@ QRectF PickerView::componentRect(int index) const {
 }
 
 int PickerView::componentAt(QPointF position) const {
-    if (components_.empty() || !rect().contains(position.toPoint()))
+    if (pickerComponents.empty() || !rect().contains(position.toPoint()))
         return -1;
     return std::clamp(int(position.x() * numberOfComponents() / std::max(1, width())), 0,
                       numberOfComponents() - 1);
@@ -183,13 +185,13 @@ void PickerView::settle(int index, int row, bool byUser, int milliseconds) {
     stopAnimation(c);
     c.target = row;
     const auto arrive = [this, index, row, byUser] {
-        Component& arrived = components_[size_t(index)];
+        Component& arrived = pickerComponents[size_t(index)];
         arrived.offset = row;
         arrived.selectedRow = row;
         arrived.target = -1;
         update();
-        if (byUser && delegate_)
-            delegate_->didSelectRow(this, row, index);
+        if (byUser && pickerDelegate)
+            pickerDelegate->didSelectRow(this, row, index);
     };
     if (milliseconds <= 0 || c.offset == row) {
         arrive();
@@ -201,7 +203,7 @@ void PickerView::settle(int index, int row, bool byUser, int milliseconds) {
     animation->setEndValue(qreal(row));
     animation->setEasingCurve(QEasingCurve::OutCubic);
     connect(animation, &QVariantAnimation::valueChanged, this, [this, index](const QVariant& v) {
-        components_[size_t(index)].offset = v.toReal();
+        pickerComponents[size_t(index)].offset = v.toReal();
         update();
     });
     connect(animation, &QVariantAnimation::finished, this, arrive);
@@ -210,16 +212,16 @@ void PickerView::settle(int index, int row, bool byUser, int milliseconds) {
 }
 
 void PickerView::finishTurning() {
-    if (dragComponent_ >= 0) {
-        const int index = std::exchange(dragComponent_, -1);
-        dragMoved_ = false;
-        Component& c = components_[size_t(index)];
+    if (dragComponent >= 0) {
+        const int index = std::exchange(dragComponent, -1);
+        dragMoved = false;
+        Component& c = pickerComponents[size_t(index)];
         settle(index, clampRow(c, c.offset), true, 0);
     }
-    if (wheelComponent_ >= 0)
+    if (wheelComponent >= 0)
         endWheelScroll();
     // Jumping to the end runs the animation's own arrival, with whoever started it.
-    for (Component& c : components_)
+    for (Component& c : pickerComponents)
         if (c.animation && c.animation->state() == QAbstractAnimation::Running)
             c.animation->setCurrentTime(c.animation->totalDuration());
 }
@@ -242,28 +244,28 @@ void PickerView::paintEvent(QPaintEvent*) {
     painter.setRenderHint(QPainter::TextAntialiasing);
 
     const qreal centreY = height() / 2.0;
-    const qreal radius = std::max(centreY, qreal(rowHeight_));
-    const QRectF band(6, centreY - rowHeight_ / 2.0, width() - 12, rowHeight_);
+    const qreal radius = std::max(centreY, qreal(pickerRowHeight));
+    const QRectF band(6, centreY - pickerRowHeight / 2.0, width() - 12, pickerRowHeight);
     painter.setPen(Qt::NoPen);
     painter.setBrush(bandColor);
     painter.drawRoundedRect(band, 8, 8);
-    if (showsFocus_) {
+    if (showsFocus) {
         painter.setPen(QPen(palette().color(QPalette::Highlight), 1.5));
         painter.setBrush(Qt::NoBrush);
-        const QRectF focused = componentRect(focusedComponent_) & band;
+        const QRectF focused = componentRect(focusedComponent) & band;
         painter.drawRoundedRect(focused.adjusted(1, 1, -1, -1), 7, 7);
     }
-    if (!delegate_)
+    if (!pickerDelegate)
         return;
 
     QFont rowFont = font();
-    rowFont.setPixelSize(std::max(1, int(rowHeight_ * 0.6)));
+    rowFont.setPixelSize(std::max(1, int(pickerRowHeight * 0.6)));
     painter.setFont(rowFont);
     // Rows lie on a cylinder seen from the front: one row height of arc per row.
-    const qreal anglePerRow = rowHeight_ / radius;
+    const qreal anglePerRow = pickerRowHeight / radius;
     const int reach = int(std::ceil(std::numbers::pi / 2 / anglePerRow));
     for (int index = 0; index < numberOfComponents(); ++index) {
-        const Component& c = components_[size_t(index)];
+        const Component& c = pickerComponents[size_t(index)];
         const QRectF area = componentRect(index);
         painter.save();
         painter.setClipRect(area);
@@ -275,7 +277,7 @@ void PickerView::paintEvent(QPaintEvent*) {
             if (std::abs(angle) >= std::numbers::pi / 2)
                 continue;
             const PickerViewDelegate::Title title =
-                delegate_->attributedTitleForRow(this, row, index);
+                pickerDelegate->attributedTitleForRow(this, row, index);
             if (title.text.isEmpty())
                 continue;
             const qreal depth = std::cos(angle);
@@ -285,11 +287,11 @@ void PickerView::paintEvent(QPaintEvent*) {
             painter.setPen(title.color.isValid() ? title.color : palette().color(QPalette::Text));
             painter.translate(area.center().x(), centreY + radius * std::sin(angle));
             painter.scale(0.9 + 0.1 * depth, depth);
-            painter.drawText(
-                QRectF(-area.width() / 2 + 8, -rowHeight_ / 2.0, area.width() - 16, rowHeight_),
-                Qt::AlignCenter | Qt::TextSingleLine,
-                painter.fontMetrics().elidedText(title.text, Qt::ElideRight,
-                                                 int(area.width()) - 16));
+            painter.drawText(QRectF(-area.width() / 2 + 8, -pickerRowHeight / 2.0,
+                                    area.width() - 16, pickerRowHeight),
+                             Qt::AlignCenter | Qt::TextSingleLine,
+                             painter.fontMetrics().elidedText(title.text, Qt::ElideRight,
+                                                              int(area.width()) - 16));
             painter.restore();
         }
         painter.restore();
@@ -298,38 +300,38 @@ void PickerView::paintEvent(QPaintEvent*) {
 
 void PickerView::mousePressEvent(QMouseEvent* event) {
     const int index = event->button() == Qt::LeftButton ? componentAt(event->position()) : -1;
-    if (index < 0 || components_[size_t(index)].rows == 0) {
+    if (index < 0 || pickerComponents[size_t(index)].rows == 0) {
         QWidget::mousePressEvent(event);
         return;
     }
-    Component& c = components_[size_t(index)];
+    Component& c = pickerComponents[size_t(index)];
     stopAnimation(c);
     // A turn interrupted by the finger is no longer heading anywhere.
     c.target = -1;
-    focusedComponent_ = index;
-    dragComponent_ = index;
-    dragMoved_ = false;
-    pressPosition_ = event->position();
-    offsetAtPress_ = c.offset;
-    dragClock_.start();
-    samples_.assign(1, Sample{0, event->position().y()});
+    focusedComponent = index;
+    dragComponent = index;
+    dragMoved = false;
+    pressPosition = event->position();
+    offsetAtPress = c.offset;
+    dragClock.start();
+    samples.assign(1, Sample{0, event->position().y()});
 }
 
 void PickerView::mouseMoveEvent(QMouseEvent* event) {
-    if (dragComponent_ < 0)
+    if (dragComponent < 0)
         return;
-    const qreal dy = event->position().y() - pressPosition_.y();
-    if (!dragMoved_ && std::abs(dy) < clickSlop)
+    const qreal dy = event->position().y() - pressPosition.y();
+    if (!dragMoved && std::abs(dy) < clickSlop)
         return;
-    dragMoved_ = true;
-    Component& c = components_[size_t(dragComponent_)];
-    c.offset = rubberBand(c, offsetAtPress_ - dy / rowHeight_);
-    samples_.push_back(Sample{dragClock_.elapsed(), event->position().y()});
+    dragMoved = true;
+    Component& c = pickerComponents[size_t(dragComponent)];
+    c.offset = rubberBand(c, offsetAtPress - dy / pickerRowHeight);
+    samples.push_back(Sample{dragClock.elapsed(), event->position().y()});
     update();
 }
 
 void PickerView::mouseReleaseEvent(QMouseEvent* event) {
-    if (dragComponent_ < 0 || event->button() != Qt::LeftButton) {
+    if (dragComponent < 0 || event->button() != Qt::LeftButton) {
         QWidget::mouseReleaseEvent(event);
         return;
     }
@@ -337,27 +339,27 @@ void PickerView::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void PickerView::finishDrag(QPointF position) {
-    const int index = dragComponent_;
-    dragComponent_ = -1;
-    Component& c = components_[size_t(index)];
-    if (!dragMoved_) {
+    const int index = dragComponent;
+    dragComponent = -1;
+    Component& c = pickerComponents[size_t(index)];
+    if (!dragMoved) {
         // A click on a row above or below the band turns the wheel to it.
-        const qreal radius = std::max(height() / 2.0, qreal(rowHeight_));
+        const qreal radius = std::max(height() / 2.0, qreal(pickerRowHeight));
         const qreal sine = std::clamp((position.y() - height() / 2.0) / radius, -1.0, 1.0);
-        const int row = clampRow(c, c.offset + std::asin(sine) * radius / rowHeight_);
+        const int row = clampRow(c, c.offset + std::asin(sine) * radius / pickerRowHeight);
         if (row != c.selectedRow || c.offset != row)
             settle(index, row, true, codeTurnMs);
         return;
     }
-    dragMoved_ = false;
-    const qint64 now = dragClock_.elapsed();
-    samples_.push_back(Sample{now, position.y()});
-    const auto recent = std::find_if(samples_.begin(), samples_.end(), [now](const Sample& s) {
+    dragMoved = false;
+    const qint64 now = dragClock.elapsed();
+    samples.push_back(Sample{now, position.y()});
+    const auto recent = std::find_if(samples.begin(), samples.end(), [now](const Sample& s) {
         return now - s.ms <= speedWindowMs;
     });
     qreal rowsPerMs = 0;
-    if (recent != samples_.end() && now > recent->ms)
-        rowsPerMs = -(position.y() - recent->y) / (now - recent->ms) / rowHeight_;
+    if (recent != samples.end() && now > recent->ms)
+        rowsPerMs = -(position.y() - recent->y) / (now - recent->ms) / pickerRowHeight;
     const int row = clampRow(c, c.offset + rowsPerMs * coastMs);
     const int duration = int(std::clamp(180.0 + 70.0 * std::abs(row - c.offset), 200.0, 900.0));
     settle(index, row, true, duration);
@@ -365,7 +367,7 @@ void PickerView::finishDrag(QPointF position) {
 
 void PickerView::wheelEvent(QWheelEvent* event) {
     const int index = componentAt(event->position());
-    if (index < 0 || components_[size_t(index)].rows == 0) {
+    if (index < 0 || pickerComponents[size_t(index)].rows == 0) {
         event->ignore();
         return;
     }
@@ -374,74 +376,74 @@ void PickerView::wheelEvent(QWheelEvent* event) {
         endWheelScroll();
         return;
     }
-    Component& c = components_[size_t(index)];
+    Component& c = pickerComponents[size_t(index)];
     const bool touchpad = !event->pixelDelta().isNull() && event->phase() != Qt::NoScrollPhase;
     if (touchpad) {
         // Follows the fingers, and settles once they lift or rest.
         stopAnimation(c);
         c.target = -1;
-        if (wheelComponent_ >= 0 && wheelComponent_ != index)
+        if (wheelComponent >= 0 && wheelComponent != index)
             endWheelScroll();
-        wheelComponent_ = index;
-        c.offset = std::clamp<qreal>(c.offset - qreal(event->pixelDelta().y()) / rowHeight_, -0.5,
-                                     c.rows - 0.5);
+        wheelComponent = index;
+        c.offset = std::clamp<qreal>(c.offset - qreal(event->pixelDelta().y()) / pickerRowHeight,
+                                     -0.5, c.rows - 0.5);
         update();
-        wheelIdle_.start();
+        wheelIdle.start();
         return;
     }
     // A wheel that turns away from the user goes back to earlier rows, as a list does.
-    wheelRemainder_ += event->angleDelta().y();
-    const int notches = wheelRemainder_ / wheelNotch;
-    wheelRemainder_ %= wheelNotch;
+    wheelRemainder += event->angleDelta().y();
+    const int notches = wheelRemainder / wheelNotch;
+    wheelRemainder %= wheelNotch;
     if (notches != 0)
         turnBy(index, -notches);
 }
 
 void PickerView::endWheelScroll() {
-    wheelIdle_.stop();
-    const int index = wheelComponent_;
-    wheelComponent_ = -1;
+    wheelIdle.stop();
+    const int index = wheelComponent;
+    wheelComponent = -1;
     if (index < 0 || index >= numberOfComponents())
         return;
-    Component& c = components_[size_t(index)];
+    Component& c = pickerComponents[size_t(index)];
     if (c.rows > 0)
         settle(index, clampRow(c, c.offset), true, notchMs);
 }
 
 void PickerView::keyPressEvent(QKeyEvent* event) {
-    if (components_.empty()) {
+    if (pickerComponents.empty()) {
         QWidget::keyPressEvent(event);
         return;
     }
-    const int rows = components_[size_t(focusedComponent_)].rows;
+    const int rows = pickerComponents[size_t(focusedComponent)].rows;
     switch (event->key()) {
     case Qt::Key_Up:
-        turnBy(focusedComponent_, -1);
+        turnBy(focusedComponent, -1);
         break;
     case Qt::Key_Down:
-        turnBy(focusedComponent_, 1);
+        turnBy(focusedComponent, 1);
         break;
     case Qt::Key_PageUp:
-        turnBy(focusedComponent_, -pageRows);
+        turnBy(focusedComponent, -pageRows);
         break;
     case Qt::Key_PageDown:
-        turnBy(focusedComponent_, pageRows);
+        turnBy(focusedComponent, pageRows);
         break;
     case Qt::Key_Home:
-        turnBy(focusedComponent_, -rows);
+        turnBy(focusedComponent, -rows);
         break;
     case Qt::Key_End:
-        turnBy(focusedComponent_, rows);
+        turnBy(focusedComponent, rows);
         break;
     case Qt::Key_Left:
     case Qt::Key_Right: {
         const int step = event->key() == Qt::Key_Left ? -1 : 1;
-        const int next = focusedComponent_ + (layoutDirection() == Qt::RightToLeft ? -step : step);
+        const int next = focusedComponent + (layoutDirection() == Qt::RightToLeft ? -step : step);
         if (next < 0 || next >= numberOfComponents()) {
             QWidget::keyPressEvent(event);
             return;
         }
-        focusedComponent_ = next;
+        focusedComponent = next;
         update();
         break;
     }
@@ -454,14 +456,13 @@ void PickerView::keyPressEvent(QKeyEvent* event) {
 
 void PickerView::focusInEvent(QFocusEvent* event) {
     // Only a keyboard user needs to see which wheel the keys turn.
-    showsFocus_ =
-        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    showsFocus = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
     update();
     QWidget::focusInEvent(event);
 }
 
 void PickerView::focusOutEvent(QFocusEvent* event) {
-    showsFocus_ = false;
+    showsFocus = false;
     update();
     QWidget::focusOutEvent(event);
 }

@@ -61,13 +61,13 @@ public:
     explicit PickerView(QWidget* parent = nullptr);
     ~PickerView() override;
 
-    PickerViewDataSource* dataSource() const { return dataSource_; }
+    PickerViewDataSource* dataSource() const { return pickerDataSource; }
     // Reloads every component.
     void setDataSource(PickerViewDataSource* dataSource);
-    PickerViewDelegate* delegate() const { return delegate_; }
+    PickerViewDelegate* delegate() const { return pickerDelegate; }
     void setDelegate(PickerViewDelegate* delegate);
 
-    int numberOfComponents() const { return int(components_.size()); }
+    int numberOfComponents() const { return int(pickerComponents.size()); }
     int numberOfRowsInComponent(int component) const;
     // Asks the data source again; selections are kept where the rows still exist, else clamped.
     void reloadAllComponents();
@@ -77,7 +77,7 @@ public:
     void selectRow(int row, int component, bool animated);
     int selectedRowInComponent(int component) const;
 
-    int rowHeight() const { return rowHeight_; }
+    int rowHeight() const { return pickerRowHeight; }
     void setRowHeight(int height);
 
     // Whether a wheel is turning: dragged, coasting or settling.
@@ -125,30 +125,30 @@ private:
     void finishDrag(QPointF position);
     void endWheelScroll();
 
-    PickerViewDataSource* dataSource_ = nullptr;
-    PickerViewDelegate* delegate_ = nullptr;
-    std::vector<Component> components_;
-    int rowHeight_ = defaultRowHeight;
-    int focusedComponent_ = 0;
-    bool showsFocus_ = false;
+    PickerViewDataSource* pickerDataSource = nullptr;
+    PickerViewDelegate* pickerDelegate = nullptr;
+    std::vector<Component> pickerComponents;
+    int pickerRowHeight = defaultRowHeight;
+    int focusedComponent = 0;
+    bool showsFocus = false;
 
     // Mouse or touch drag of one wheel.
-    int dragComponent_ = -1;
-    bool dragMoved_ = false;
-    QPointF pressPosition_;
-    qreal offsetAtPress_ = 0;
+    int dragComponent = -1;
+    bool dragMoved = false;
+    QPointF pressPosition;
+    qreal offsetAtPress = 0;
     // The last moves, for the release speed.
     struct Sample {
         qint64 ms;
         qreal y;
     };
-    std::vector<Sample> samples_;
-    QElapsedTimer dragClock_;
+    std::vector<Sample> samples;
+    QElapsedTimer dragClock;
 
     // Touchpad scrolling turns the wheel freely until the fingers lift or stop.
-    int wheelComponent_ = -1;
-    int wheelRemainder_ = 0;
-    QTimer wheelIdle_;
+    int wheelComponent = -1;
+    int wheelRemainder = 0;
+    QTimer wheelIdle;
 };
 
 } // namespace ui

@@ -35,17 +35,17 @@ QPointF alongAxis(double value, Qt::Orientation orientation) {
 
 } // namespace
 
-ScrollView::ScrollView(QWidget* parent) : QWidget(parent), content_(new QWidget(this)) {
-    content_->setObjectName(QStringLiteral("contentView"));
+ScrollView::ScrollView(QWidget* parent) : QWidget(parent), scrollContent(new QWidget(this)) {
+    scrollContent->setObjectName(QStringLiteral("contentView"));
     setAttribute(Qt::WA_AcceptTouchEvents);
     setFocusPolicy(Qt::StrongFocus);
-    wheelRest_.setSingleShot(true);
-    wheelRest_.setInterval(wheelRestMs);
-    connect(&wheelRest_, &QTimer::timeout, this, [this] {
-        if (!wheelScrolling_)
+    wheelRest.setSingleShot(true);
+    wheelRest.setInterval(wheelRestMs);
+    connect(&wheelRest, &QTimer::timeout, this, [this] {
+        if (!wheelScrolling)
             return;
-        wheelScrolling_ = false;
-        glideTo(restingOffset(wheelVelocity_, dragStartOffset_));
+        wheelScrolling = false;
+        glideTo(restingOffset(wheelVelocity, dragStartOffset));
     });
     layoutContent();
 }
@@ -53,14 +53,14 @@ ScrollView::ScrollView(QWidget* parent) : QWidget(parent), content_(new QWidget(
 ScrollView::~ScrollView() = default;
 
 void ScrollView::addSubview(QWidget* view) {
-    view->setParent(content_);
+    view->setParent(scrollContent);
     view->show();
 }
 
 void ScrollView::setContentSize(QSizeF size) {
-    contentSize_ = size;
+    scrollContentSize = size;
     layoutContent();
-    applyOffset(clamped(offset_));
+    applyOffset(clamped(scrollOffset));
 }
 
 void ScrollView::setContentOffset(QPointF offset, bool animated) {
@@ -73,12 +73,12 @@ void ScrollView::setContentOffset(QPointF offset, bool animated) {
 }
 
 bool ScrollView::isDecelerating() const {
-    return glide_ && glide_->state() == QAbstractAnimation::Running;
+    return scrollGlide && scrollGlide->state() == QAbstractAnimation::Running;
 }
 
 QPointF ScrollView::maximumOffset() const {
-    return QPointF(std::max(0.0, contentSize_.width() - width()),
-                   std::max(0.0, contentSize_.height() - height()));
+    return QPointF(std::max(0.0, scrollContentSize.width() - width()),
+                   std::max(0.0, scrollContentSize.height() - height()));
 }
 
 QPointF ScrollView::clamped(QPointF offset) const {
@@ -87,27 +87,27 @@ QPointF ScrollView::clamped(QPointF offset) const {
 }
 
 void ScrollView::applyOffset(QPointF offset) {
-    if (offset == offset_)
+    if (offset == scrollOffset)
         return;
-    offset_ = offset;
-    content_->move(-offset.toPoint());
+    scrollOffset = offset;
+    scrollContent->move(-offset.toPoint());
     emit didScroll();
 }
 
 void ScrollView::layoutContent() {
     // Pages taller than the content height still show whole.
-    const QSize size(std::max(int(std::ceil(contentSize_.width())), width()),
-                     std::max(int(std::ceil(contentSize_.height())), height()));
-    content_->setGeometry(QRect(-offset_.toPoint(), size));
+    const QSize size(std::max(int(std::ceil(scrollContentSize.width())), width()),
+                     std::max(int(std::ceil(scrollContentSize.height())), height()));
+    scrollContent->setGeometry(QRect(-scrollOffset.toPoint(), size));
 }
 
 QPointF ScrollView::restingOffset(QPointF velocity, QPointF began) const {
-    if (!paging_ || width() <= 0 || height() <= 0)
-        return clamped(offset_);
+    if (!scrollPaging || width() <= 0 || height() <= 0)
+        return clamped(scrollOffset);
     QPointF target;
     for (const Qt::Orientation orientation : {Qt::Horizontal, Qt::Vertical}) {
         const double page = orientation == Qt::Horizontal ? width() : height();
-        const double at = axis(offset_, orientation) / page;
+        const double at = axis(scrollOffset, orientation) / page;
         const double speed = axis(velocity, orientation);
         double index = speed > flickSpeed    ? std::ceil(at - 0.01)
                        : speed < -flickSpeed ? std::floor(at + 0.01)
@@ -122,78 +122,78 @@ QPointF ScrollView::restingOffset(QPointF velocity, QPointF began) const {
 
 void ScrollView::glideTo(QPointF target) {
     stopGlide();
-    if (target == offset_) {
+    if (target == scrollOffset) {
         finishScroll();
         return;
     }
-    glide_ = new QVariantAnimation(this);
-    glide_->setStartValue(offset_);
-    glide_->setEndValue(target);
-    glide_->setDuration(int(pageGlideDuration * 1000));
-    glide_->setEasingCurve(QEasingCurve::OutCubic);
-    connect(glide_, &QVariantAnimation::valueChanged, this,
+    scrollGlide = new QVariantAnimation(this);
+    scrollGlide->setStartValue(scrollOffset);
+    scrollGlide->setEndValue(target);
+    scrollGlide->setDuration(int(pageGlideDuration * 1000));
+    scrollGlide->setEasingCurve(QEasingCurve::OutCubic);
+    connect(scrollGlide, &QVariantAnimation::valueChanged, this,
             [this](const QVariant& value) { applyOffset(value.toPointF()); });
-    connect(glide_, &QVariantAnimation::finished, this, [this, target] {
-        glide_->deleteLater();
-        glide_ = nullptr;
+    connect(scrollGlide, &QVariantAnimation::finished, this, [this, target] {
+        scrollGlide->deleteLater();
+        scrollGlide = nullptr;
         // The eased value can stop a fraction short; rest exactly on the page.
         applyOffset(target);
         finishScroll();
     });
-    glide_->start();
+    scrollGlide->start();
 }
 
 void ScrollView::stopGlide() {
-    if (!glide_)
+    if (!scrollGlide)
         return;
-    QVariantAnimation* glide = std::exchange(glide_, nullptr);
+    QVariantAnimation* glide = std::exchange(scrollGlide, nullptr);
     glide->disconnect(this);
     glide->stop();
     glide->deleteLater();
 }
 
 void ScrollView::finishScroll() {
-    if (delegate_)
-        delegate_->scrollViewDidEndDecelerating(this);
+    if (scrollDelegate)
+        scrollDelegate->scrollViewDidEndDecelerating(this);
 }
 
 void ScrollView::beginDrag(QPointF position, quint64 time) {
     stopGlide();
-    wheelScrolling_ = false;
-    pressed_ = true;
-    dragging_ = false;
-    pressPosition_ = lastPosition_ = position;
-    dragStartOffset_ = offset_;
-    velocity_ = QPointF();
-    lastMoveTime_ = time;
+    wheelScrolling = false;
+    pressed = true;
+    scrollDragging = false;
+    pressPosition = lastPosition = position;
+    dragStartOffset = scrollOffset;
+    scrollVelocity = QPointF();
+    lastMoveTime = time;
 }
 
 void ScrollView::moveDrag(QPointF position, quint64 time) {
-    if (!pressed_)
+    if (!pressed)
         return;
-    if (!dragging_ &&
-        (position - pressPosition_).manhattanLength() < QApplication::startDragDistance())
+    if (!scrollDragging &&
+        (position - pressPosition).manhattanLength() < QApplication::startDragDistance())
         return;
-    dragging_ = true;
-    if (position == lastPosition_)
+    scrollDragging = true;
+    if (position == lastPosition)
         return;
-    const qint64 elapsed = std::max(minimumInterval, qint64(time - lastMoveTime_));
-    lastMoveTime_ = time;
-    const QPointF moved = -(position - lastPosition_) * 1000.0 / double(elapsed);
-    velocity_ = moved * 0.8 + velocity_ * 0.2;
-    lastPosition_ = position;
-    applyOffset(clamped(dragStartOffset_ - (position - pressPosition_)));
+    const qint64 elapsed = std::max(minimumInterval, qint64(time - lastMoveTime));
+    lastMoveTime = time;
+    const QPointF moved = -(position - lastPosition) * 1000.0 / double(elapsed);
+    scrollVelocity = moved * 0.8 + scrollVelocity * 0.2;
+    lastPosition = position;
+    applyOffset(clamped(dragStartOffset - (position - pressPosition)));
 }
 
 void ScrollView::endDrag(bool cancelled, quint64 time) {
-    if (!pressed_)
+    if (!pressed)
         return;
-    pressed_ = false;
-    const bool dragged = std::exchange(dragging_, false);
-    const bool thrown = !cancelled && qint64(time - lastMoveTime_) < restBeforeRelease;
+    pressed = false;
+    const bool dragged = std::exchange(scrollDragging, false);
+    const bool thrown = !cancelled && qint64(time - lastMoveTime) < restBeforeRelease;
     // A tap leaves a resting pager alone; one that stopped a glide puts it back on a page.
-    if (dragged || restingOffset({}, offset_) != offset_)
-        glideTo(restingOffset(thrown ? velocity_ : QPointF(), dragStartOffset_));
+    if (dragged || restingOffset({}, scrollOffset) != scrollOffset)
+        glideTo(restingOffset(thrown ? scrollVelocity : QPointF(), dragStartOffset));
 }
 
 bool ScrollView::event(QEvent* event) {
@@ -204,31 +204,31 @@ bool ScrollView::event(QEvent* event) {
     case QEvent::TouchCancel: {
         auto* touch = static_cast<QTouchEvent*>(event);
         if (event->type() == QEvent::TouchCancel) {
-            if (trackingTouch_)
+            if (trackingTouch)
                 endDrag(true, touch->timestamp());
-            trackingTouch_ = false;
+            trackingTouch = false;
             return true;
         }
         if (event->type() == QEvent::TouchBegin) {
-            if (touch->points().isEmpty() || pressed_) {
+            if (touch->points().isEmpty() || pressed) {
                 event->ignore();
                 return false;
             }
             const QEventPoint& point = touch->points().constFirst();
-            touchPointId_ = point.id();
-            trackingTouch_ = true;
+            touchPointId = point.id();
+            trackingTouch = true;
             beginDrag(point.position(), touch->timestamp());
             event->accept();
             return true;
         }
-        if (!trackingTouch_)
+        if (!trackingTouch)
             return true;
         for (const QEventPoint& point : touch->points()) {
-            if (point.id() != touchPointId_)
+            if (point.id() != touchPointId)
                 continue;
             if (point.state() == QEventPoint::Released || event->type() == QEvent::TouchEnd) {
                 moveDrag(point.position(), touch->timestamp());
-                trackingTouch_ = false;
+                trackingTouch = false;
                 endDrag(false, touch->timestamp());
             } else if (point.state() == QEventPoint::Updated) {
                 moveDrag(point.position(), touch->timestamp());
@@ -241,9 +241,9 @@ bool ScrollView::event(QEvent* event) {
     case QEvent::Hide:
         // A drag whose release will never come (another window took the pointer, the pager
         // went away) ends here, or the next press would be refused.
-        if (pressed_ && (event->type() == QEvent::Hide || !trackingTouch_)) {
-            trackingTouch_ = false;
-            endDrag(true, lastMoveTime_);
+        if (pressed && (event->type() == QEvent::Hide || !trackingTouch)) {
+            trackingTouch = false;
+            endDrag(true, lastMoveTime);
         }
         return QWidget::event(event);
     default:
@@ -252,29 +252,29 @@ bool ScrollView::event(QEvent* event) {
 }
 
 void ScrollView::mousePressEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton || pressed_) {
+    if (event->button() != Qt::LeftButton || pressed) {
         event->ignore();
         return;
     }
-    trackingTouch_ = false;
+    trackingTouch = false;
     beginDrag(event->position(), event->timestamp());
 }
 
 void ScrollView::mouseMoveEvent(QMouseEvent* event) {
-    if (trackingTouch_)
+    if (trackingTouch)
         return;
     moveDrag(event->position(), event->timestamp());
 }
 
 void ScrollView::mouseReleaseEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton || trackingTouch_)
+    if (event->button() != Qt::LeftButton || trackingTouch)
         return;
     moveDrag(event->position(), event->timestamp());
     endDrag(false, event->timestamp());
 }
 
 void ScrollView::wheelEvent(QWheelEvent* event) {
-    if (pressed_)
+    if (pressed)
         return;
     const QPointF most = maximumOffset();
     // A pager that moves one way takes either direction of the wheel or touchpad along it.
@@ -291,53 +291,53 @@ void ScrollView::wheelEvent(QWheelEvent* event) {
         // A wheel's notch: a whole page when paging.
         const QPointF notches = folded(QPointF(event->angleDelta()) / -120.0);
         const QPointF base =
-            isDecelerating() ? glide_->endValue().toPointF() : restingOffset({}, offset_);
+            isDecelerating() ? scrollGlide->endValue().toPointF() : restingOffset({}, scrollOffset);
         auto sign = [](double value) { return value > 0 ? 1.0 : value < 0 ? -1.0 : 0.0; };
         const QPointF step =
-            paging_ ? QPointF(sign(notches.x()) * width(), sign(notches.y()) * height())
-                    : notches * lineStep;
+            scrollPaging ? QPointF(sign(notches.x()) * width(), sign(notches.y()) * height())
+                         : notches * lineStep;
         glideTo(clamped(base + step));
         event->accept();
         return;
     }
 
-    if (event->phase() == Qt::ScrollMomentum && !wheelScrolling_) {
+    if (event->phase() == Qt::ScrollMomentum && !wheelScrolling) {
         // The pager has already come to rest from this scroll.
         event->accept();
         return;
     }
-    const bool begins = event->phase() == Qt::ScrollBegin || !wheelScrolling_;
+    const bool begins = event->phase() == Qt::ScrollBegin || !wheelScrolling;
     if (begins) {
         stopGlide();
-        wheelScrolling_ = true;
-        dragStartOffset_ = offset_;
-        wheelVelocity_ = QPointF();
-        lastWheelTime_ = event->timestamp();
+        wheelScrolling = true;
+        dragStartOffset = scrollOffset;
+        wheelVelocity = QPointF();
+        lastWheelTime = event->timestamp();
     }
     const QPointF delta =
         -folded(QPointF(event->pixelDelta().isNull() ? QPointF(event->angleDelta()) / 8.0
                                                      : QPointF(event->pixelDelta())));
-    const qint64 elapsed = std::max(minimumInterval, qint64(event->timestamp() - lastWheelTime_));
-    lastWheelTime_ = event->timestamp();
+    const qint64 elapsed = std::max(minimumInterval, qint64(event->timestamp() - lastWheelTime));
+    lastWheelTime = event->timestamp();
     // The first movement of a scroll has no time to be measured against.
     if (!delta.isNull() && !begins)
-        wheelVelocity_ = delta * 1000.0 / double(elapsed);
-    applyOffset(clamped(offset_ + delta));
+        wheelVelocity = delta * 1000.0 / double(elapsed);
+    applyOffset(clamped(scrollOffset + delta));
     event->accept();
     if (event->phase() == Qt::ScrollEnd) {
-        wheelRest_.stop();
-        wheelScrolling_ = false;
-        glideTo(restingOffset(wheelVelocity_, dragStartOffset_));
+        wheelRest.stop();
+        wheelScrolling = false;
+        glideTo(restingOffset(wheelVelocity, dragStartOffset));
         return;
     }
-    wheelRest_.start();
+    wheelRest.start();
 }
 
 void ScrollView::keyPressEvent(QKeyEvent* event) {
     const QPointF most = maximumOffset();
     const Qt::Orientation orientation = most.y() == 0 ? Qt::Horizontal : Qt::Vertical;
     const double page = orientation == Qt::Horizontal ? width() : height();
-    const double step = paging_ ? page : lineStep;
+    const double step = scrollPaging ? page : lineStep;
     double move = 0;
     switch (event->key()) {
     case Qt::Key_Left:
@@ -355,27 +355,28 @@ void ScrollView::keyPressEvent(QKeyEvent* event) {
         move = page;
         break;
     case Qt::Key_Home:
-        move = -axis(QPointF(contentSize_.width(), contentSize_.height()), orientation);
+        move = -axis(QPointF(scrollContentSize.width(), scrollContentSize.height()), orientation);
         break;
     case Qt::Key_End:
-        move = axis(QPointF(contentSize_.width(), contentSize_.height()), orientation);
+        move = axis(QPointF(scrollContentSize.width(), scrollContentSize.height()), orientation);
         break;
     default:
         QWidget::keyPressEvent(event);
         return;
     }
-    const QPointF base = isDecelerating() ? glide_->endValue().toPointF()
-                                          : (paging_ ? restingOffset({}, offset_) : offset_);
+    const QPointF base = isDecelerating()
+                             ? scrollGlide->endValue().toPointF()
+                             : (scrollPaging ? restingOffset({}, scrollOffset) : scrollOffset);
     const QPointF target = clamped(base + alongAxis(move, orientation));
     // At either end a key press changes nothing and tells nobody.
-    if (target != base || target != offset_)
+    if (target != base || target != scrollOffset)
         glideTo(target);
 }
 
 void ScrollView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     layoutContent();
-    applyOffset(clamped(offset_));
+    applyOffset(clamped(scrollOffset));
 }
 
 } // namespace ui

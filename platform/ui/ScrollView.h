@@ -38,24 +38,24 @@ public:
     explicit ScrollView(QWidget* parent = nullptr);
     ~ScrollView() override;
 
-    QWidget* contentView() const { return content_; }
+    QWidget* contentView() const { return scrollContent; }
     // Reparents the view into the content.
     void addSubview(QWidget* view);
 
-    QSizeF contentSize() const { return contentSize_; }
+    QSizeF contentSize() const { return scrollContentSize; }
     void setContentSize(QSizeF size);
-    QPointF contentOffset() const { return offset_; }
+    QPointF contentOffset() const { return scrollOffset; }
     // Kept within the content; an animated change glides and ends with the delegate's notice.
     void setContentOffset(QPointF offset, bool animated = false);
 
-    bool isPagingEnabled() const { return paging_; }
-    void setPagingEnabled(bool enabled) { paging_ = enabled; }
+    bool isPagingEnabled() const { return scrollPaging; }
+    void setPagingEnabled(bool enabled) { scrollPaging = enabled; }
 
     // Not owned; null: nobody is told.
-    ScrollViewDelegate* delegate() const { return delegate_; }
-    void setDelegate(ScrollViewDelegate* delegate) { delegate_ = delegate; }
+    ScrollViewDelegate* delegate() const { return scrollDelegate; }
+    void setDelegate(ScrollViewDelegate* delegate) { scrollDelegate = delegate; }
 
-    bool isDragging() const { return dragging_; }
+    bool isDragging() const { return scrollDragging; }
     bool isDecelerating() const;
 
 signals:
@@ -88,29 +88,29 @@ private:
     void stopGlide();
     void finishScroll();
 
-    QPointer<QWidget> content_;
-    QSizeF contentSize_;
-    QPointF offset_;
-    bool paging_ = false;
-    ScrollViewDelegate* delegate_ = nullptr;
+    QPointer<QWidget> scrollContent;
+    QSizeF scrollContentSize;
+    QPointF scrollOffset;
+    bool scrollPaging = false;
+    ScrollViewDelegate* scrollDelegate = nullptr;
 
     // A drag: where it began, the offset then, and the latest movement for the flick's speed.
-    bool pressed_ = false;
-    bool dragging_ = false;
-    bool trackingTouch_ = false;
-    int touchPointId_ = -1;
-    QPointF pressPosition_;
-    QPointF lastPosition_;
-    QPointF dragStartOffset_;
-    QPointF velocity_;
-    quint64 lastMoveTime_ = 0;
+    bool pressed = false;
+    bool scrollDragging = false;
+    bool trackingTouch = false;
+    int touchPointId = -1;
+    QPointF pressPosition;
+    QPointF lastPosition;
+    QPointF dragStartOffset;
+    QPointF scrollVelocity;
+    quint64 lastMoveTime = 0;
 
-    QVariantAnimation* glide_ = nullptr;
+    QVariantAnimation* scrollGlide = nullptr;
     // Touchpad scrolling without begin and end phases is taken as ended after a pause.
-    QTimer wheelRest_;
-    QPointF wheelVelocity_;
-    quint64 lastWheelTime_ = 0;
-    bool wheelScrolling_ = false;
+    QTimer wheelRest;
+    QPointF wheelVelocity;
+    quint64 lastWheelTime = 0;
+    bool wheelScrolling = false;
 };
 
 } // namespace ui

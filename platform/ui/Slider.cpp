@@ -18,65 +18,65 @@ constexpr float keyStep = 0.05f;
 } // namespace
 
 Slider::Slider(QWidget* parent)
-    : Control(parent), minimumTrackColor_(0x0a, 0x84, 0xff), maximumTrackColor_(0x78, 0x78, 0x80) {
+    : Control(parent), minimumTrackColor(0x0a, 0x84, 0xff), maximumTrackColor(0x78, 0x78, 0x80) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
 void Slider::setValue(float value, bool animated) {
     stopAnimation();
-    const float from = shownValue_;
-    value_ = qBound(minimum_, value, maximum_);
-    if (!animated || from == value_) {
-        shownValue_ = value_;
+    const float from = shownValue;
+    sliderValue = qBound(sliderMinimum, value, sliderMaximum);
+    if (!animated || from == sliderValue) {
+        shownValue = sliderValue;
         update();
         return;
     }
     auto* animation = new QVariantAnimation(this);
     animation->setDuration(glideMilliseconds);
     animation->setStartValue(from);
-    animation->setEndValue(value_);
+    animation->setEndValue(sliderValue);
     animation->setEasingCurve(QEasingCurve::InOutQuad);
     connect(animation, &QVariantAnimation::valueChanged, this, [this](const QVariant& shown) {
-        shownValue_ = shown.toFloat();
+        shownValue = shown.toFloat();
         update();
     });
-    animation_ = animation;
+    sliderAnimation = animation;
     animation->start(QAbstractAnimation::DeleteWhenStopped);
 }
 
 void Slider::stopAnimation() {
-    if (animation_)
-        animation_->stop();
+    if (sliderAnimation)
+        sliderAnimation->stop();
 }
 
 void Slider::setMinimumValue(float minimum) {
-    minimum_ = minimum;
-    maximum_ = qMax(maximum_, minimum_);
-    setValue(value_);
+    sliderMinimum = minimum;
+    sliderMaximum = qMax(sliderMaximum, sliderMinimum);
+    setValue(sliderValue);
 }
 
 void Slider::setMaximumValue(float maximum) {
-    maximum_ = maximum;
-    minimum_ = qMin(minimum_, maximum_);
-    setValue(value_);
+    sliderMaximum = maximum;
+    sliderMinimum = qMin(sliderMinimum, sliderMaximum);
+    setValue(sliderValue);
 }
 
 void Slider::setThumbImage(const QIcon& image, unsigned state) {
-    thumbImages_.insert(state, image);
+    thumbImages.insert(state, image);
     updateGeometry();
     update();
 }
 
 QIcon Slider::thumbImage(unsigned state) const {
-    const auto it = thumbImages_.constFind(state);
-    return it != thumbImages_.constEnd() ? *it : thumbImages_.value(normal);
+    const auto it = thumbImages.constFind(state);
+    return it != thumbImages.constEnd() ? *it : thumbImages.value(normal);
 }
 
 QSize Slider::thumbSize() const {
     const QIcon image = thumbImage(normal);
     if (image.isNull())
-        return thumbSize_.isValid() ? thumbSize_ : defaultThumbSize;
-    QSize box = thumbSize_;
+        return sliderThumbSize.isValid() ? sliderThumbSize : defaultThumbSize;
+    QSize box = sliderThumbSize;
     if (!box.isValid()) {
         const QList<QSize> sizes = image.availableSizes();
         box = sizes.isEmpty() ? defaultThumbSize
@@ -88,18 +88,18 @@ QSize Slider::thumbSize() const {
 }
 
 void Slider::setThumbSize(QSize size) {
-    thumbSize_ = size;
+    sliderThumbSize = size;
     updateGeometry();
     update();
 }
 
 void Slider::setMinimumTrackTintColor(const QColor& color) {
-    minimumTrackColor_ = color;
+    minimumTrackColor = color;
     update();
 }
 
 void Slider::setMaximumTrackTintColor(const QColor& color) {
-    maximumTrackColor_ = color;
+    maximumTrackColor = color;
     update();
 }
 
@@ -112,22 +112,23 @@ QRectF Slider::trackRect() const {
 
 qreal Slider::positionOf(float value) const {
     const QRectF track = trackRect();
-    const float range = maximum_ - minimum_;
-    const qreal fraction = range > 0 ? (value - minimum_) / range : 0.0;
+    const float range = sliderMaximum - sliderMinimum;
+    const qreal fraction = range > 0 ? (value - sliderMinimum) / range : 0.0;
     return track.left() + fraction * track.width();
 }
 
 float Slider::valueAt(qreal x) const {
     const QRectF track = trackRect();
     if (track.width() <= 0)
-        return minimum_;
+        return sliderMinimum;
     const qreal fraction = qBound(0.0, (x - track.left()) / track.width(), 1.0);
-    return qBound(minimum_, float(minimum_ + fraction * (maximum_ - minimum_)), maximum_);
+    return qBound(sliderMinimum, float(sliderMinimum + fraction * (sliderMaximum - sliderMinimum)),
+                  sliderMaximum);
 }
 
 QRectF Slider::thumbRect() const {
     const QSizeF size = thumbSize();
-    return QRectF(positionOf(shownValue_) - size.width() / 2.0, (height() - size.height()) / 2.0,
+    return QRectF(positionOf(shownValue) - size.width() / 2.0, (height() - size.height()) / 2.0,
                   size.width(), size.height());
 }
 
@@ -137,34 +138,34 @@ QSize Slider::sizeHint() const {
 }
 
 void Slider::trackTo(float value) {
-    if (value == value_)
+    if (value == sliderValue)
         return;
-    value_ = value;
-    shownValue_ = value;
+    sliderValue = value;
+    shownValue = value;
     update();
-    if (continuous_)
+    if (sliderContinuous)
         sendActions(valueChanged);
 }
 
 void Slider::beginTracking(QPointF position) {
     stopAnimation();
-    shownValue_ = value_;
-    valueAtTrackingStart_ = value_;
+    shownValue = sliderValue;
+    valueAtTrackingStart = sliderValue;
     const QRectF thumb = thumbRect();
     if (thumb.left() <= position.x() && position.x() <= thumb.right()) {
-        grabOffset_ = position.x() - thumb.center().x();
+        grabOffset = position.x() - thumb.center().x();
     } else {
-        grabOffset_ = 0;
+        grabOffset = 0;
         trackTo(valueAt(position.x()));
     }
 }
 
 void Slider::continueTracking(QPointF position) {
-    trackTo(valueAt(position.x() - grabOffset_));
+    trackTo(valueAt(position.x() - grabOffset));
 }
 
 void Slider::endTracking(QPointF position) {
-    trackTo(valueAt(position.x() - grabOffset_));
+    trackTo(valueAt(position.x() - grabOffset));
     finishTracking();
 }
 
@@ -173,13 +174,13 @@ void Slider::cancelTracking() {
 }
 
 void Slider::finishTracking() {
-    if (!continuous_ && value_ != valueAtTrackingStart_)
+    if (!sliderContinuous && sliderValue != valueAtTrackingStart)
         sendActions(valueChanged);
 }
 
 void Slider::keyPressEvent(QKeyEvent* event) {
-    const float step = (maximum_ - minimum_) * keyStep;
-    float target = value_;
+    const float step = (sliderMaximum - sliderMinimum) * keyStep;
+    float target = sliderValue;
     switch (event->key()) {
     case Qt::Key_Left:
     case Qt::Key_Down:
@@ -193,8 +194,8 @@ void Slider::keyPressEvent(QKeyEvent* event) {
         Control::keyPressEvent(event);
         return;
     }
-    target = qBound(minimum_, target, maximum_);
-    if (target == value_)
+    target = qBound(sliderMinimum, target, sliderMaximum);
+    if (target == sliderValue)
         return;
     setValue(target);
     sendActions(valueChanged);
@@ -208,12 +209,12 @@ void Slider::paintEvent(QPaintEvent*) {
         painter.setOpacity(0.5);
 
     const QRectF track = trackRect();
-    const qreal split = positionOf(shownValue_);
+    const qreal split = positionOf(shownValue);
     const qreal radius = trackHeight / 2.0;
     painter.setPen(Qt::NoPen);
-    painter.setBrush(maximumTrackColor_);
+    painter.setBrush(maximumTrackColor);
     painter.drawRoundedRect(track, radius, radius);
-    painter.setBrush(minimumTrackColor_);
+    painter.setBrush(minimumTrackColor);
     painter.drawRoundedRect(QRectF(track.left(), track.top(), split - track.left(), track.height()),
                             radius, radius);
 

@@ -21,17 +21,17 @@ class Slider : public Control {
 public:
     explicit Slider(QWidget* parent = nullptr);
 
-    float value() const { return value_; }
+    float value() const { return sliderValue; }
     // Clamped to the range. Animated, the thumb glides there; value() has the new value at once.
     void setValue(float value, bool animated = false);
-    float minimumValue() const { return minimum_; }
+    float minimumValue() const { return sliderMinimum; }
     // Moves the other end and the value when they fall outside the new range.
     void setMinimumValue(float minimum);
-    float maximumValue() const { return maximum_; }
+    float maximumValue() const { return sliderMaximum; }
     void setMaximumValue(float maximum);
 
-    bool isContinuous() const { return continuous_; }
-    void setContinuous(bool continuous) { continuous_ = continuous; }
+    bool isContinuous() const { return sliderContinuous; }
+    void setContinuous(bool continuous) { sliderContinuous = continuous; }
 
     void setThumbImage(const QIcon& image, unsigned state = normal);
     QIcon thumbImage(unsigned state) const;
@@ -40,9 +40,9 @@ public:
     QSize thumbSize() const;
     void setThumbSize(QSize size);
 
-    QColor minimumTrackTintColor() const { return minimumTrackColor_; }
+    QColor minimumTrackTintColor() const { return minimumTrackColor; }
     void setMinimumTrackTintColor(const QColor& color);
-    QColor maximumTrackTintColor() const { return maximumTrackColor_; }
+    QColor maximumTrackTintColor() const { return maximumTrackColor; }
     void setMaximumTrackTintColor(const QColor& color);
 
     // In widget coordinates, for the value shown.
@@ -66,19 +66,19 @@ private:
     void finishTracking();
     void stopAnimation();
 
-    float value_ = 0.0f;
-    float minimum_ = 0.0f;
-    float maximum_ = 1.0f;
-    // Differs from value_ only while the thumb glides.
-    float shownValue_ = 0.0f;
-    bool continuous_ = true;
-    QHash<unsigned, QIcon> thumbImages_;
-    QSize thumbSize_;
-    QColor minimumTrackColor_;
-    QColor maximumTrackColor_;
-    qreal grabOffset_ = 0;
-    float valueAtTrackingStart_ = 0.0f;
-    QPointer<QVariantAnimation> animation_;
+    float sliderValue = 0.0f;
+    float sliderMinimum = 0.0f;
+    float sliderMaximum = 1.0f;
+    // Differs from sliderValue only while the thumb glides.
+    float shownValue = 0.0f;
+    bool sliderContinuous = true;
+    QHash<unsigned, QIcon> thumbImages;
+    QSize sliderThumbSize;
+    QColor minimumTrackColor;
+    QColor maximumTrackColor;
+    qreal grabOffset = 0;
+    float valueAtTrackingStart = 0.0f;
+    QPointer<QVariantAnimation> sliderAnimation;
 };
 
 } // namespace ui

@@ -16,7 +16,7 @@ QHash<QString, QHash<QString, Storyboard::Factory>>& registry() {
 
 } // namespace
 
-Storyboard::Storyboard(QString name) : name_(std::move(name)) {}
+Storyboard::Storyboard(QString name) : boardName(std::move(name)) {}
 
 void Storyboard::registerFactory(const QString& storyboardName, const QString& identifier,
                                  Factory factory) {
@@ -37,24 +37,24 @@ void Storyboard::unregisterAll(const QString& storyboardName) {
 }
 
 ViewController* Storyboard::instantiate(const QString& identifier) const {
-    const auto scenes = registry().constFind(name_);
+    const auto scenes = registry().constFind(boardName);
     if (scenes == registry().constEnd() || !scenes->contains(identifier)) {
-        qCWarning(lcUi).noquote() << "Storyboard" << name_ << "has no controller with identifier"
-                                  << identifier;
+        qCWarning(lcUi).noquote() << "Storyboard" << boardName
+                                  << "has no controller with identifier" << identifier;
         return nullptr;
     }
     const Factory factory = scenes->value(identifier);
     ViewController* controller = factory();
     if (!controller)
         qFatal("ui::Storyboard: the factory for \"%s\" in \"%s\" made no controller",
-               qPrintable(identifier), qPrintable(name_));
+               qPrintable(identifier), qPrintable(boardName));
     if (controller->objectName().isEmpty())
         controller->setObjectName(identifier);
     return controller;
 }
 
 void Storyboard::discard(ViewController* made, const char* expected) const {
-    qCWarning(lcUi).noquote() << "Storyboard" << name_ << "made a"
+    qCWarning(lcUi).noquote() << "Storyboard" << boardName << "made a"
                               << made->metaObject()->className() << "for" << expected;
     delete made;
 }
@@ -65,7 +65,7 @@ QString Storyboard::identifierOf(const QMetaObject& type) {
 }
 
 bool Storyboard::contains(const QString& identifier) const {
-    const auto scenes = registry().constFind(name_);
+    const auto scenes = registry().constFind(boardName);
     return scenes != registry().constEnd() && scenes->contains(identifier);
 }
 

@@ -16,7 +16,7 @@ public:
 
     explicit Storyboard(QString name);
 
-    const QString& name() const { return name_; }
+    const QString& name() const { return boardName; }
 
     // A later registration of the same identifier replaces the earlier one.
     static void registerFactory(const QString& storyboardName, const QString& identifier,
@@ -45,7 +45,7 @@ public:
 private:
     void discard(ViewController* made, const char* expected) const;
 
-    QString name_;
+    QString boardName;
 };
 
 } // namespace ui

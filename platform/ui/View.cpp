@@ -7,23 +7,23 @@ namespace ui {
 View::View(QWidget* parent) : QWidget(parent) {}
 
 void View::setBackgroundColor(const QColor& color) {
-    backgroundColor_ = color;
+    viewBackgroundColor = color;
     update();
 }
 
 void View::setCornerRadius(qreal radius) {
-    cornerRadius_ = radius;
+    viewCornerRadius = radius;
     update();
 }
 
 void View::paintEvent(QPaintEvent*) {
-    if (!backgroundColor_.isValid() || backgroundColor_.alpha() == 0)
+    if (!viewBackgroundColor.isValid() || viewBackgroundColor.alpha() == 0)
         return;
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing, cornerRadius_ > 0);
+    painter.setRenderHint(QPainter::Antialiasing, viewCornerRadius > 0);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(backgroundColor_);
-    const qreal radius = qMin(cornerRadius_, qMin(width(), height()) / 2.0);
+    painter.setBrush(viewBackgroundColor);
+    const qreal radius = qMin(viewCornerRadius, qMin(width(), height()) / 2.0);
     painter.drawRoundedRect(QRectF(rect()), radius, radius);
 }
 

@@ -14,18 +14,18 @@ public:
     explicit View(QWidget* parent = nullptr);
 
     // Invalid: transparent.
-    QColor backgroundColor() const { return backgroundColor_; }
+    QColor backgroundColor() const { return viewBackgroundColor; }
     void setBackgroundColor(const QColor& color);
     // Capped at half the shorter side, which makes a pill or a circle.
-    qreal cornerRadius() const { return cornerRadius_; }
+    qreal cornerRadius() const { return viewCornerRadius; }
     void setCornerRadius(qreal radius);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    QColor backgroundColor_;
-    qreal cornerRadius_ = 0;
+    QColor viewBackgroundColor;
+    qreal viewCornerRadius = 0;
 };
 
 } // namespace ui

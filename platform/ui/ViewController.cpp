@@ -26,31 +26,31 @@ ViewController::ViewController(QObject* parent) : QObject(parent) {}
 ViewController::~ViewController() {
     // Deleting the view stops its transition; the transition's end must not reach this
     // half-destroyed controller.
-    transitionEnd_ = {};
-    delete view_.data();
+    transitionEnd = {};
+    delete controllerView.data();
 }
 
 QWidget* ViewController::view() {
-    if (!view_) {
+    if (!controllerView) {
         loadView();
-        if (!view_)
+        if (!controllerView)
             qFatal("ui::ViewController: loadView() of %s set no view", qPrintable(describe(this)));
     }
-    if (!viewDidLoadCalled_) {
-        viewDidLoadCalled_ = true;
+    if (!viewDidLoadCalled) {
+        viewDidLoadCalled = true;
         viewDidLoad();
     }
-    return view_;
+    return controllerView;
 }
 
 void ViewController::setView(QWidget* view) {
     if (!view)
         qFatal("ui::ViewController::setView: null view for %s", qPrintable(describe(this)));
-    if (view_ && view_ != view)
+    if (controllerView && controllerView != view)
         qFatal("ui::ViewController::setView: %s already has a view", qPrintable(describe(this)));
     if (view->objectName().isEmpty())
         view->setObjectName(QString::fromLatin1(metaObject()->className()));
-    view_ = view;
+    controllerView = view;
 }
 
 void ViewController::loadView() {
@@ -58,7 +58,7 @@ void ViewController::loadView() {
 }
 
 Window* ViewController::window() const {
-    return view_ ? qobject_cast<Window*>(view_->window()) : nullptr;
+    return controllerView ? qobject_cast<Window*>(controllerView->window()) : nullptr;
 }
 
 void ViewController::setNeedsStatusBarAppearanceUpdate() {
@@ -67,17 +67,18 @@ void ViewController::setNeedsStatusBarAppearanceUpdate() {
 }
 
 bool ViewController::hidesPresenter() const {
-    return style_ != ModalPresentationStyle::overCurrentContext;
+    return controllerStyle != ModalPresentationStyle::overCurrentContext;
 }
 
 QRect ViewController::presentationFrame() const {
     Window* w = window();
     if (!w)
         return {};
-    if (style_ == ModalPresentationStyle::fullScreen || !presenting_ || !presenting_->view_ ||
-        !w->isAncestorOf(presenting_->view_))
+    if (controllerStyle == ModalPresentationStyle::fullScreen || !controllerPresenting ||
+        !controllerPresenting->controllerView ||
+        !w->isAncestorOf(controllerPresenting->controllerView))
         return w->rect();
-    const QWidget* area = presenting_->view_;
+    const QWidget* area = controllerPresenting->controllerView;
     return QRect(area->mapTo(w, QPoint(0, 0)), area->size());
 }
 
@@ -95,25 +96,25 @@ void ViewController::present(ViewController* controller, bool animated,
         qFatal("ui::ViewController::present: %s was given a null controller",
                qPrintable(describe(this)));
     const Window* controllerWindow = controller->window();
-    if (controller == this || controller->presenting_ || controller->presented_ ||
+    if (controller == this || controller->controllerPresenting || controller->controllerPresented ||
         (controllerWindow && controllerWindow->rootViewController() == controller))
         qFatal("ui::ViewController::present: %s is already on screen and cannot be presented by %s",
                qPrintable(describe(controller)), qPrintable(describe(this)));
-    if (presented_)
+    if (controllerPresented)
         return refuse(controller, "it already presents a controller");
-    if (transition_ == Transition::dismissing)
+    if (controllerTransition == Transition::dismissing)
         return refuse(controller, "it is being dismissed");
     Window* win = window();
     if (!win)
         return refuse(controller, "its view is not in a window");
 
     controller->setParent(this);
-    presented_ = controller;
-    controller->presenting_ = this;
-    controller->transition_ = Transition::presenting;
+    controllerPresented = controller;
+    controller->controllerPresenting = this;
+    controller->controllerTransition = Transition::presenting;
     QWidget* view = controller->view();
     view->setParent(win);
-    if (controller->style_ != ModalPresentationStyle::overCurrentContext)
+    if (controller->controllerStyle != ModalPresentationStyle::overCurrentContext)
         view->setAutoFillBackground(true);
     win->addPresented(controller);
 
@@ -127,13 +128,12 @@ void ViewController::present(ViewController* controller, bool animated,
     view->show();
 
     QPointer<ViewController> presenter(this);
-    controller->transitionEnd_ = [presenter, controller, hides,
-                                  completion = std::move(completion)] {
-        controller->transition_ = Transition::none;
+    controller->transitionEnd = [presenter, controller, hides, completion = std::move(completion)] {
+        controller->controllerTransition = Transition::none;
         controller->endAppearanceTransition();
         if (presenter && hides) {
-            if (presenter->view_)
-                presenter->view_->hide();
+            if (presenter->controllerView)
+                presenter->controllerView->hide();
             presenter->endAppearanceTransition();
         }
         if (Window* w = controller->window())
@@ -158,10 +158,10 @@ void ViewController::present(ViewController* controller, bool animated,
 }
 
 void ViewController::completeTransition() {
-    if (!transitionEnd_)
+    if (!transitionEnd)
         return;
-    const auto end = std::move(transitionEnd_);
-    transitionEnd_ = {};
+    const auto end = std::move(transitionEnd);
+    transitionEnd = {};
     end();
 }
 
@@ -169,15 +169,15 @@ void ViewController::finishRunningPresentations() {
     // A completion run here may present or dismiss, so look again after each one.
     for (bool again = true; again;) {
         again = false;
-        for (QPointer<ViewController> c = presented_; c; c = c->presented_) {
-            if (c->transition_ != Transition::presenting)
+        for (QPointer<ViewController> c = controllerPresented; c; c = c->controllerPresented) {
+            if (c->controllerTransition != Transition::presenting)
                 continue;
-            if (c->view_)
-                ViewAnimation::setAlpha(c->view_, 1.0); // ends the fade and its completion
+            if (c->controllerView)
+                ViewAnimation::setAlpha(c->controllerView, 1.0); // ends the fade and its completion
             if (c)
                 c->completeTransition();
-            if (c && c->transition_ == Transition::presenting)
-                c->transition_ = Transition::none;
+            if (c && c->controllerTransition == Transition::presenting)
+                c->controllerTransition = Transition::none;
             again = true;
             break;
         }
@@ -185,23 +185,24 @@ void ViewController::finishRunningPresentations() {
 }
 
 void ViewController::dismiss(bool animated, std::function<void()> completion) {
-    if (!presented_) {
-        if (presenting_ && transition_ != Transition::dismissing)
-            presenting_->dismiss(animated, std::move(completion));
+    if (!controllerPresented) {
+        if (controllerPresenting && controllerTransition != Transition::dismissing)
+            controllerPresenting->dismiss(animated, std::move(completion));
         return;
     }
-    if (presented_->transition_ == Transition::dismissing)
+    if (controllerPresented->controllerTransition == Transition::dismissing)
         return;
     QPointer<ViewController> self(this);
     finishRunningPresentations();
-    if (!self || !presented_ || presented_->transition_ == Transition::dismissing)
+    if (!self || !controllerPresented ||
+        controllerPresented->controllerTransition == Transition::dismissing)
         return;
 
     QList<QPointer<ViewController>> chain;
-    for (ViewController* c = presented_; c; c = c->presented_)
+    for (ViewController* c = controllerPresented; c; c = c->controllerPresented)
         chain.append(c);
     for (const auto& c : chain)
-        c->transition_ = Transition::dismissing;
+        c->controllerTransition = Transition::dismissing;
     ViewController* top = chain.last();
     const bool restores = chain.first()->hidesPresenter();
 
@@ -209,21 +210,21 @@ void ViewController::dismiss(bool animated, std::function<void()> completion) {
         (*it)->beginAppearanceTransition(false, animated);
     if (restores) {
         beginAppearanceTransition(true, animated);
-        if (view_)
-            view_->show();
+        if (controllerView)
+            controllerView->show();
     }
     // Only the top view fades out; what lies between goes at once.
     for (const auto& c : chain) {
-        if (c != top && c->view_)
-            c->view_->hide();
+        if (c != top && c->controllerView)
+            c->controllerView->hide();
     }
 
     QPointer<Window> win = top->window();
-    top->transitionEnd_ = [self, chain, restores, win, completion = std::move(completion)] {
+    top->transitionEnd = [self, chain, restores, win, completion = std::move(completion)] {
         for (auto it = chain.crbegin(); it != chain.crend(); ++it) {
             if (ViewController* c = *it) {
-                if (c->view_)
-                    c->view_->hide();
+                if (c->controllerView)
+                    c->controllerView->hide();
                 c->endAppearanceTransition();
             }
         }
@@ -235,9 +236,9 @@ void ViewController::dismiss(bool animated, std::function<void()> completion) {
                 win->removePresented(c);
         }
         if (bottom)
-            bottom->presenting_ = nullptr;
-        if (self && self->presented_ == bottom)
-            self->presented_ = nullptr;
+            bottom->controllerPresenting = nullptr;
+        if (self && self->controllerPresented == bottom)
+            self->controllerPresented = nullptr;
         if (win)
             win->setNeedsStatusBarAppearanceUpdate();
         if (completion)
@@ -246,9 +247,9 @@ void ViewController::dismiss(bool animated, std::function<void()> completion) {
             bottom->deleteLater();
     };
 
-    if (animated && top->view_) {
+    if (animated && top->controllerView) {
         QPointer<ViewController> leaving(top);
-        QWidget* view = top->view_;
+        QWidget* view = top->controllerView;
         ViewAnimation::animate(
             transitionDuration, 0.0, ViewAnimation::curveEaseInOut,
             [view] { ViewAnimation::setAlpha(view, 0.0); },
@@ -263,28 +264,30 @@ void ViewController::dismiss(bool animated, std::function<void()> completion) {
 
 void ViewController::beginAppearanceTransition(bool isAppearing, bool animated) {
     if (isAppearing) {
-        if (appearance_ == Appearance::appearing || appearance_ == Appearance::appeared)
+        if (controllerAppearance == Appearance::appearing ||
+            controllerAppearance == Appearance::appeared)
             return;
         view();
-        appearance_ = Appearance::appearing;
-        appearanceAnimated_ = animated;
+        controllerAppearance = Appearance::appearing;
+        appearanceAnimated = animated;
         viewWillAppear(animated);
     } else {
-        if (appearance_ == Appearance::disappearing || appearance_ == Appearance::disappeared)
+        if (controllerAppearance == Appearance::disappearing ||
+            controllerAppearance == Appearance::disappeared)
             return;
-        appearance_ = Appearance::disappearing;
-        appearanceAnimated_ = animated;
+        controllerAppearance = Appearance::disappearing;
+        appearanceAnimated = animated;
         viewWillDisappear(animated);
     }
 }
 
 void ViewController::endAppearanceTransition() {
-    if (appearance_ == Appearance::appearing) {
-        appearance_ = Appearance::appeared;
-        viewDidAppear(appearanceAnimated_);
-    } else if (appearance_ == Appearance::disappearing) {
-        appearance_ = Appearance::disappeared;
-        viewDidDisappear(appearanceAnimated_);
+    if (controllerAppearance == Appearance::appearing) {
+        controllerAppearance = Appearance::appeared;
+        viewDidAppear(appearanceAnimated);
+    } else if (controllerAppearance == Appearance::disappearing) {
+        controllerAppearance = Appearance::disappeared;
+        viewDidDisappear(appearanceAnimated);
     }
 }
 

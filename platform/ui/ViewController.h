@@ -39,7 +39,7 @@ public:
 
     // Loads the view on first use: loadView(), then viewDidLoad() once.
     QWidget* view();
-    bool isViewLoaded() const { return !view_.isNull(); }
+    bool isViewLoaded() const { return !controllerView.isNull(); }
     // Takes ownership; meant for loadView(). A loaded view cannot be replaced.
     void setView(QWidget* view);
     // The window the view is in, without loading it.
@@ -57,13 +57,13 @@ public:
     // asks its presenter to dismiss it. A presentation still fading in is finished first. Does
     // nothing when there is nothing to dismiss or the dismissal already runs.
     void dismiss(bool animated, std::function<void()> completion = {});
-    ViewController* presentingViewController() const { return presenting_; }
-    ViewController* presentedViewController() const { return presented_; }
-    bool isBeingPresented() const { return transition_ == Transition::presenting; }
-    bool isBeingDismissed() const { return transition_ == Transition::dismissing; }
+    ViewController* presentingViewController() const { return controllerPresenting; }
+    ViewController* presentedViewController() const { return controllerPresented; }
+    bool isBeingPresented() const { return controllerTransition == Transition::presenting; }
+    bool isBeingDismissed() const { return controllerTransition == Transition::dismissing; }
 
-    ModalPresentationStyle modalPresentationStyle() const { return style_; }
-    void setModalPresentationStyle(ModalPresentationStyle style) { style_ = style; }
+    ModalPresentationStyle modalPresentationStyle() const { return controllerStyle; }
+    void setModalPresentationStyle(ModalPresentationStyle style) { controllerStyle = style; }
 
     // Brackets the appearance calls of one transition, for containers and the window. Repeated
     // calls in the same direction are ignored, so each hook runs once per transition.
@@ -95,16 +95,16 @@ private:
     void completeTransition();
     void finishRunningPresentations();
 
-    QPointer<QWidget> view_;
-    bool viewDidLoadCalled_ = false;
-    QPointer<ViewController> presenting_;
-    QPointer<ViewController> presented_;
-    ModalPresentationStyle style_ = ModalPresentationStyle::fullScreen;
-    Appearance appearance_ = Appearance::disappeared;
-    bool appearanceAnimated_ = false;
-    Transition transition_ = Transition::none;
+    QPointer<QWidget> controllerView;
+    bool viewDidLoadCalled = false;
+    QPointer<ViewController> controllerPresenting;
+    QPointer<ViewController> controllerPresented;
+    ModalPresentationStyle controllerStyle = ModalPresentationStyle::fullScreen;
+    Appearance controllerAppearance = Appearance::disappeared;
+    bool appearanceAnimated = false;
+    Transition controllerTransition = Transition::none;
     // The end of the transition this controller's view is animating in or out.
-    std::function<void()> transitionEnd_;
+    std::function<void()> transitionEnd;
 };
 
 } // namespace ui

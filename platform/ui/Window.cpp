@@ -21,15 +21,15 @@ Window::Window() : QWidget(nullptr) {}
 
 Window::~Window() {
     // Controllers go before the views they own, so that no transition ends mid-teardown.
-    for (const auto& c : std::as_const(presented_)) {
+    for (const auto& c : std::as_const(windowPresented)) {
         if (c)
-            c->transitionEnd_ = {};
+            c->transitionEnd = {};
     }
-    delete root_.data();
+    delete windowRoot.data();
 }
 
 void Window::setRootViewController(ViewController* controller) {
-    if (controller == root_)
+    if (controller == windowRoot)
         return;
     if (controller && controller->presentingViewController())
         qFatal("ui::Window::setRootViewController: %s is presented and cannot become a root",
@@ -44,8 +44,8 @@ void Window::setRootViewController(ViewController* controller) {
             (*it)->beginAppearanceTransition(false, false);
     }
 
-    QPointer<ViewController> old = root_;
-    root_ = controller;
+    QPointer<ViewController> old = windowRoot;
+    windowRoot = controller;
     if (controller) {
         controller->setParent(this);
         QWidget* view = controller->view();
@@ -58,16 +58,16 @@ void Window::setRootViewController(ViewController* controller) {
     }
 
     // What the old root presented goes with it; unfinished transitions are dropped.
-    for (const auto& c : std::as_const(presented_)) {
+    for (const auto& c : std::as_const(windowPresented)) {
         if (c) {
-            c->transitionEnd_ = {};
-            if (c->view_)
-                c->view_->hide();
+            c->transitionEnd = {};
+            if (c->controllerView)
+                c->controllerView->hide();
         }
     }
-    presented_.clear();
-    if (old && old->view_)
-        old->view_->hide();
+    windowPresented.clear();
+    if (old && old->controllerView)
+        old->controllerView->hide();
 
     if (onScreen) {
         for (auto it = leaving.crbegin(); it != leaving.crend(); ++it) {
@@ -84,8 +84,8 @@ void Window::setRootViewController(ViewController* controller) {
 
 void Window::makeKeyAndVisible() {
     keyWindowPointer() = this;
-    statusBarHidden_ = prefersStatusBarHidden();
-    if (fullScreenWhenStatusBarHidden_ && statusBarHidden_)
+    statusBarHidden = prefersStatusBarHidden();
+    if (windowFullScreenWhenStatusBarHidden && statusBarHidden)
         showFullScreen();
     else
         show();
@@ -101,11 +101,11 @@ Window* Window::keyWindow() {
 }
 
 ViewController* Window::topViewController() const {
-    for (auto it = presented_.crbegin(); it != presented_.crend(); ++it) {
+    for (auto it = windowPresented.crbegin(); it != windowPresented.crend(); ++it) {
         if (*it && !(*it)->isBeingDismissed())
             return *it;
     }
-    return root_;
+    return windowRoot;
 }
 
 bool Window::prefersStatusBarHidden() const {
@@ -115,25 +115,25 @@ bool Window::prefersStatusBarHidden() const {
 
 void Window::setNeedsStatusBarAppearanceUpdate() {
     const bool hidden = prefersStatusBarHidden();
-    if (hidden == statusBarHidden_)
+    if (hidden == statusBarHidden)
         return;
-    statusBarHidden_ = hidden;
+    statusBarHidden = hidden;
     applyStatusBarPolicy();
     emit statusBarHiddenChanged(hidden);
 }
 
 void Window::setFullScreenWhenStatusBarHidden(bool enabled) {
-    fullScreenWhenStatusBarHidden_ = enabled;
-    statusBarHidden_ = prefersStatusBarHidden();
+    windowFullScreenWhenStatusBarHidden = enabled;
+    statusBarHidden = prefersStatusBarHidden();
     applyStatusBarPolicy();
 }
 
 void Window::applyStatusBarPolicy() {
-    if (!fullScreenWhenStatusBarHidden_ || !isVisible())
+    if (!windowFullScreenWhenStatusBarHidden || !isVisible())
         return;
-    if (statusBarHidden_ && !isFullScreen())
+    if (statusBarHidden && !isFullScreen())
         showFullScreen();
-    else if (!statusBarHidden_ && isFullScreen())
+    else if (!statusBarHidden && isFullScreen())
         showNormal();
 }
 
@@ -141,8 +141,8 @@ void Window::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     // The first resize comes with the first show and is no transition.
     if (event->oldSize().isValid() && event->oldSize() != event->size()) {
-        QList<QPointer<ViewController>> controllers{root_};
-        controllers += presented_;
+        QList<QPointer<ViewController>> controllers{windowRoot};
+        controllers += windowPresented;
         for (const auto& c : controllers) {
             if (c)
                 c->viewWillTransition(event->size());
@@ -175,31 +175,31 @@ void Window::hideEvent(QHideEvent* event) {
 }
 
 void Window::addPresented(ViewController* controller) {
-    presented_.append(controller);
-    if (controller->view_)
-        controller->view_->setGeometry(controller->presentationFrame());
+    windowPresented.append(controller);
+    if (controller->controllerView)
+        controller->controllerView->setGeometry(controller->presentationFrame());
 }
 
 void Window::removePresented(ViewController* controller) {
-    presented_.removeIf(
+    windowPresented.removeIf(
         [controller](const QPointer<ViewController>& c) { return !c || c == controller; });
 }
 
 void Window::layoutViews() {
-    if (root_ && root_->view_)
-        root_->view_->setGeometry(rect());
-    for (const auto& c : std::as_const(presented_)) {
-        if (c && c->view_)
-            c->view_->setGeometry(c->presentationFrame());
+    if (windowRoot && windowRoot->controllerView)
+        windowRoot->controllerView->setGeometry(rect());
+    for (const auto& c : std::as_const(windowPresented)) {
+        if (c && c->controllerView)
+            c->controllerView->setGeometry(c->presentationFrame());
     }
 }
 
 QList<ViewController*> Window::shownControllers() const {
     QList<ViewController*> shown;
-    if (root_ && root_->view_ && !root_->view_->isHidden())
-        shown.append(root_);
-    for (const auto& c : presented_) {
-        if (c && c->view_ && !c->view_->isHidden())
+    if (windowRoot && windowRoot->controllerView && !windowRoot->controllerView->isHidden())
+        shown.append(windowRoot);
+    for (const auto& c : windowPresented) {
+        if (c && c->controllerView && !c->controllerView->isHidden())
             shown.append(c);
     }
     return shown;

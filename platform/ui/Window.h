@@ -17,7 +17,7 @@ public:
     Window();
     ~Window() override;
 
-    ViewController* rootViewController() const { return root_; }
+    ViewController* rootViewController() const { return windowRoot; }
     // Takes ownership. The old root, with whatever it presents, leaves at once and is deleted
     // later; appearance calls are made while the window is visible.
     void setRootViewController(ViewController* controller);
@@ -35,7 +35,7 @@ public:
     // A phone shell turns this on: the window goes full screen while the top controller prefers
     // the status bar hidden. Off on a desktop, which has no status bar.
     void setFullScreenWhenStatusBarHidden(bool enabled);
-    bool fullScreenWhenStatusBarHidden() const { return fullScreenWhenStatusBarHidden_; }
+    bool fullScreenWhenStatusBarHidden() const { return windowFullScreenWhenStatusBarHidden; }
 
 signals:
     void statusBarHiddenChanged(bool hidden);
@@ -55,11 +55,11 @@ private:
     QList<ViewController*> shownControllers() const;
     void applyStatusBarPolicy();
 
-    QPointer<ViewController> root_;
+    QPointer<ViewController> windowRoot;
     // Presentation order, so a presenter is laid out before what it presents.
-    QList<QPointer<ViewController>> presented_;
-    bool fullScreenWhenStatusBarHidden_ = false;
-    bool statusBarHidden_ = false;
+    QList<QPointer<ViewController>> windowPresented;
+    bool windowFullScreenWhenStatusBarHidden = false;
+    bool statusBarHidden = false;
 };
 
 } // namespace ui

@@ -25,8 +25,8 @@ namespace {
 // Collects warnings while alive.
 class WarningCollector {
 public:
-    WarningCollector() : m_previous(qInstallMessageHandler(&collect)) { lines().clear(); }
-    ~WarningCollector() { qInstallMessageHandler(m_previous); }
+    WarningCollector() : previousHandler(qInstallMessageHandler(&collect)) { lines().clear(); }
+    ~WarningCollector() { qInstallMessageHandler(previousHandler); }
     static QStringList& lines() {
         static QStringList collected;
         return collected;
@@ -37,7 +37,7 @@ private:
         if (type == QtWarningMsg)
             lines() << message;
     }
-    QtMessageHandler m_previous;
+    QtMessageHandler previousHandler;
 };
 
 QByteArray readAll(const QString& path) {
@@ -54,8 +54,8 @@ void writeAll(const QString& path, const QByteArray& content) {
 class PreferencesTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(m_folder.isValid());
-        qputenv("TESSARO_CONFIG_DIR", m_folder.path().toUtf8());
+        ASSERT_TRUE(configFolder.isValid());
+        qputenv("TESSARO_CONFIG_DIR", configFolder.path().toUtf8());
         Preferences::resetStandardForTesting();
     }
     void TearDown() override {
@@ -63,18 +63,18 @@ protected:
         qunsetenv("TESSARO_CONFIG_DIR");
     }
 
-    QString filePath() const { return m_folder.filePath(QStringLiteral("preferences.json")); }
+    QString filePath() const { return configFolder.filePath(QStringLiteral("preferences.json")); }
     // What a new process would read.
     Preferences& reloaded() {
         Preferences::resetStandardForTesting();
         return Preferences::standard();
     }
     QStringList folderEntries() const {
-        return QDir(m_folder.path())
+        return QDir(configFolder.path())
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
     }
 
-    QTemporaryDir m_folder;
+    QTemporaryDir configFolder;
 };
 
 TEST(PreferenceValueTest, LiteralsKeepTheirType) {
@@ -199,7 +199,7 @@ TEST_F(PreferencesDeathTest, ReadingAnotherTypeStopsTheProgram) {
 
 TEST_F(PreferencesTest, FileIsCompleteAfterEveryChange) {
     // The folder does not exist yet.
-    const QString nested = m_folder.filePath(QStringLiteral("config/tessaro/preferences.json"));
+    const QString nested = configFolder.filePath(QStringLiteral("config/tessaro/preferences.json"));
     Preferences preferences(nested);
 
     auto expectOnDisk = [&](const QString& key, const std::optional<PreferenceValue>& expected) {
@@ -243,7 +243,7 @@ TEST_F(PreferencesTest, DamagedFilesAreMovedAsideNeverOverwritten) {
         EXPECT_EQ(preferences.integerForKey("zoomMode"), 0);
 
         const QStringList aside =
-            QDir(m_folder.path()).entryList({QStringLiteral("preferences.json.corrupt-*")});
+            QDir(configFolder.path()).entryList({QStringLiteral("preferences.json.corrupt-*")});
         ASSERT_EQ(aside.size(), asideCopies.size() + 1) << "an earlier copy was overwritten";
         QString newest;
         for (const QString& name : aside) {
@@ -251,12 +251,12 @@ TEST_F(PreferencesTest, DamagedFilesAreMovedAsideNeverOverwritten) {
                 newest = name;
         }
         asideCopies << newest;
-        EXPECT_EQ(readAll(m_folder.filePath(newest)), content);
+        EXPECT_EQ(readAll(configFolder.filePath(newest)), content);
         EXPECT_FALSE(QFile::exists(filePath()));
 
         ASSERT_EQ(warnings.lines().size(), 1) << warnings.lines().join('\n').toStdString();
         EXPECT_TRUE(warnings.lines().first().contains(filePath()));
-        EXPECT_TRUE(warnings.lines().first().contains(m_folder.filePath(newest)));
+        EXPECT_TRUE(warnings.lines().first().contains(configFolder.filePath(newest)));
 
         preferences.setInteger("zoomMode", 1);
         EXPECT_EQ(reloaded().integerForKey("zoomMode"), 1);
@@ -293,11 +293,11 @@ TEST_F(PreferencesTest, EntriesOfUnknownTypeOrThatTheSchemaForbidsAreSkipped) {
 TEST_F(PreferencesTest, UnwritableFolderKeepsTheValueInMemory) {
     // Root writes into read-only folders; a file standing where the folder should be stops it too.
     const bool root = geteuid() == 0;
-    const QString folder = m_folder.filePath("config");
+    const QString folder = configFolder.filePath("config");
     if (root) {
         writeAll(folder, "not a folder");
     } else {
-        ASSERT_TRUE(QDir(m_folder.path()).mkdir("config"));
+        ASSERT_TRUE(QDir(configFolder.path()).mkdir("config"));
         ASSERT_TRUE(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
     }
     const QString path = folder + "/preferences.json";

@@ -14,8 +14,8 @@ namespace ui::test {
 class ProbeViewController : public ViewController {
 public:
     ProbeViewController(QString name, QStringList* journal)
-        : name_(std::move(name)), journal_(journal) {
-        setObjectName(name_);
+        : probeName(std::move(name)), probeJournal(journal) {
+        setObjectName(probeName);
     }
 
     bool statusBarHidden = false;
@@ -36,10 +36,10 @@ protected:
     }
 
 private:
-    void note(const QString& what) { journal_->append(name_ + "." + what); }
+    void note(const QString& what) { probeJournal->append(probeName + "." + what); }
 
-    QString name_;
-    QStringList* journal_;
+    QString probeName;
+    QStringList* probeJournal;
 };
 
 } // namespace ui::test
