@@ -11,6 +11,7 @@
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFVideoSession.h"
 #include "platform/av/CaptureDeviceDiscoverySession.h"
+#include "platform/foundation/PreferenceSchema.h"
 #include "platform/foundation/Preferences.h"
 #include "platform/ui/Button.h"
 #include "platform/ui/Storyboard.h"
@@ -136,9 +137,9 @@ struct Screen {
 
 void prepare(int mode, int seconds) {
     foundation::Preferences& defaults = foundation::Preferences::standard();
-    defaults.setFloat(QStringLiteral("zoomDuration"), float(seconds));
-    defaults.setInteger(QStringLiteral("zoomMode"), 0);
-    defaults.setInteger(QStringLiteral("videoMode"), (mode + 2) % 3);
+    defaults.setFloat(foundation::PreferenceSchema::zoomDuration, float(seconds));
+    defaults.setInteger(foundation::PreferenceSchema::zoomMode, int(ZoomMode::zoomOut));
+    defaults.setInteger(foundation::PreferenceSchema::videoMode, (mode + 2) % videoModeCount);
 }
 
 int measureFormat(int mode, int seconds) {

@@ -1,5 +1,6 @@
 #include "LineReporter.h"
 
+#include "platform/foundation/PreferenceSchema.h"
 #include "platform/foundation/Preferences.h"
 
 #include <QCoreApplication>
@@ -9,12 +10,12 @@
 static void preferencesAtomicWrite(benchmark::State& state) {
     QTemporaryDir dir;
     foundation::Preferences preferences(dir.filePath(QStringLiteral("preferences.json")));
-    preferences.setInteger("zoomMode", 1);
-    preferences.setInteger("videoMode", 2);
-    preferences.setBool("tutorialShowed", true);
+    preferences.setInteger(foundation::PreferenceSchema::zoomMode, 1);
+    preferences.setInteger(foundation::PreferenceSchema::videoMode, 2);
+    preferences.setBool(foundation::PreferenceSchema::tutorialShowed, true);
     float seconds = 1.0f;
     for (auto _ : state) {
-        preferences.setFloat("zoomDuration", seconds);
+        preferences.setFloat(foundation::PreferenceSchema::zoomDuration, seconds);
         seconds = seconds >= 15.0f ? 1.0f : seconds + 1.0f;
     }
 }

@@ -65,8 +65,8 @@ void firstFrame(const QString& clip) {
         QElapsedTimer timer;
         timer.start();
         auto* preview = new VideoPreviewViewController;
-        preview->setProperty("videoURL", QUrl::fromLocalFile(clip));
-        preview->setProperty("cameraVC", QVariant::fromValue<QObject*>(camera));
+        preview->videoURL = QUrl::fromLocalFile(clip);
+        preview->cameraVC = camera;
         QElapsedTimer call;
         call.start();
         camera->present(preview, true);
