@@ -12,17 +12,15 @@ class Window;
 // The program's delegate: owns the orientation lock and picks the first screen at launch.
 class AppDelegate : public QObject, public ui::ApplicationDelegate {
     Q_OBJECT
-    // Set by name by the tutorial, which does not link this layer.
-    Q_PROPERTY(quint64 orientationLock READ orientationLock WRITE setOrientationLock)
 
 public:
     ui::Window* window() const override;
     void setWindow(ui::Window* window) override;
 
     quint64 orientationLock() const { return lock; }
-    // Screens narrow the allowed orientations while they are shown. Nothing on Linux asks for
-    // them yet: no shell lets a window pin its orientation (see README).
-    void setOrientationLock(quint64 mask) { lock = mask; }
+    // Nothing on Linux asks for the lock yet: no shell lets a window pin its orientation (see
+    // README).
+    void setOrientationLock(quint64 mask) override { lock = mask; }
 
     bool didFinishLaunchingWithOptions(ui::Application* application,
                                        const QVariantMap& launchOptions) override;

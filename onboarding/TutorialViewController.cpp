@@ -38,8 +38,8 @@ constexpr int imageSide = 56;
 // The last page is this page, not the last of however many there are.
 constexpr double lastPage = 3.0;
 
-QObject*& delegateForTesting() {
-    static QObject* delegate = nullptr;
+ui::ApplicationDelegate*& delegateForTesting() {
+    static ui::ApplicationDelegate* delegate = nullptr;
     return delegate;
 }
 
@@ -270,17 +270,16 @@ void TutorialViewController::start(ui::Control*) {
 }
 
 void TutorialViewController::lockInterfaceOrientation(quint64 mask) {
-    QObject* delegate = delegateForTesting();
+    ui::ApplicationDelegate* delegate = delegateForTesting();
     if (!delegate) {
         if (ui::Application* application = ui::Application::shared())
-            delegate = dynamic_cast<QObject*>(application->delegate());
+            delegate = application->delegate();
     }
-    // The shell's delegate keeps the lock; this layer knows it only by name.
-    if (delegate && delegate->inherits("AppDelegate"))
-        delegate->setProperty("orientationLock", QVariant::fromValue<quint64>(mask));
+    if (delegate)
+        delegate->setOrientationLock(mask);
 }
 
-void TutorialViewController::setApplicationDelegateForTesting(QObject* delegate) {
+void TutorialViewController::setApplicationDelegateForTesting(ui::ApplicationDelegate* delegate) {
     delegateForTesting() = delegate;
 }
 

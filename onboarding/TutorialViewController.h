@@ -15,6 +15,7 @@ class Player;
 }
 
 namespace ui {
+class ApplicationDelegate;
 class Control;
 class ImageView;
 class Label;
@@ -64,7 +65,7 @@ public:
     // Narrows the interface orientations the application's delegate allows, if it keeps them.
     static void lockInterfaceOrientation(quint64 mask);
     // Tests have no application object of ours; the delegate to reach instead, or null.
-    static void setApplicationDelegateForTesting(QObject* delegate);
+    static void setApplicationDelegateForTesting(ui::ApplicationDelegate* delegate);
 
 protected:
     void loadView() override;

@@ -31,6 +31,9 @@ public:
     virtual bool didFinishLaunchingWithOptions(Application* application,
                                                const QVariantMap& launchOptions) = 0;
     virtual quint64 supportedInterfaceOrientationsFor(Application* application, Window* window) = 0;
+    // Screens narrow the allowed orientations while they are shown; a delegate that keeps no
+    // lock ignores it.
+    virtual void setOrientationLock(quint64) {}
 };
 
 } // namespace ui
