@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 
 #include "onboarding/TutorialViewController.h"
+#include "platform/foundation/PreferenceSchema.h"
 #include "platform/foundation/Preferences.h"
 #include "platform/ui/Storyboard.h"
 #include "platform/ui/ViewController.h"
@@ -35,10 +36,6 @@ protected:
         ui::Storyboard::registerFactory(QStringLiteral("Main"), QString::fromLatin1(identifier),
                                         [] { return new Controller; });
     }
-    void registerBothScreens() {
-        registerScreen<TutorialViewController>("TutorialViewController");
-        registerScreen<CameraViewController>("CameraViewController");
-    }
     QString rootClass() const {
         return QString::fromLatin1(window->rootViewController()->metaObject()->className());
     }
@@ -49,39 +46,42 @@ protected:
     ui::ViewController* plainRoot = nullptr;
 };
 
-TEST_F(LaunchTest, firstLaunchShowsTheTutorial) {
-    registerBothScreens();
-    EXPECT_TRUE(delegate.didFinishLaunchingWithOptions(nullptr, {}));
-    EXPECT_EQ(rootClass(), "TutorialViewController");
-}
-
-TEST_F(LaunchTest, laterLaunchesShowTheRecordingScreen) {
-    registerBothScreens();
-    foundation::Preferences::standard().setBool("tutorialShowed", true);
-    for (int launch = 0; launch < 2; ++launch) {
-        AppDelegate next;
-        next.setWindow(window);
-        next.didFinishLaunchingWithOptions(nullptr, {});
-        EXPECT_EQ(rootClass(), "CameraViewController");
+// The first screen follows the tutorial's scene, whether the tutorial was left, and the
+// "tutorial" launch option; other options change nothing.
+TEST_F(LaunchTest, theFirstScreenFollowsTheTutorialsState) {
+    const QVariantMap asked{{QStringLiteral("tutorial"), true}};
+    const QVariantMap nonsense{{QStringLiteral("camera"), QStringLiteral("nonsense")},
+                               {QStringLiteral("url"), QVariant()},
+                               {QString(), 42}};
+    const struct {
+        const char* name;
+        bool tutorialScene;
+        bool left;
+        QVariantMap options;
+        const char* root;
+    } rows[] = {
+        {"first launch", true, false, {}, "TutorialViewController"},
+        {"later launch", true, true, nonsense, "CameraViewController"},
+        {"asked for after it was left", true, true, asked, "TutorialViewController"},
+        {"no tutorial scene", false, false, {}, "CameraViewController"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        ui::Storyboard::unregisterAll(QStringLiteral("Main"));
+        registerScreen<CameraViewController>("CameraViewController");
+        if (row.tutorialScene)
+            registerScreen<TutorialViewController>("TutorialViewController");
+        foundation::Preferences::standard().setBool(foundation::PreferenceSchema::tutorialShowed,
+                                                    row.left);
+        AppDelegate launch;
+        launch.setWindow(window);
+        EXPECT_TRUE(launch.didFinishLaunchingWithOptions(nullptr, row.options));
+        EXPECT_EQ(rootClass(), row.root);
+        // Asking does not forget that it was left: the next plain launch skips it.
+        EXPECT_EQ(foundation::Preferences::standard().boolForKey(
+                      foundation::PreferenceSchema::tutorialShowed),
+                  row.left);
     }
-}
-
-TEST_F(LaunchTest, askingForTheTutorialShowsItAfterItWasLeft) {
-    registerBothScreens();
-    foundation::Preferences::standard().setBool("tutorialShowed", true);
-    delegate.didFinishLaunchingWithOptions(nullptr, {{QStringLiteral("tutorial"), true}});
-    EXPECT_EQ(rootClass(), "TutorialViewController");
-    // Asking does not forget that it was left: the next plain launch skips it.
-    AppDelegate next;
-    next.setWindow(window);
-    next.didFinishLaunchingWithOptions(nullptr, {});
-    EXPECT_EQ(rootClass(), "CameraViewController");
-}
-
-TEST_F(LaunchTest, withoutATutorialSceneTheFirstLaunchShowsTheRecordingScreen) {
-    registerScreen<CameraViewController>("CameraViewController");
-    delegate.didFinishLaunchingWithOptions(nullptr, {});
-    EXPECT_EQ(rootClass(), "CameraViewController");
 }
 
 TEST_F(LaunchTest, unregisteredOrMismatchedScreensKeepThePlainRoot) {
@@ -99,7 +99,7 @@ TEST_F(LaunchTest, unregisteredOrMismatchedScreensKeepThePlainRoot) {
 }
 
 TEST_F(LaunchTest, noWindowSkipsRouting) {
-    registerBothScreens();
+    registerScreen<CameraViewController>("CameraViewController");
     AppDelegate windowless;
     EXPECT_TRUE(windowless.didFinishLaunchingWithOptions(nullptr, {}));
     EXPECT_EQ(window->rootViewController(), plainRoot);
@@ -115,13 +115,6 @@ TEST_F(LaunchTest, launchSetsThePromptDelayEveryTime) {
     EXPECT_EQ(AppRating::daysUntilPrompt, 10);
     delegate.didFinishLaunchingWithOptions(nullptr, {});
     EXPECT_EQ(AppRating::daysUntilPrompt, 3);
-}
-
-TEST_F(LaunchTest, launchOptionsNeverChangeTheAnswer) {
-    const QVariantMap options{{QStringLiteral("camera"), QStringLiteral("nonsense")},
-                              {QStringLiteral("url"), QVariant()},
-                              {QString(), 42}};
-    EXPECT_TRUE(delegate.didFinishLaunchingWithOptions(nullptr, options));
 }
 
 TEST(OrientationLock, answersAllUntilChangedThenExactlyTheLastValue) {

@@ -3,7 +3,6 @@
 
 #include <QDeadlineTimer>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -304,46 +303,3 @@ TEST(CommandLine, theDefaultOutputIsANewNameForEachRun) {
 }
 
 } // namespace
-
-namespace {
-
-// The main thread's CPU so far, in seconds, from the child's /proc.
-double mainThreadCpu(qint64 pid) {
-    QFile stat(QStringLiteral("/proc/%1/task/%1/stat").arg(pid));
-    if (!stat.open(QIODevice::ReadOnly))
-        return -1;
-    const QByteArray line = stat.readAll();
-    const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
-    return fields.size() < 13 ? -1
-                              : double(fields[11].toLongLong() + fields[12].toLongLong()) /
-                                    double(sysconf(_SC_CLK_TCK));
-}
-
-} // namespace
-
-// While the camera records, the main thread waits for the take's end: it sleeps, whatever the
-// machine's speed, and leaves the cores to the camera and the encoder.
-TEST(CommandLine, recordsWithoutSpinningTheMainThread) {
-    QTemporaryDir folder;
-    const QString clip = folder.filePath(QStringLiteral("clip.mov"));
-    QProcess process;
-    startRecording(process, folder, clip, 3);
-    QByteArray out;
-    double cpuAtPress = -1, cpuAtEnd = -1;
-    QElapsedTimer take;
-    while (cpuAtEnd < 0 && process.waitForReadyRead(30000)) {
-        out += process.readAll();
-        if (cpuAtPress < 0 && out.contains("Recording")) {
-            cpuAtPress = mainThreadCpu(process.processId());
-            take.start();
-        }
-        if (cpuAtPress >= 0 && out.contains(clip.toUtf8()))
-            cpuAtEnd = mainThreadCpu(process.processId());
-    }
-    ASSERT_TRUE(process.waitForFinished(30000));
-    ASSERT_EQ(process.exitCode(), 0) << out.toStdString();
-    ASSERT_GE(cpuAtEnd, 0) << out.toStdString();
-    const double wall = double(take.elapsed()) / 1000.0;
-    EXPECT_LT(cpuAtEnd - cpuAtPress, wall / 2)
-        << "CPU " << cpuAtEnd - cpuAtPress << " s in a " << wall << " s take";
-}
