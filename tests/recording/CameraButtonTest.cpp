@@ -152,7 +152,8 @@ TEST_F(CameraButtonTest, WritingSelectedAlwaysAnimatesFromTheShapeShown) {
     expectShape(idleDisc, 25, "unchanged");
 
     button->setSelected(true);
-    QTest::qWait(150);
+    // Caught mid-way: begun shrinking, not yet at the square.
+    ASSERT_TRUE(QTest::qWaitFor([this] { return button->innerRect().width() < 49; }));
     ASSERT_TRUE(button->isAnimating());
     const QRectF midway = button->innerRect();
     EXPECT_LT(midway.width(), 50);
