@@ -309,6 +309,32 @@ TEST_F(ZoomFilterTest, ZoomWrittenFromAnotherThreadWhileFramesFlow) {
     }
 }
 
+// Each output sample blends its two nearest source samples by its distance to them: on steep
+// ramps a wrong weight shows as a wrong level, which the gentle ramps above hide within a level.
+TEST_F(ZoomFilterTest, SamplesBlendTheirNeighboursByDistance) {
+    const Pattern steep = [](int component, double x, double y) {
+        return component == 0 ? 15 * x : component == 1 ? 15 * y : 240 - 15 * x;
+    };
+    const auto source = [](double zoom, int i, int n) {
+        return n / 2.0 + (i + 0.5 - n / 2.0) / zoom - 0.5;
+    };
+    for (GstVideoFormat format : formats) {
+        const Layout layout(format, 16, 16);
+        for (double zoom : {1.5, 3.7}) {
+            SCOPED_TRACE(describe(layout) + " zoom " + std::to_string(zoom));
+            auto h = harness(layout);
+            setZoom(h.get(), zoom);
+            const Bytes output = pass(h.get(), layout.frame(steep));
+            layout.forEachSample([&](int component, int x, int y, int width, int height,
+                                     gsize offset) {
+                EXPECT_NEAR(output[offset],
+                            steep(component, source(zoom, x, width), source(zoom, y, height)), 1.0)
+                    << "component " << component << " at " << x << "," << y;
+            });
+        }
+    }
+}
+
 TEST_F(ZoomFilterTest, RefusesFormatsOtherThanI420AndNV12) {
     HarnessHandle h(gst_harness_new(ZoomFilter::factoryName), gst_harness_teardown);
     av::GstHandle<GstPad> sink(gst_element_get_static_pad(h->element, "sink"), av::GstRef::adopt);
