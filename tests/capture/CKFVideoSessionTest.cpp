@@ -11,10 +11,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <functional>
-#include <gst/pbutils/pbutils.h>
 #include <gtest/gtest.h>
 
 #include "tests/FakeWebcam.h"
+#include "tests/MovieInfo.h"
 
 namespace {
 
@@ -72,51 +72,6 @@ protected:
     QTemporaryDir documents;
 };
 
-struct MovieInfo {
-    QString videoCodec, audioCodec;
-    int width = 0, height = 0;
-    double seconds = 0;
-    QString orientation;
-};
-
-QString capsName(GstDiscovererStreamInfo* stream) {
-    GstCaps* caps = gst_discoverer_stream_info_get_caps(stream);
-    const QString name = QString::fromUtf8(gst_structure_get_name(gst_caps_get_structure(caps, 0)));
-    gst_caps_unref(caps);
-    return name;
-}
-
-MovieInfo inspect(const QString& path) {
-    MovieInfo info;
-    GstDiscoverer* discoverer = gst_discoverer_new(10 * GST_SECOND, nullptr);
-    GstDiscovererInfo* result = gst_discoverer_discover_uri(
-        discoverer, QUrl::fromLocalFile(path).toEncoded().constData(), nullptr);
-    if (result) {
-        info.seconds = double(gst_discoverer_info_get_duration(result)) / GST_SECOND;
-        GList* videos = gst_discoverer_info_get_video_streams(result);
-        if (videos) {
-            auto* video = GST_DISCOVERER_VIDEO_INFO(videos->data);
-            info.width = int(gst_discoverer_video_info_get_width(video));
-            info.height = int(gst_discoverer_video_info_get_height(video));
-            info.videoCodec = capsName(GST_DISCOVERER_STREAM_INFO(video));
-            gchar* orientation = nullptr;
-            const GstTagList* tags =
-                gst_discoverer_stream_info_get_tags(GST_DISCOVERER_STREAM_INFO(video));
-            if (tags && gst_tag_list_get_string(tags, GST_TAG_IMAGE_ORIENTATION, &orientation))
-                info.orientation = QString::fromUtf8(orientation);
-            g_free(orientation);
-        }
-        GList* audios = gst_discoverer_info_get_audio_streams(result);
-        if (audios)
-            info.audioCodec = capsName(GST_DISCOVERER_STREAM_INFO(audios->data));
-        gst_discoverer_stream_info_list_free(videos);
-        gst_discoverer_stream_info_list_free(audios);
-        gst_discoverer_info_unref(result);
-    }
-    g_object_unref(discoverer);
-    return info;
-}
-
 TEST_F(VideoSessionTest, recordsAPlayableMovieToTheDefaultFileAndReplacesItNextTime) {
     CKFVideoSession session(CKFSession::CameraPosition::back);
     session.setWidth(1280, 720, 30); // the first format that fits is 1920×1080
@@ -126,7 +81,7 @@ TEST_F(VideoSessionTest, recordsAPlayableMovieToTheDefaultFileAndReplacesItNextT
     const QString first = recordClip(session, 1.0);
     ASSERT_EQ(first, CKFVideoSession::defaultFileURL().toLocalFile());
     EXPECT_FALSE(session.isRecording());
-    const MovieInfo info = inspect(first);
+    const MovieInfo info = inspectMovie(first);
     EXPECT_EQ(info.videoCodec, QStringLiteral("video/x-h264"));
     EXPECT_EQ(info.audioCodec, QStringLiteral("audio/mpeg"));
     EXPECT_EQ(info.width, 1920);
@@ -140,7 +95,7 @@ TEST_F(VideoSessionTest, recordsAPlayableMovieToTheDefaultFileAndReplacesItNextT
     const QString second = recordClip(session, 2.0);
     EXPECT_EQ(second, first);
     EXPECT_EQ(QDir(documents.path()).entryList(QDir::Files).size(), 1);
-    const MovieInfo secondInfo = inspect(second);
+    const MovieInfo secondInfo = inspectMovie(second);
     EXPECT_GT(secondInfo.seconds, info.seconds + 0.5);
     EXPECT_NE(QFileInfo(second).size(), firstSize);
     EXPECT_EQ(session.movieFileOutput()
@@ -174,7 +129,7 @@ TEST_F(VideoSessionTest, oneRecordingFromTheRequestUntilItsCallback) {
     // While it records, a second request leaves its callbacks and its file alone.
     first.clear();
     const QString clip = recordClip(session, 0.5, [&] { EXPECT_FALSE(record(second)); });
-    EXPECT_EQ(inspect(clip).videoCodec, QStringLiteral("video/x-h264"));
+    EXPECT_EQ(inspectMovie(clip).videoCodec, QStringLiteral("video/x-h264"));
     EXPECT_TRUE(second.isEmpty());
 
     // A stray finish after that reaches nobody.
@@ -210,7 +165,7 @@ TEST_F(VideoSessionTest, aStillPictureOrAShortLoopedClipRecordsAsTheBackCamera) 
         session.start();
         const QString file = recordClip(session, row.seconds);
         ASSERT_FALSE(file.isEmpty());
-        const MovieInfo info = inspect(file);
+        const MovieInfo info = inspectMovie(file);
         EXPECT_EQ(info.videoCodec, QStringLiteral("video/x-h264"));
         EXPECT_EQ(info.width, 1920);
         // Frames all along (the clip alone has 30), at half the rate or better on a busy machine.
@@ -238,8 +193,8 @@ TEST_F(VideoSessionTest, anUnpluggedCameraEndsTheRecordingPlayableAndTellsTheScr
     EXPECT_FALSE(session.session()->isRunning());
     EXPECT_FALSE(session.isRecording());
     ASSERT_EQ(finished, CKFVideoSession::defaultFileURL().toLocalFile());
-    EXPECT_EQ(inspect(finished).videoCodec, QStringLiteral("video/x-h264"));
-    EXPECT_GT(inspect(finished).seconds, 0.8);
+    EXPECT_EQ(inspectMovie(finished).videoCodec, QStringLiteral("video/x-h264"));
+    EXPECT_GT(inspectMovie(finished).seconds, 0.8);
     EXPECT_EQ(problems.size(), 1);
     EXPECT_TRUE(problems.front().contains(QStringLiteral("disconnected")))
         << problems.front().toStdString();
@@ -258,7 +213,7 @@ TEST_F(VideoSessionTest, aRealCameraWithoutAMicrophoneRecordsPictureOnly) {
         ASSERT_EQ(camera(session)->localizedName(), QStringLiteral("Fake webcam"));
         session.start();
         const QString clip = recordClip(session, 1.0);
-        const MovieInfo info = inspect(clip);
+        const MovieInfo info = inspectMovie(clip);
         EXPECT_EQ(info.videoCodec, QStringLiteral("video/x-h264"));
         EXPECT_EQ(info.width, 640);
         EXPECT_TRUE(info.audioCodec.isEmpty()) << info.audioCodec.toStdString();

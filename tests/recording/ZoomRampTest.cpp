@@ -1,5 +1,5 @@
-#include "recording/CameraViewController.h"
 #include "recording/ZoomRamp.h"
+#include "recording/CameraViewController.h"
 
 #include <gtest/gtest.h>
 
@@ -42,6 +42,10 @@ struct RampCase {
     long zeros;
 };
 
+void PrintTo(const RampCase& row, std::ostream* out) {
+    *out << row.name;
+}
+
 class ZoomRampCases : public ::testing::TestWithParam<RampCase> {};
 
 TEST_P(ZoomRampCases, WalksLinearlyAndEndsAfterItsDuration) {
@@ -64,20 +68,16 @@ TEST_P(ZoomRampCases, WalksLinearlyAndEndsAfterItsDuration) {
 
 INSTANTIATE_TEST_SUITE_P(
     Ramps, ZoomRampCases,
-    ::testing::Values(RampCase{"Default", 3.0f, 5.0f, ZoomMode::zoomOut, 501, 3.0f, 1.00003f,
-                               0.00002f, 1},
-                      // Rounding makes the 1001st value fall below 1: one value fewer.
-                      RampCase{"TenSeconds", 4.0f, 10.0f, ZoomMode::zoomOut, 1000, 4.0f, 1.003f,
-                               0.0005f, 0},
-                      RampCase{"ZoomIn", 3.0f, 5.0f, ZoomMode::zoomIn, 501, 1.0f, 2.99997f,
-                               0.00002f, 1},
-                      RampCase{"OneSecond", 2.0f, 1.0f, ZoomMode::zoomOut, 101, 2.0f, 1.0f,
-                               0.0001f, 1},
-                      // Flat ramps end on the tick count: from 1.0, and with a step too small
-                      // to move a float.
-                      RampCase{"Flat", 1.0f, 5.0f, ZoomMode::zoomOut, 501, 1.0f, 1.0f, 0.0f, 1},
-                      RampCase{"TinyStep", 1.00002f, 5.0f, ZoomMode::zoomOut, 501, 1.00002f,
-                               1.00002f, 0.0f, 1}),
+    ::testing::Values(
+        RampCase{"Default", 3.0f, 5.0f, ZoomMode::zoomOut, 501, 3.0f, 1.00003f, 0.00002f, 1},
+        // Rounding makes the 1001st value fall below 1: one value fewer.
+        RampCase{"TenSeconds", 4.0f, 10.0f, ZoomMode::zoomOut, 1000, 4.0f, 1.003f, 0.0005f, 0},
+        RampCase{"ZoomIn", 3.0f, 5.0f, ZoomMode::zoomIn, 501, 1.0f, 2.99997f, 0.00002f, 1},
+        RampCase{"OneSecond", 2.0f, 1.0f, ZoomMode::zoomOut, 101, 2.0f, 1.0f, 0.0001f, 1},
+        // Flat ramps end on the tick count: from 1.0, and with a step too small
+        // to move a float.
+        RampCase{"Flat", 1.0f, 5.0f, ZoomMode::zoomOut, 501, 1.0f, 1.0f, 0.0f, 1},
+        RampCase{"TinyStep", 1.00002f, 5.0f, ZoomMode::zoomOut, 501, 1.00002f, 1.00002f, 0.0f, 1}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(ZoomRampTest, StepsOfTheDefaultRampAndItsSecondsLeft) {

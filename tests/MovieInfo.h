@@ -1,0 +1,54 @@
+#pragma once
+
+// What a recorded movie holds, as GStreamer's discoverer reads it.
+
+#include "platform/av/Gst.h"
+
+#include <QString>
+#include <QUrl>
+#include <gst/pbutils/pbutils.h>
+
+struct MovieInfo {
+    // Caps names ("video/x-h264", "audio/mpeg"); empty where the movie has no such stream.
+    QString videoCodec, audioCodec;
+    int width = 0, height = 0;
+    double seconds = 0;
+    // The video's image-orientation tag ("rotate-90" ...), empty without one.
+    QString orientation;
+};
+
+inline MovieInfo inspectMovie(const QString& path) {
+    av::Gst::ensureInitialized();
+    MovieInfo info;
+    g_autoptr(GstDiscoverer) discoverer = gst_discoverer_new(10 * GST_SECOND, nullptr);
+    if (!discoverer)
+        return info;
+    g_autoptr(GstDiscovererInfo) result = gst_discoverer_discover_uri(
+        discoverer, QUrl::fromLocalFile(path).toEncoded().constData(), nullptr);
+    if (!result)
+        return info;
+    const auto capsName = [](GstDiscovererStreamInfo* stream) {
+        g_autoptr(GstCaps) caps = gst_discoverer_stream_info_get_caps(stream);
+        return caps ? QString::fromUtf8(gst_structure_get_name(gst_caps_get_structure(caps, 0)))
+                    : QString();
+    };
+    info.seconds = double(gst_discoverer_info_get_duration(result)) / GST_SECOND;
+    GList* videos = gst_discoverer_info_get_video_streams(result);
+    if (videos) {
+        auto* video = GST_DISCOVERER_VIDEO_INFO(videos->data);
+        info.width = int(gst_discoverer_video_info_get_width(video));
+        info.height = int(gst_discoverer_video_info_get_height(video));
+        info.videoCodec = capsName(GST_DISCOVERER_STREAM_INFO(video));
+        g_autofree gchar* orientation = nullptr;
+        const GstTagList* tags =
+            gst_discoverer_stream_info_get_tags(GST_DISCOVERER_STREAM_INFO(video));
+        if (tags && gst_tag_list_get_string(tags, GST_TAG_IMAGE_ORIENTATION, &orientation))
+            info.orientation = QString::fromUtf8(orientation);
+    }
+    GList* audios = gst_discoverer_info_get_audio_streams(result);
+    if (audios)
+        info.audioCodec = capsName(GST_DISCOVERER_STREAM_INFO(audios->data));
+    gst_discoverer_stream_info_list_free(videos);
+    gst_discoverer_stream_info_list_free(audios);
+    return info;
+}
