@@ -27,7 +27,6 @@
 
 namespace {
 
-
 constexpr QSize phone(390, 844);
 
 // The same picture, drawn at one size.

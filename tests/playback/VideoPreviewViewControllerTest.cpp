@@ -27,7 +27,6 @@
 
 namespace {
 
-
 QByteArray contents(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
@@ -103,7 +102,8 @@ TEST_F(VideoPreviewTest, PlaysTheClipFilledLoudAndLooping) {
     EXPECT_EQ(preview->videoView->playerLayer(), preview->playerLayer);
     // The layer follows the container.
     window.resize(844, 390);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return preview->playerLayer->frame() == QRectF(0, 0, 844, 390); }));
+    ASSERT_TRUE(
+        QTest::qWaitFor([&] { return preview->playerLayer->frame() == QRectF(0, 0, 844, 390); }));
     ASSERT_TRUE(QTest::qWaitFor([&] { return preview->player->passes() >= 2; }, 20000));
     EXPECT_EQ(preview->player->rate(), 1.0f);
 }
@@ -116,8 +116,8 @@ TEST_F(VideoPreviewTest, AnotherPlayersEndDoesNotLoopThisOne) {
     other.play();
     ASSERT_TRUE(QTest::qWaitFor([&] { return otherEnded.count() == 1; }, 20000));
     // The other clip has ended (and nobody sought it back); ours plays on from where it was.
-    ASSERT_TRUE(
-        QTest::qWaitFor([&] { return preview->player->currentItem()->currentTime() > 0.5; }, 20000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return preview->player->currentItem()->currentTime() > 0.5; },
+                                20000));
     EXPECT_EQ(preview->player->passes(), 1);
     // Handed someone else's item, the handler seeks that item, never its own.
     preview->playerItemDidReachEnd(other.currentItem());

@@ -16,7 +16,6 @@
 namespace ui {
 namespace {
 
-
 // Replaces what the activities start with recorders, so no program runs.
 class ActivityTest : public ::testing::Test {
 protected:

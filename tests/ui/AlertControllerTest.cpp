@@ -10,7 +10,6 @@
 namespace ui {
 namespace {
 
-
 class AlertTest : public ::testing::Test {
 protected:
     // An alert with a standard and a cancel action over a shown screen; each handler notes its
