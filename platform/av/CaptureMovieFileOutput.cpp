@@ -1,6 +1,7 @@
 #include "platform/av/CaptureMovieFileOutput.h"
 
 #include "platform/av/SleepInhibitor.h"
+#include "platform/foundation/FileManager.h"
 
 #include <QThreadPool>
 
@@ -55,7 +56,7 @@ QString prepareFile(const QUrl& url) {
         throw Error(Error::Code::fileNotWritable,
                     qtTrId("movie_recording_cannot_saved_folder").arg(folder));
     if (QFileInfo(path).isFile())
-        QFile::remove(path);
+        foundation::FileManager::removeItem(path);
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         throw Error(Error::Code::fileNotWritable,
