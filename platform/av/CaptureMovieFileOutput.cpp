@@ -178,16 +178,20 @@ bool CaptureMovieFileOutput::startRecordingToOutputFileURL(const QUrl& fileURL,
     dropped = 0;
     firstPts = GST_CLOCK_TIME_NONE;
     lastPts = GST_CLOCK_TIME_NONE;
+    QString path;
     try {
         if (!sessionVideoCaps)
             throw Error(Error::Code::sessionNotRunning,
                         qtTrId("movie_recording_needs_camera_running"));
-        const QString path = prepareFile(fileURL);
+        path = prepareFile(fileURL);
         writer = std::make_unique<MovieWriter>(
             path, sessionVideoCaps.get(), sessionAudioCaps.get(),
             videoConnection->rotationDegrees(),
             [this](GstMessage* message) { handleWriterMessage(message); });
     } catch (const Error& error) {
+        // A recording that never started leaves no empty file behind.
+        if (!path.isEmpty())
+            QFile::remove(path);
         qCWarning(lcAv).noquote() << error.localizedDescription();
         state = State::finished;
         finishError = error;
