@@ -8,16 +8,21 @@
 #include "capture/CKFVideoSession.h"
 #include "onboarding/ALButton.h"
 #include "onboarding/TutorialViewController.h"
+#include "platform/av/CaptureDevice.h"
 #include "platform/av/CaptureDeviceDiscoverySession.h"
+#include "platform/av/CaptureSession.h"
 #include "platform/av/CaptureVideoPreviewLayer.h"
 #include "platform/av/Gst.h"
 #include "platform/av/GstHandle.h"
 #include "platform/av/VirtualCameraDevice.h"
+#include "platform/av/VirtualCameraSource.h"
 #include "platform/foundation/FileManager.h"
 #include "platform/foundation/Preferences.h"
+#include "platform/foundation/Strings.h"
 #include "platform/ui/ActivityViewController.h"
 #include "platform/ui/AlertController.h"
 #include "platform/ui/Button.h"
+#include "platform/ui/Label.h"
 #include "platform/ui/MailComposeViewController.h"
 #include "platform/ui/ScrollView.h"
 #include "platform/ui/Slider.h"
@@ -159,6 +164,95 @@ ScreenshotRenderer::Scene cameraScreen(const QSize& size, CameraScene what) {
     return {std::move(window), ready};
 }
 
+// Drops the camera's pictures and says, once, that another program holds the camera: what a
+// webcam in use elsewhere answers when the session starts it.
+GstPadProbeReturn refuseAsBusy(GstPad* pad, GstPadProbeInfo*, gpointer) {
+    if (!g_object_get_data(G_OBJECT(pad), "refused")) {
+        g_object_set_data(G_OBJECT(pad), "refused", GINT_TO_POINTER(1));
+        GstElement* source = GST_ELEMENT(gst_pad_get_parent(pad));
+        gst_element_message_full(source, GST_MESSAGE_ERROR, GST_RESOURCE_ERROR,
+                                 GST_RESOURCE_ERROR_BUSY, g_strdup("Device or resource busy"),
+                                 nullptr, __FILE__, "refuseAsBusy", __LINE__);
+        gst_object_unref(source);
+    }
+    return GST_PAD_PROBE_DROP;
+}
+
+// Makes the running virtual camera of the session answer as a busy camera does.
+void makeCameraBusy(av::CaptureSession* session) {
+    GstElement* pipeline = session->pipeline();
+    if (!pipeline)
+        return;
+    GstIterator* sources = gst_bin_iterate_all_by_element_factory_name(
+        GST_BIN(pipeline), av::VirtualCameraSource::factoryName);
+    GValue item = G_VALUE_INIT;
+    while (gst_iterator_next(sources, &item) == GST_ITERATOR_OK) {
+        auto* source = GST_ELEMENT(g_value_get_object(&item));
+        av::GstHandle<GstPad> pad(gst_element_get_static_pad(source, "src"), av::GstRef::adopt);
+        gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, refuseAsBusy, nullptr, nullptr);
+        g_value_reset(&item);
+    }
+    g_value_unset(&item);
+    gst_iterator_free(sources);
+}
+
+enum class CameraTrouble { busy, unplugged, resumed };
+
+// The recording screen over a camera in trouble: held by another program at start (and for good,
+// or freed at the first retry, which says the camera is back), or unplugged while it runs.
+ScreenshotRenderer::Scene cameraTroubleScreen(CameraTrouble what) {
+    ScreenshotRenderer::Scene scene = cameraScreen(phone, CameraScene::idle);
+    auto* window = static_cast<ui::Window*>(scene.widget.get());
+    auto* screen = static_cast<CameraViewController*>(window->rootViewController());
+    auto session = std::make_shared<QPointer<av::CaptureSession>>();
+    auto shownSince = std::make_shared<QElapsedTimer>();
+    auto cameraReady = std::move(scene.ready);
+    scene.ready = [=] {
+        CKFVideoSession* video = screen->videoSession();
+        if (!video)
+            return false;
+        if (!*session && what != CameraTrouble::unplugged) {
+            av::CaptureSession* capture = video->session();
+            *session = capture;
+            // Every retry finds the camera still held, or only the first start does.
+            auto starts = std::make_shared<int>(0);
+            const auto start = [capture, starts, what] {
+                if (++*starts == 1 || what == CameraTrouble::busy)
+                    makeCameraBusy(capture);
+            };
+            if (capture->pipeline())
+                start();
+            QObject::connect(capture, &av::CaptureSession::didStartRunning, capture, start);
+        }
+        const QString status =
+            screen->cameraStatusLabel->isVisible() ? screen->cameraStatusLabel->text() : QString();
+        bool shown = false;
+        switch (what) {
+        case CameraTrouble::busy:
+            shown = !status.isEmpty() && video->session()->isWaitingForBusyCamera();
+            break;
+        case CameraTrouble::unplugged:
+            if (video->session()->isRunning() && cameraReady())
+                video->cameraDevice()->setDisconnected();
+            shown = !status.isEmpty() && !video->cameraDevice()->isConnected();
+            break;
+        case CameraTrouble::resumed:
+            shown = status == foundation::Strings::localizedString("cam_status_resumed") &&
+                    cameraReady();
+            break;
+        }
+        if (!shown) {
+            shownSince->invalidate();
+            return false;
+        }
+        if (!shownSince->isValid())
+            shownSince->start();
+        // Once the message's fade and the picture's last frames have settled.
+        return shownSince->elapsed() > 400;
+    };
+    return scene;
+}
+
 // A short take of the virtual camera's street with a tone, as the recording screen would leave it.
 QUrl writeSampleClip() {
     av::Gst::ensureInitialized();
@@ -292,6 +386,14 @@ const std::vector<ScreenshotRenderer::Screen>& ScreenshotRenderer::screens() {
                  {{av::DevicePosition::back, av::VirtualCameraDevice::sceneFormats()}});
              return cameraScreen(phone, CameraScene::idle);
          }},
+        {QStringLiteral("camera-busy"), [] { return cameraTroubleScreen(CameraTrouble::busy); }},
+        {QStringLiteral("camera-unplugged"),
+         [] { return cameraTroubleScreen(CameraTrouble::unplugged); }},
+        {QStringLiteral("camera-resumed"),
+         [] { return cameraTroubleScreen(CameraTrouble::resumed); }},
+        // A desktop window stood upright over a landscape webcam: the whole picture, with bars.
+        {QStringLiteral("camera-portrait-window"),
+         [] { return cameraScreen(QSize(600, 960), CameraScene::idle); }},
         {QStringLiteral("duration-picker"),
          [] { return cameraScreen(phone, CameraScene::picker); }},
         {QStringLiteral("rate-first"), [] { return cameraScreen(phone, CameraScene::rateFirst); }},

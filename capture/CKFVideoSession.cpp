@@ -8,7 +8,6 @@
 #include "platform/foundation/FileManager.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTextStream>
 
 #include <limits>
@@ -163,7 +162,7 @@ bool CKFVideoSession::record(const std::optional<QUrl>& url, RecordCallback onRe
         target = *url;
     } else {
         target = defaultFileURL();
-        QFile::remove(target.toLocalFile());
+        foundation::FileManager::removeItem(target.toLocalFile());
     }
     if (av::CaptureConnection* connection =
             movieOutput->connectionWithMediaType(av::MediaType::video)) {

@@ -1,6 +1,7 @@
 #include "platform/av/CaptureMovieFileOutput.h"
 
 #include "platform/av/SleepInhibitor.h"
+#include "platform/foundation/FileManager.h"
 
 #include <QThreadPool>
 
@@ -55,7 +56,7 @@ QString prepareFile(const QUrl& url) {
         throw Error(Error::Code::fileNotWritable,
                     qtTrId("movie_recording_cannot_saved_folder").arg(folder));
     if (QFileInfo(path).isFile())
-        QFile::remove(path);
+        foundation::FileManager::removeItem(path);
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         throw Error(Error::Code::fileNotWritable,
@@ -177,16 +178,20 @@ bool CaptureMovieFileOutput::startRecordingToOutputFileURL(const QUrl& fileURL,
     dropped = 0;
     firstPts = GST_CLOCK_TIME_NONE;
     lastPts = GST_CLOCK_TIME_NONE;
+    QString path;
     try {
         if (!sessionVideoCaps)
             throw Error(Error::Code::sessionNotRunning,
                         qtTrId("movie_recording_needs_camera_running"));
-        const QString path = prepareFile(fileURL);
+        path = prepareFile(fileURL);
         writer = std::make_unique<MovieWriter>(
             path, sessionVideoCaps.get(), sessionAudioCaps.get(),
             videoConnection->rotationDegrees(),
             [this](GstMessage* message) { handleWriterMessage(message); });
     } catch (const Error& error) {
+        // A recording that never started leaves no empty file behind.
+        if (!path.isEmpty())
+            QFile::remove(path);
         qCWarning(lcAv).noquote() << error.localizedDescription();
         state = State::finished;
         finishError = error;

@@ -268,6 +268,7 @@ namespace {
 struct EncoderProbes {
     std::mutex lock;
     std::map<std::pair<int, int>, std::optional<QString>> bySize; // guarded by lock
+    std::optional<QStringList> onlyForTesting;                    // guarded by lock
 };
 
 EncoderProbes& encoderProbes() {
@@ -320,21 +321,29 @@ bool MovieWriter::videoEncodersProbed(GstCaps* videoCaps) {
     return found != probes.bySize.end() && found->second.has_value();
 }
 
+void MovieWriter::setVideoEncodersForTesting(std::optional<QStringList> factories) {
+    EncoderProbes& probes = encoderProbes();
+    std::lock_guard lock(probes.lock);
+    probes.onlyForTesting = std::move(factories);
+}
+
 QString MovieWriter::chooseVideoEncoder(GstCaps* videoCaps) {
     GstVideoInfo info;
     if (!videoCaps || !gst_video_info_from_caps(&info, videoCaps))
         return {};
     probeVideoEncoders(videoCaps);
+    std::optional<QStringList> only;
     {
         EncoderProbes& probes = encoderProbes();
         std::lock_guard lock(probes.lock);
+        only = probes.onlyForTesting;
         const auto& found = probes.bySize[std::make_pair(info.width, info.height)];
         // Until the probe has answered, a recording takes the software encoder rather than wait.
-        if (found && !found->isEmpty())
+        if (found && !found->isEmpty() && (!only || only->contains(*found)))
             return *found;
     }
     for (const char* factory : softwareEncoders)
-        if (elementExists(factory))
+        if ((!only || only->contains(QLatin1String(factory))) && elementExists(factory))
             return QString::fromUtf8(factory);
     return {};
 }

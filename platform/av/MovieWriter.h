@@ -4,6 +4,7 @@
 #include "platform/av/GstHandle.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <gst/audio/audio.h>
 #include <gst/gst.h>
@@ -11,6 +12,7 @@
 #include <chrono>
 #include <deque>
 #include <memory>
+#include <optional>
 
 namespace av {
 
@@ -55,6 +57,9 @@ public:
     static void probeVideoEncoders(GstCaps* videoCaps);
     // True once the probe of this size has answered.
     static bool videoEncodersProbed(GstCaps* videoCaps);
+    // Tests see a machine whose only H.264 encoders are these (an empty list: none at all);
+    // nullopt goes back to what is installed.
+    static void setVideoEncodersForTesting(std::optional<QStringList> factories);
     // Loads the plugins a recording with this encoder needs, so the first press of record does
     // not wait for them (a fifth of a second on a small machine). Any thread.
     static void loadPlugins(const QString& videoEncoder);

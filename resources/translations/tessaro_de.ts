@@ -653,8 +653,8 @@
         <translation>Das Bildformat der Kamera kann nicht aufgenommen werden.</translation>
     </message>
     <message id="writer_tessaro_cannot_record_no">
-        <source>Tessaro cannot record: no H.264 video encoder is installed.</source>
-        <translation>Tessaro kann nicht aufnehmen: Es ist kein H.264-Videoencoder installiert.</translation>
+        <source>Tessaro cannot record: no H.264 video encoder is installed (the package gstreamer1.0-plugins-ugly has one).</source>
+        <translation>Tessaro kann nicht aufnehmen: Es ist kein H.264-Videoencoder installiert (das Paket gstreamer1.0-plugins-ugly enthält einen).</translation>
     </message>
     <message id="writer_tessaro_cannot_record_camera">
         <source>Tessaro cannot record the camera’s %1×%2 pictures.</source>

@@ -653,8 +653,8 @@
         <translation>The camera’s picture format cannot be recorded.</translation>
     </message>
     <message id="writer_tessaro_cannot_record_no">
-        <source>Tessaro cannot record: no H.264 video encoder is installed.</source>
-        <translation>Tessaro cannot record: no H.264 video encoder is installed.</translation>
+        <source>Tessaro cannot record: no H.264 video encoder is installed (the package gstreamer1.0-plugins-ugly has one).</source>
+        <translation>Tessaro cannot record: no H.264 video encoder is installed (the package gstreamer1.0-plugins-ugly has one).</translation>
     </message>
     <message id="writer_tessaro_cannot_record_camera">
         <source>Tessaro cannot record the camera’s %1×%2 pictures.</source>

@@ -6,6 +6,7 @@
 #include "platform/av/CaptureDeviceInput.h"
 #include "platform/av/CaptureMovieFileOutput.h"
 #include "platform/av/CaptureSession.h"
+#include "platform/av/MovieWriter.h"
 #include "platform/av/VirtualCameraDevice.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/Device.h"
@@ -21,6 +22,7 @@
 #include "recording/CameraButton.h"
 #include "recording/ChoseDurationViewController.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTest>
@@ -373,6 +375,37 @@ TEST_F(CameraViewControllerTest, AStopBeforeTheFirstFrameEndsTheTakeAndSaysWhatF
     gst_element_set_state(pipeline, GST_STATE_PLAYING);
     press();
     EXPECT_FALSE(screen->cameraStatusLabel->isVisible());
+    press();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
+}
+
+// A machine without any H.264 encoder: the press says so and leaves nothing on disk; with
+// one back, the next press records.
+TEST_F(CameraViewControllerTest, WithoutAnEncoderThePressSaysSoAndTheControlsComeBack) {
+    show();
+    CKFVideoSession* session = screen->videoSession();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return screen->previewView->framesTaken() > 2; }, 10000));
+    av::MovieWriter::setVideoEncodersForTesting(QStringList{});
+    press();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
+    av::MovieWriter::setVideoEncodersForTesting(std::nullopt);
+    EXPECT_FALSE(screen->lastRamp()->timer);
+    EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
+    EXPECT_TRUE(
+        screen->cameraStatusLabel->text().contains(qtTrId("writer_tessaro_cannot_record_no")))
+        << screen->cameraStatusLabel->text().toStdString();
+    EXPECT_TRUE(QTest::qWaitFor([&] {
+        return std::all_of(screen->topViews->begin(), screen->topViews->end(), [](auto& view) {
+            return !view || ui::ViewAnimation::alpha(view) == 1.0;
+        });
+    }));
+    EXPECT_TRUE(QDir(folder.filePath(QStringLiteral("documents")))
+                    .entryList(QDir::Files | QDir::NoDotAndDotDot)
+                    .isEmpty());
+
+    press();
+    EXPECT_FALSE(screen->cameraStatusLabel->isVisible());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return session->hasRecordingStarted(); }, 10000));
     press();
     EXPECT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
 }
