@@ -76,9 +76,9 @@ public:
         gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING);
         gst_pad_set_active(m_source.get(), TRUE);
         gst_pad_push_event(m_source.get(), gst_event_new_stream_start("bench"));
-        GstCaps* caps = gst_caps_from_string(capsFor(width, height).c_str());
-        gst_pad_push_event(m_source.get(), gst_event_new_caps(caps));
-        gst_caps_unref(caps);
+        const av::GstHandle<GstCaps> caps(gst_caps_from_string(capsFor(width, height).c_str()),
+                                          av::GstRef::adopt);
+        gst_pad_push_event(m_source.get(), gst_event_new_caps(caps.get()));
         GstSegment segment;
         gst_segment_init(&segment, GST_FORMAT_TIME);
         gst_pad_push_event(m_source.get(), gst_event_new_segment(&segment));

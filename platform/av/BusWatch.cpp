@@ -39,11 +39,10 @@ void BusWatch::dispatchPending() {
     const Handler handler = m_handler;
     ++life->dispatching;
     while (life->alive) {
-        GstMessage* message = gst_bus_pop(bus.get());
+        const GstHandle<GstMessage> message(gst_bus_pop(bus.get()), GstRef::adopt);
         if (!message)
             break;
-        handler(message);
-        gst_message_unref(message);
+        handler(message.get());
     }
     --life->dispatching;
 }

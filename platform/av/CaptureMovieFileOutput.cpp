@@ -4,6 +4,7 @@
 
 #include <QThreadPool>
 
+#include "platform/av/Gst.h"
 #include "platform/av/Logging.h"
 
 #include "platform/av/MovieWriter.h"
@@ -64,25 +65,18 @@ QString prepareFile(const QUrl& url) {
 }
 
 Error errorFrom(GstMessage* message, const QString& path) {
-    GError* error = nullptr;
-    gchar* debug = nullptr;
-    gst_message_parse_error(message, &error, &debug);
+    const GstMessageError error = Gst::errorOf(message);
     qCWarning(lcAv).noquote() << "recording to" << path << "failed in"
-                              << GST_OBJECT_NAME(GST_MESSAGE_SRC(message)) << ":" << error->message
-                              << (debug ? debug : "");
-    Error result(Error::Code::recordingFailed,
-                 qtTrId("movie_recording_failed").arg(path, QString::fromUtf8(error->message)));
-    if (error->domain == GST_RESOURCE_ERROR && error->code == GST_RESOURCE_ERROR_NO_SPACE_LEFT)
-        result =
-            Error(Error::Code::diskFull, qtTrId("movie_disk_full_recording_stopped").arg(path));
-    else if (error->domain == GST_RESOURCE_ERROR &&
-             (error->code == GST_RESOURCE_ERROR_OPEN_WRITE ||
-              error->code == GST_RESOURCE_ERROR_OPEN_READ_WRITE))
-        result = Error(Error::Code::fileNotWritable,
-                       qtTrId("movie_recording_cannot_saved_file_2").arg(path));
-    g_error_free(error);
-    g_free(debug);
-    return result;
+                              << GST_OBJECT_NAME(GST_MESSAGE_SRC(message)) << ":" << error.message
+                              << error.debug;
+    if (error.is(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NO_SPACE_LEFT))
+        return Error(Error::Code::diskFull, qtTrId("movie_disk_full_recording_stopped").arg(path));
+    if (error.is(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_OPEN_WRITE) ||
+        error.is(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_OPEN_READ_WRITE))
+        return Error(Error::Code::fileNotWritable,
+                     qtTrId("movie_recording_cannot_saved_file_2").arg(path));
+    return Error(Error::Code::recordingFailed,
+                 qtTrId("movie_recording_failed").arg(path, error.message));
 }
 
 } // namespace
@@ -289,14 +283,10 @@ void CaptureMovieFileOutput::handleWriterMessage(GstMessage* message) {
     case GST_MESSAGE_ERROR:
         finish(errorFrom(message, url.toLocalFile()));
         break;
-    case GST_MESSAGE_WARNING: {
-        GError* error = nullptr;
-        gst_message_parse_warning(message, &error, nullptr);
+    case GST_MESSAGE_WARNING:
         qCWarning(lcAv) << "recording:" << GST_OBJECT_NAME(GST_MESSAGE_SRC(message))
-                        << error->message;
-        g_error_free(error);
+                        << Gst::errorOf(message).message;
         break;
-    }
     default:
         break;
     }

@@ -5,6 +5,15 @@
 #include <type_traits>
 #include <utility>
 
+// Ownership of GStreamer and GLib objects, one way throughout:
+// - GstHandle holds every reference-counted object: any GObject (elements, pads, buses, clocks,
+//   pools, devices, discoverers) and every mini object (caps, buffers, samples, messages ...).
+// - g_autoptr / g_autofree only for what is not reference counted and so cannot be a handle:
+//   GError, strings, GstStructure, lists (g_autolist).
+// - ObjectLock for the object lock; av::Gst::make for elements; av::Gst::errorOf for the error
+//   or warning a message carries.
+// A bare gst_object_unref or gst_caps_unref outside this header is refused by the test suite.
+
 namespace av {
 
 // How a GstHandle takes its pointer: adopting the reference the caller owns (a floating one is
@@ -67,6 +76,20 @@ public:
 
 private:
     T* m_pointer = nullptr;
+};
+
+// Holds a GstObject's object lock for a scope.
+class ObjectLock {
+public:
+    explicit ObjectLock(gpointer object) : object(GST_OBJECT_CAST(object)) {
+        GST_OBJECT_LOCK(this->object);
+    }
+    ~ObjectLock() { GST_OBJECT_UNLOCK(object); }
+    ObjectLock(const ObjectLock&) = delete;
+    ObjectLock& operator=(const ObjectLock&) = delete;
+
+private:
+    GstObject* object;
 };
 
 } // namespace av

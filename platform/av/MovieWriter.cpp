@@ -3,6 +3,7 @@
 #include "platform/av/Logging.h"
 
 #include "platform/av/Error.h"
+#include "platform/av/Gst.h"
 
 #include <QCoreApplication>
 #include <QThread>
@@ -45,23 +46,6 @@ constexpr double queuedSeconds = 0.25;
 // Sound that arrives before the first frame is held for at most this long.
 constexpr GstClockTime audioHoldLimit = GST_SECOND;
 
-bool elementExists(const char* factory) {
-    GstElementFactory* found = gst_element_factory_find(factory);
-    if (!found)
-        return false;
-    gst_object_unref(found);
-    return true;
-}
-
-GstElement* make(const char* factory, const char* name = nullptr) {
-    GstElement* element = gst_element_factory_make(factory, name);
-    if (!element)
-        throw Error(
-            Error::Code::encoderMissing,
-            qtTrId("writer_tessaro_cannot_record_gstreamer").arg(QString::fromUtf8(factory)));
-    return element;
-}
-
 void setIfPresent(GstElement* element, const char* property, const QString& value) {
     if (g_object_class_find_property(G_OBJECT_GET_CLASS(element), property))
         gst_util_set_object_arg(G_OBJECT(element), property, value.toUtf8().constData());
@@ -96,11 +80,10 @@ void configureVideoEncoder(GstElement* encoder, const QString& factory, const Gs
         setIfPresent(encoder, "gop-size", keyInterval);
         setIfPresent(encoder, "complexity", QStringLiteral("low"));
     } else if (factory == QLatin1String("v4l2h264enc")) {
-        GstStructure* controls =
+        g_autoptr(GstStructure) controls =
             gst_structure_new("controls", "video_bitrate", G_TYPE_INT, kbps * 1000,
                               "h264_i_frame_period", G_TYPE_INT, keyInterval.toInt(), nullptr);
         g_object_set(encoder, "extra-controls", controls, nullptr);
-        gst_structure_free(controls);
     } else {
         // VA-API, NVENC and Quick Sync name the same settings differently; all take kbit/s.
         setIfPresent(encoder, "rate-control", QStringLiteral("cbr"));
@@ -117,30 +100,25 @@ void configureVideoEncoder(GstElement* encoder, const QString& factory, const Gs
 // cannot do): encode a few frames of the format to find out.
 bool encoderWorks(const char* factory, const GstVideoInfo& info) {
     GstHandle<GstElement> pipeline(gst_pipeline_new("encoder-probe"), GstRef::adopt);
-    GstElement* source = gst_element_factory_make("videotestsrc", nullptr);
-    GstElement* filter = gst_element_factory_make("capsfilter", nullptr);
-    GstElement* convert = gst_element_factory_make("videoconvert", nullptr);
-    GstElement* encoder = gst_element_factory_make(factory, nullptr);
-    GstElement* parse = gst_element_factory_make("h264parse", nullptr);
-    GstElement* sink = gst_element_factory_make("fakesink", nullptr);
-    GstElement* chain[] = {source, filter, convert, encoder, parse, sink};
-    bool complete = true;
-    for (GstElement* element : chain)
-        complete = complete && element;
-    if (!complete) {
-        for (GstElement* element : chain)
-            if (element)
-                gst_object_unref(gst_object_ref_sink(element));
+    GstElement* chain[6];
+    try {
+        size_t made = 0;
+        for (const char* name :
+             {"videotestsrc", "capsfilter", "videoconvert", factory, "h264parse", "fakesink"}) {
+            chain[made] = Gst::make(name);
+            gst_bin_add(GST_BIN(pipeline.get()), chain[made++]);
+        }
+    } catch (const Error&) {
         return false;
     }
-    g_object_set(source, "num-buffers", 3, nullptr);
-    GstCaps* caps = gst_video_info_to_caps(&info);
-    g_object_set(filter, "caps", caps, nullptr);
-    gst_caps_unref(caps);
+    GstElement* encoder = chain[3];
+    g_object_set(chain[0], "num-buffers", 3, nullptr);
+    const GstHandle<GstCaps> caps(gst_video_info_to_caps(&info), GstRef::adopt);
+    g_object_set(chain[1], "caps", caps.get(), nullptr);
     configureVideoEncoder(encoder, QString::fromUtf8(factory), info);
-    for (GstElement* element : chain)
-        gst_bin_add(GST_BIN(pipeline.get()), element);
-    bool works = gst_element_link_many(source, filter, convert, encoder, parse, sink, nullptr);
+    bool works = true;
+    for (size_t i = 1; i < std::size(chain); ++i)
+        works = works && gst_element_link(chain[i - 1], chain[i]);
     if (works &&
         gst_element_set_state(pipeline.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE) {
         GstHandle<GstBus> bus(gst_element_get_bus(pipeline.get()), GstRef::adopt);
@@ -158,7 +136,7 @@ bool encoderWorks(const char* factory, const GstVideoInfo& info) {
 
 GstElement* makeAppSource(const char* name, GstCaps* caps, quint64 maxBytes,
                           quint64 maxBuffers = 0) {
-    GstElement* source = make("appsrc", name);
+    GstElement* source = Gst::make("appsrc", name);
     // Not live: the muxer then waits for both streams instead of timing out on the clock, and
     // the buffers keep the times they are given.
     g_object_set(source, "caps", caps, "format", GST_FORMAT_TIME, "is-live", FALSE, "block", FALSE,
@@ -252,13 +230,10 @@ void MovieWriter::loadPlugins(const QString& videoEncoder) {
     const QByteArray encoder = videoEncoder.toUtf8();
     for (const char* factory : {encoder.constData(), "appsrc", "audioconvert", "audioresample",
                                 "h264parse", "qtmux", "filesink", "videoconvert"})
-        if (GstElement* element = gst_element_factory_make(factory, nullptr))
-            gst_object_unref(gst_object_ref_sink(element));
+        GstHandle<GstElement>(gst_element_factory_make(factory, nullptr), GstRef::adopt);
     for (const char* factory : aacEncoders)
-        if (GstElement* element = gst_element_factory_make(factory, nullptr)) {
-            gst_object_unref(gst_object_ref_sink(element));
+        if (GstHandle<GstElement>(gst_element_factory_make(factory, nullptr), GstRef::adopt))
             break;
-        }
 }
 
 namespace {
@@ -277,7 +252,7 @@ EncoderProbes& encoderProbes() {
 
 QString workingHardwareEncoder(const GstVideoInfo& info) {
     for (const char* factory : hardwareEncoders) {
-        if (!elementExists(factory))
+        if (!Gst::exists(factory))
             continue;
         const bool works = encoderWorks(factory, info);
         qCDebug(lcAv) << factory << (works ? "encodes" : "cannot encode") << info.width << "x"
@@ -334,7 +309,7 @@ QString MovieWriter::chooseVideoEncoder(GstCaps* videoCaps) {
             return *found;
     }
     for (const char* factory : softwareEncoders)
-        if (elementExists(factory))
+        if (Gst::exists(factory))
             return QString::fromUtf8(factory);
     return {};
 }
@@ -373,20 +348,20 @@ MovieWriter::MovieWriter(const QString& path, GstCaps* videoCaps, GstCaps* audio
     // Every frame is the format's size, so the bytes count whole frames.
     maxVideoBytes = quint64(videoInfo.size) * queuedFrames;
     videoSource = add(makeAppSource("video", videoCaps, maxVideoBytes, queuedFrames));
-    GstElement* mux = add(make("qtmux", "mux"));
+    GstElement* mux = add(Gst::make("qtmux", "mux"));
     g_object_set(mux, "reserved-max-duration", reservedDuration, "reserved-moov-update-period",
                  headerUpdatePeriod, nullptr);
-    GstElement* sink = add(make("filesink", "sink"));
+    GstElement* sink = add(Gst::make("filesink", "sink"));
     g_object_set(sink, "location", path.toLocal8Bit().constData(), "async", FALSE, nullptr);
 
     std::vector<GstElement*> videoChain{videoSource};
     // Hardware encoders may want another layout of the same picture; x264 takes it as it is.
     if (videoEncoder != QLatin1String("x264enc") && videoEncoder != QLatin1String("openh264enc"))
-        videoChain.push_back(add(make("videoconvert")));
-    GstElement* encoder = add(make(videoEncoder.toUtf8().constData(), "encoder"));
+        videoChain.push_back(add(Gst::make("videoconvert")));
+    GstElement* encoder = add(Gst::make(videoEncoder.toUtf8().constData(), "encoder"));
     configureVideoEncoder(encoder, videoEncoder, videoInfo);
     videoChain.push_back(encoder);
-    videoChain.push_back(add(make("h264parse")));
+    videoChain.push_back(add(Gst::make("h264parse")));
     videoChain.push_back(mux);
     bool linked = true;
     for (size_t i = 1; i < videoChain.size(); ++i)
@@ -396,7 +371,7 @@ MovieWriter::MovieWriter(const QString& path, GstCaps* videoCaps, GstCaps* audio
     if (audioCaps) {
         const char* aac = nullptr;
         for (const char* factory : aacEncoders)
-            if (!aac && elementExists(factory))
+            if (!aac && Gst::exists(factory))
                 aac = factory;
         if (!aac) {
             qCWarning(lcAv) << "no AAC encoder is installed; recording without sound";
@@ -404,8 +379,8 @@ MovieWriter::MovieWriter(const QString& path, GstCaps* videoCaps, GstCaps* audio
             audioInterleaved = audioInfo.layout == GST_AUDIO_LAYOUT_INTERLEAVED;
             maxAudioBytes = quint64(audioInfo.bpf) * audioInfo.rate * 2;
             audioSource = add(makeAppSource("audio", audioCaps, maxAudioBytes));
-            GstElement* audioChain[] = {audioSource, add(make("audioconvert")),
-                                        add(make("audioresample")), add(make(aac))};
+            GstElement* audioChain[] = {audioSource, add(Gst::make("audioconvert")),
+                                        add(Gst::make("audioresample")), add(Gst::make(aac))};
             for (size_t i = 1; i < std::size(audioChain); ++i)
                 linked = linked && gst_element_link(audioChain[i - 1], audioChain[i]);
             linked = linked && gst_element_link(audioChain[std::size(audioChain) - 1], mux);
@@ -433,12 +408,8 @@ MovieWriter::MovieWriter(const QString& path, GstCaps* videoCaps, GstCaps* audio
         QString detail;
         GstHandle<GstMessage> message(gst_bus_pop_filtered(busWatch->bus(), GST_MESSAGE_ERROR),
                                       GstRef::adopt);
-        if (message) {
-            GError* error = nullptr;
-            gst_message_parse_error(message.get(), &error, nullptr);
-            detail = QString::fromUtf8(error->message);
-            g_error_free(error);
-        }
+        if (message)
+            detail = Gst::errorOf(message.get()).message;
         busWatch.reset();
         gst_element_set_state(pipeline.get(), GST_STATE_NULL);
         throw Error(Error::Code::recordingFailed,
@@ -458,10 +429,9 @@ bool MovieWriter::push(GstElement* source, GstBuffer* buffer, quint64 maxBytes) 
         return false;
     // The segment starts the movie at the first frame, so the buffers go in untouched.
     GstCaps* caps = source == videoSource ? videoCapsHeld.get() : audioCapsHeld.get();
-    GstSample* sample = gst_sample_new(buffer, caps, &segment, nullptr);
-    const GstFlowReturn result = gst_app_src_push_sample(appSource, sample);
-    gst_sample_unref(sample);
-    return result == GST_FLOW_OK;
+    const GstHandle<GstSample> sample(gst_sample_new(buffer, caps, &segment, nullptr),
+                                      GstRef::adopt);
+    return gst_app_src_push_sample(appSource, sample.get()) == GST_FLOW_OK;
 }
 
 bool MovieWriter::pushVideo(GstBuffer* buffer) {

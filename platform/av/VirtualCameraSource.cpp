@@ -1,5 +1,7 @@
 #include "platform/av/VirtualCameraSource.h"
 
+#include "platform/av/GstHandle.h"
+
 #include <QColor>
 #include <QImage>
 #include <QLinearGradient>
@@ -1088,23 +1090,9 @@ TessaroVirtualCam* self(gpointer object) {
     return reinterpret_cast<TessaroVirtualCam*>(object);
 }
 
-// Locks the element's object lock for a scope.
-class ObjectLocker {
-public:
-    explicit ObjectLocker(gpointer object) : m_object(GST_OBJECT(object)) {
-        GST_OBJECT_LOCK(m_object);
-    }
-    ~ObjectLocker() { GST_OBJECT_UNLOCK(m_object); }
-    ObjectLocker(const ObjectLocker&) = delete;
-    ObjectLocker& operator=(const ObjectLocker&) = delete;
-
-private:
-    GstObject* m_object;
-};
-
 void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* spec) {
     SourceState& state = *self(object)->state;
-    ObjectLocker lock(object);
+    ObjectLock lock(object);
     switch (id) {
     case PROP_ZOOM:
         state.zoom = g_value_get_double(value);
@@ -1122,7 +1110,7 @@ void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* spe
 
 void getProperty(GObject* object, guint id, GValue* value, GParamSpec* spec) {
     SourceState& state = *self(object)->state;
-    ObjectLocker lock(object);
+    ObjectLock lock(object);
     switch (id) {
     case PROP_ZOOM:
         g_value_set_double(value, state.zoom);
@@ -1164,7 +1152,7 @@ gboolean setCaps(GstBaseSrc* source, GstCaps* caps) {
     }
     bool front;
     {
-        ObjectLocker lock(source);
+        ObjectLock lock(source);
         front = state.front;
         state.frameDuration = gst_util_uint64_scale_int(GST_SECOND, info.fps_d, info.fps_n);
     }
@@ -1182,25 +1170,24 @@ gboolean decideAllocation(GstBaseSrc* source, GstQuery* query) {
     GstVideoInfo info;
     if (!caps || !gst_video_info_from_caps(&info, caps))
         return FALSE;
-    GstBufferPool* pool = nullptr;
+    GstBufferPool* offered = nullptr;
     guint size = guint(info.size), minimum = 0, maximum = 0;
     const bool update = gst_query_get_n_allocation_pools(query) > 0;
     if (update) {
-        gst_query_parse_nth_allocation_pool(query, 0, &pool, &size, &minimum, &maximum);
+        gst_query_parse_nth_allocation_pool(query, 0, &offered, &size, &minimum, &maximum);
         size = std::max(size, guint(info.size));
     }
-    if (!pool)
-        pool = gst_video_buffer_pool_new();
-    GstStructure* config = gst_buffer_pool_get_config(pool);
+    const GstHandle<GstBufferPool> pool(offered ? offered : gst_video_buffer_pool_new(),
+                                        GstRef::adopt);
+    GstStructure* config = gst_buffer_pool_get_config(pool.get());
     gst_buffer_pool_config_set_params(config, caps, size, minimum, maximum);
     if (gst_query_find_allocation_meta(query, GST_VIDEO_META_API_TYPE, nullptr))
         gst_buffer_pool_config_add_option(config, GST_BUFFER_POOL_OPTION_VIDEO_META);
-    gst_buffer_pool_set_config(pool, config);
+    gst_buffer_pool_set_config(pool.get(), config);
     if (update)
-        gst_query_set_nth_allocation_pool(query, 0, pool, size, minimum, maximum);
+        gst_query_set_nth_allocation_pool(query, 0, pool.get(), size, minimum, maximum);
     else
-        gst_query_add_allocation_pool(query, pool, size, minimum, maximum);
-    gst_object_unref(pool);
+        gst_query_add_allocation_pool(query, pool.get(), size, minimum, maximum);
     return GST_BASE_SRC_CLASS(tessaro_virtual_cam_parent_class)->decide_allocation(source, query);
 }
 
@@ -1214,7 +1201,7 @@ gboolean start(GstBaseSrc* source) {
 gboolean stop(GstBaseSrc* source) {
     SourceState& state = *self(source)->state;
     {
-        ObjectLocker lock(source);
+        ObjectLock lock(source);
         state.frameDuration = GST_CLOCK_TIME_NONE;
     }
     state.renderer.reset();
@@ -1224,7 +1211,7 @@ gboolean stop(GstBaseSrc* source) {
 
 gboolean unlock(GstBaseSrc* source) {
     SourceState& state = *self(source)->state;
-    ObjectLocker lock(source);
+    ObjectLock lock(source);
     state.flushing = true;
     if (state.pendingWait)
         gst_clock_id_unschedule(state.pendingWait);
@@ -1233,7 +1220,7 @@ gboolean unlock(GstBaseSrc* source) {
 
 gboolean unlockStop(GstBaseSrc* source) {
     SourceState& state = *self(source)->state;
-    ObjectLocker lock(source);
+    ObjectLock lock(source);
     state.flushing = false;
     return TRUE;
 }
@@ -1245,7 +1232,7 @@ gboolean query(GstBaseSrc* source, GstQuery* query) {
         // object lock guards is read.
         GstClockTime frame;
         {
-            ObjectLocker lock(source);
+            ObjectLock lock(source);
             frame = state.frameDuration;
         }
         if (!GST_CLOCK_TIME_IS_VALID(frame))
@@ -1267,7 +1254,7 @@ GstClockTime slotTime(const SourceState& state, guint64 slot) {
 // pace. A caller that comes late gets the newest slot: the frames in between are dropped, never
 // delivered in a hurry. Sets *slot; FLUSHING when unlock() interrupts.
 GstFlowReturn waitForSlot(GstElement* element, SourceState& state, guint64* slot) {
-    g_autoptr(GstClock) clock = gst_element_get_clock(element);
+    const GstHandle<GstClock> clock(gst_element_get_clock(element), GstRef::adopt);
     if (!clock) {
         // Outside a running pipeline there is no time to keep: frames come as asked.
         if (!GST_CLOCK_TIME_IS_VALID(state.epoch))
@@ -1276,7 +1263,7 @@ GstFlowReturn waitForSlot(GstElement* element, SourceState& state, guint64* slot
         return GST_FLOW_OK;
     }
     const GstClockTime base = gst_element_get_base_time(element);
-    const GstClockTime now = gst_clock_get_time(clock);
+    const GstClockTime now = gst_clock_get_time(clock.get());
     const GstClockTime running = now > base ? now - base : 0;
     if (!GST_CLOCK_TIME_IS_VALID(state.epoch)) {
         state.epoch = running;
@@ -1284,9 +1271,9 @@ GstFlowReturn waitForSlot(GstElement* element, SourceState& state, guint64* slot
     }
     const GstClockTime due = slotTime(state, state.nextSlot);
     if (running < due) {
-        GstClockID wait = gst_clock_new_single_shot_id(clock, base + due);
+        GstClockID wait = gst_clock_new_single_shot_id(clock.get(), base + due);
         {
-            ObjectLocker lock(element);
+            ObjectLock lock(element);
             if (state.flushing) {
                 gst_clock_id_unref(wait);
                 return GST_FLOW_FLUSHING;
@@ -1295,7 +1282,7 @@ GstFlowReturn waitForSlot(GstElement* element, SourceState& state, guint64* slot
         }
         const GstClockReturn result = gst_clock_id_wait(wait, nullptr);
         {
-            ObjectLocker lock(element);
+            ObjectLock lock(element);
             state.pendingWait = nullptr;
         }
         gst_clock_id_unref(wait);
@@ -1327,7 +1314,7 @@ GstFlowReturn fill(GstPushSrc* pushSource, GstBuffer* buffer) {
     double zoom;
     bool torch, front;
     {
-        ObjectLocker lock(element);
+        ObjectLock lock(element);
         zoom = state.zoom;
         torch = state.torch;
         front = state.front;
@@ -1377,10 +1364,9 @@ void tessaro_virtual_cam_class_init(TessaroVirtualCamClass* klass) {
     gst_element_class_set_static_metadata(
         elementClass, "Tessaro virtual camera", "Source/Video",
         "A rendered dolly-zoom scene whose walker follows the zoom", "Tessaro");
-    GstCaps* caps = VirtualCameraSource::caps();
+    const GstHandle<GstCaps> caps(VirtualCameraSource::caps(), GstRef::adopt);
     gst_element_class_add_pad_template(
-        elementClass, gst_pad_template_new("src", GST_PAD_SRC, GST_PAD_ALWAYS, caps));
-    gst_caps_unref(caps);
+        elementClass, gst_pad_template_new("src", GST_PAD_SRC, GST_PAD_ALWAYS, caps.get()));
 
     GstBaseSrcClass* baseClass = GST_BASE_SRC_CLASS(klass);
     baseClass->fixate = fixate;

@@ -1,5 +1,7 @@
 #include "platform/av/ZoomFilter.h"
 
+#include "platform/av/GstHandle.h"
+
 #include <gst/video/gstvideofilter.h>
 #include <gst/video/video.h>
 
@@ -318,19 +320,6 @@ struct ZoomState {
     ZoomFilter::FrameObserver observer;
 };
 
-class ObjectLock {
-public:
-    explicit ObjectLock(gpointer object) : m_object(GST_OBJECT_CAST(object)) {
-        GST_OBJECT_LOCK(m_object);
-    }
-    ~ObjectLock() { GST_OBJECT_UNLOCK(m_object); }
-    ObjectLock(const ObjectLock&) = delete;
-    ObjectLock& operator=(const ObjectLock&) = delete;
-
-private:
-    GstObject* m_object;
-};
-
 } // namespace
 } // namespace av
 
@@ -366,13 +355,12 @@ void tessaroZoomSetProperty(GObject* object, guint id, const GValue* value, GPar
     case PROP_ZOOM: {
         const double zoom = g_value_get_double(value);
         GstElement* element = GST_ELEMENT(object);
-        GstClock* clock = gst_element_get_clock(element);
+        const av::GstHandle<GstClock> clock(gst_element_get_clock(element), av::GstRef::adopt);
         GstClockTime when = 0;
         if (clock) {
-            const GstClockTime now = gst_clock_get_time(clock);
+            const GstClockTime now = gst_clock_get_time(clock.get());
             const GstClockTime base = gst_element_get_base_time(element);
             when = now > base ? now - base : 0;
-            gst_object_unref(clock);
         }
         {
             av::ObjectLock lock(object);
@@ -520,12 +508,12 @@ void tessaro_zoom_class_init(TessaroZoomClass* zoomClass) {
         elementClass, "Digital zoom", "Filter/Effect/Video",
         "Crops the centre 1/zoom of the frame with sub-pixel precision and scales it back",
         "Tessaro");
-    GstCaps* caps = gst_caps_from_string(GST_VIDEO_CAPS_MAKE("{ I420, NV12 }"));
+    const av::GstHandle<GstCaps> caps(gst_caps_from_string(GST_VIDEO_CAPS_MAKE("{ I420, NV12 }")),
+                                      av::GstRef::adopt);
     gst_element_class_add_pad_template(
-        elementClass, gst_pad_template_new("sink", GST_PAD_SINK, GST_PAD_ALWAYS, caps));
+        elementClass, gst_pad_template_new("sink", GST_PAD_SINK, GST_PAD_ALWAYS, caps.get()));
     gst_element_class_add_pad_template(
-        elementClass, gst_pad_template_new("src", GST_PAD_SRC, GST_PAD_ALWAYS, caps));
-    gst_caps_unref(caps);
+        elementClass, gst_pad_template_new("src", GST_PAD_SRC, GST_PAD_ALWAYS, caps.get()));
 
     auto* transformClass = GST_BASE_TRANSFORM_CLASS(zoomClass);
     transformClass->before_transform = tessaroZoomBeforeTransform;

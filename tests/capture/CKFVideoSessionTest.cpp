@@ -80,40 +80,39 @@ struct MovieInfo {
 };
 
 QString capsName(GstDiscovererStreamInfo* stream) {
-    GstCaps* caps = gst_discoverer_stream_info_get_caps(stream);
-    const QString name = QString::fromUtf8(gst_structure_get_name(gst_caps_get_structure(caps, 0)));
-    gst_caps_unref(caps);
-    return name;
+    const av::GstHandle<GstCaps> caps(gst_discoverer_stream_info_get_caps(stream),
+                                      av::GstRef::adopt);
+    return QString::fromUtf8(gst_structure_get_name(gst_caps_get_structure(caps.get(), 0)));
 }
 
 MovieInfo inspect(const QString& path) {
     MovieInfo info;
-    GstDiscoverer* discoverer = gst_discoverer_new(10 * GST_SECOND, nullptr);
-    GstDiscovererInfo* result = gst_discoverer_discover_uri(
-        discoverer, QUrl::fromLocalFile(path).toEncoded().constData(), nullptr);
+    const av::GstHandle<GstDiscoverer> discoverer(gst_discoverer_new(10 * GST_SECOND, nullptr),
+                                                  av::GstRef::adopt);
+    const av::GstHandle<GstDiscovererInfo> result(
+        gst_discoverer_discover_uri(discoverer.get(),
+                                    QUrl::fromLocalFile(path).toEncoded().constData(), nullptr),
+        av::GstRef::adopt);
     if (result) {
-        info.seconds = double(gst_discoverer_info_get_duration(result)) / GST_SECOND;
-        GList* videos = gst_discoverer_info_get_video_streams(result);
+        info.seconds = double(gst_discoverer_info_get_duration(result.get())) / GST_SECOND;
+        GList* videos = gst_discoverer_info_get_video_streams(result.get());
         if (videos) {
             auto* video = GST_DISCOVERER_VIDEO_INFO(videos->data);
             info.width = int(gst_discoverer_video_info_get_width(video));
             info.height = int(gst_discoverer_video_info_get_height(video));
             info.videoCodec = capsName(GST_DISCOVERER_STREAM_INFO(video));
-            gchar* orientation = nullptr;
+            g_autofree gchar* orientation = nullptr;
             const GstTagList* tags =
                 gst_discoverer_stream_info_get_tags(GST_DISCOVERER_STREAM_INFO(video));
             if (tags && gst_tag_list_get_string(tags, GST_TAG_IMAGE_ORIENTATION, &orientation))
                 info.orientation = QString::fromUtf8(orientation);
-            g_free(orientation);
         }
-        GList* audios = gst_discoverer_info_get_audio_streams(result);
+        GList* audios = gst_discoverer_info_get_audio_streams(result.get());
         if (audios)
             info.audioCodec = capsName(GST_DISCOVERER_STREAM_INFO(audios->data));
         gst_discoverer_stream_info_list_free(videos);
         gst_discoverer_stream_info_list_free(audios);
-        gst_discoverer_info_unref(result);
     }
-    g_object_unref(discoverer);
     return info;
 }
 
@@ -250,9 +249,11 @@ TEST_F(VideoSessionTest, anUnpluggedCameraEndsTheRecordingPlayableAndTellsTheScr
 }
 
 TEST_F(VideoSessionTest, aRealCameraWithoutAMicrophoneRecordsPictureOnly) {
-    GstDevice* webcam = makeFakeWebcam(
-        "Fake webcam", "video/x-raw, format=I420, width=640, height=360, framerate=30/1");
-    av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam);
+    const av::GstHandle<GstDevice> webcam(
+        makeFakeWebcam("Fake webcam",
+                       "video/x-raw, format=I420, width=640, height=360, framerate=30/1"),
+        av::GstRef::adopt);
+    av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam.get());
     {
         CKFVideoSession session(CKFSession::CameraPosition::back);
         ASSERT_EQ(camera(session)->localizedName(), QStringLiteral("Fake webcam"));
@@ -265,7 +266,6 @@ TEST_F(VideoSessionTest, aRealCameraWithoutAMicrophoneRecordsPictureOnly) {
         EXPECT_GT(info.seconds, 0.8);
     }
     av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(QStringLiteral("Fake webcam"));
-    gst_object_unref(webcam);
 }
 
 TEST_F(VideoSessionTest, withoutACameraTheScreenIsToldAndZoomTorchAndFormatDoNothing) {
