@@ -2,7 +2,7 @@
 
 #include "platform/av/Gst.h"
 #include "platform/av/GstHandle.h"
-#include "platform/av/VirtualCameraSource.h"
+#include "platform/av/VirtualCameraRenderer.h"
 
 #include <QPainter>
 
@@ -72,7 +72,7 @@ PictureZoom::Reference PictureZoom::still(const QImage& picture, QSize frameSize
 PictureZoom::Reference PictureZoom::virtualScene() {
     Gst::ensureInitialized();
     const int height = sceneWidth * 9 / 16;
-    auto renderer = std::make_shared<VirtualCameraSource::Renderer>(sceneWidth, height, false);
+    auto renderer = std::make_shared<VirtualCameraRenderer>(sceneWidth, height, false);
     return [renderer, height](double zoom) {
         GstVideoInfo info;
         gst_video_info_set_format(&info, GST_VIDEO_FORMAT_I420, sceneWidth, height);
