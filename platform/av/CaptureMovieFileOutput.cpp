@@ -4,6 +4,7 @@
 
 #include <QThreadPool>
 
+#include "platform/av/EncoderChoice.h"
 #include "platform/av/Gst.h"
 #include "platform/av/Logging.h"
 
@@ -120,9 +121,9 @@ void CaptureMovieFileOutput::sessionDidStart(GstCaps* videoCaps, GstCaps* audioC
             : GST_CLOCK_TIME_NONE;
     // Tries the hardware encoders now, off this thread, rather than when the user presses record.
     if (videoCaps && state == State::idle) {
-        MovieWriter::probeVideoEncoders(videoCaps);
+        EncoderChoice::probeVideo(videoCaps);
         QThreadPool::globalInstance()->start([caps = GstHandle<GstCaps>(videoCaps, GstRef::add)] {
-            MovieWriter::loadPlugins(MovieWriter::chooseVideoEncoder(caps.get()));
+            EncoderChoice::loadPlugins(EncoderChoice::video(caps.get()));
         });
     }
 }

@@ -1,6 +1,5 @@
 #include "platform/av/CaptureMovieFileOutput.h"
 #include "platform/av/BusWatch.h"
-#include "platform/av/MovieWriter.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -643,42 +642,6 @@ TEST_F(CaptureMovieFileOutputTest, SurvivesSigkill) {
     EXPECT_GT(movie.seconds, 1.0);
     EXPECT_LT(movie.seconds, 4.0);
     EXPECT_GE(decodedFrames(path), 30);
-}
-
-TEST(MovieWriterTest, BitRateMeetsTheReferenceFormatsAndGrowsWithThePicture) {
-    const struct {
-        int width;
-        int height;
-        double fps;
-        int kbps;
-    } references[] = {{1920, 1080, 30, 17000}, {1920, 1080, 60, 25000}, {3840, 2160, 30, 45000}};
-    for (const auto& row : references)
-        EXPECT_EQ(av::MovieWriter::videoBitrate(row.width, row.height, row.fps), row.kbps)
-            << row.width << "x" << row.height << "@" << row.fps;
-    const int hd = av::MovieWriter::videoBitrate(1280, 720, 30);
-    EXPECT_GT(hd, av::MovieWriter::videoBitrate(640, 360, 30));
-    EXPECT_LT(hd, 17000);
-    EXPECT_GT(av::MovieWriter::videoBitrate(3840, 2160, 60), 45000);
-    EXPECT_EQ(av::MovieWriter::videoBitrate(1920, 1080, 0), 17000);
-}
-
-TEST(MovieWriterTest, EncoderChoiceNeverWaitsForTheHardwareProbe) {
-    gst_init(nullptr, nullptr);
-    // A size no other test uses, so this process has not probed it yet.
-    GstHandle<GstCaps> caps(gst_caps_from_string("video/x-raw,format=I420,width=344,height=196,"
-                                                 "framerate=30/1"),
-                            GstRef::adopt);
-    EXPECT_FALSE(av::MovieWriter::videoEncodersProbed(caps.get()));
-    // The first recording of a size starts with the software encoder while the probe runs.
-    const QString first = av::MovieWriter::chooseVideoEncoder(caps.get());
-    EXPECT_TRUE(first == "x264enc" || first == "openh264enc") << first.toStdString();
-    ASSERT_TRUE(waitUntil([&] { return av::MovieWriter::videoEncodersProbed(caps.get()); }));
-    EXPECT_FALSE(av::MovieWriter::chooseVideoEncoder(caps.get()).isEmpty());
-
-    GstHandle<GstCaps> unusable(gst_caps_from_string("video/x-raw"), GstRef::adopt);
-    EXPECT_TRUE(av::MovieWriter::chooseVideoEncoder(unusable.get()).isEmpty());
-    EXPECT_TRUE(av::MovieWriter::chooseVideoEncoder(nullptr).isEmpty());
-    EXPECT_FALSE(av::MovieWriter::videoEncodersProbed(unusable.get()));
 }
 
 class BusWatchTest : public ::testing::Test {
