@@ -1,6 +1,6 @@
 #include "platform/av/CaptureMovieFileOutput.h"
 
-#include "platform/av/SleepInhibitor.h"
+#include "platform/desktop/SleepInhibitor.h"
 
 #include <QThreadPool>
 
@@ -190,7 +190,7 @@ bool CaptureMovieFileOutput::startRecordingToOutputFileURL(const QUrl& fileURL,
     }
     encoder = writer->encoderName();
     state = State::recording;
-    awake = std::make_unique<SleepInhibitor>(qtTrId("movie_recording_clip"));
+    awake = std::make_unique<desktop::SleepInhibitor>(qtTrId("movie_recording_clip"));
     std::lock_guard lock(feedLock);
     feedWriter = writer.get();
     feedClip = clip;
