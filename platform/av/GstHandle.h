@@ -38,35 +38,35 @@ inline constexpr bool isMiniObject =
 template <typename T> class GstHandle {
 public:
     GstHandle() = default;
-    GstHandle(T* pointer, GstRef how) : m_pointer(pointer) {
-        if (!m_pointer)
+    GstHandle(T* pointer, GstRef how) : held(pointer) {
+        if (!held)
             return;
         if constexpr (detail::isMiniObject<T>) {
             if (how == GstRef::add)
-                gst_mini_object_ref(GST_MINI_OBJECT_CAST(m_pointer));
+                gst_mini_object_ref(GST_MINI_OBJECT_CAST(held));
         } else if (how == GstRef::add) {
-            g_object_ref(m_pointer);
-        } else if (g_object_is_floating(m_pointer)) {
-            g_object_ref_sink(m_pointer);
+            g_object_ref(held);
+        } else if (g_object_is_floating(held)) {
+            g_object_ref_sink(held);
         }
     }
-    GstHandle(const GstHandle& other) : GstHandle(other.m_pointer, GstRef::add) {}
-    GstHandle(GstHandle&& other) noexcept : m_pointer(std::exchange(other.m_pointer, nullptr)) {}
+    GstHandle(const GstHandle& other) : GstHandle(other.held, GstRef::add) {}
+    GstHandle(GstHandle&& other) noexcept : held(std::exchange(other.held, nullptr)) {}
     GstHandle& operator=(GstHandle other) noexcept {
-        std::swap(m_pointer, other.m_pointer);
+        std::swap(held, other.held);
         return *this;
     }
     ~GstHandle() { reset(); }
 
-    T* get() const { return m_pointer; }
-    T* operator->() const { return m_pointer; }
-    explicit operator bool() const { return m_pointer != nullptr; }
+    T* get() const { return held; }
+    T* operator->() const { return held; }
+    explicit operator bool() const { return held != nullptr; }
 
     // Hands the reference to the caller, for APIs that take ownership ("transfer full").
-    [[nodiscard]] T* release() { return std::exchange(m_pointer, nullptr); }
+    [[nodiscard]] T* release() { return std::exchange(held, nullptr); }
 
     void reset() {
-        if (T* pointer = std::exchange(m_pointer, nullptr)) {
+        if (T* pointer = std::exchange(held, nullptr)) {
             if constexpr (detail::isMiniObject<T>)
                 gst_mini_object_unref(GST_MINI_OBJECT_CAST(pointer));
             else
@@ -75,7 +75,7 @@ public:
     }
 
 private:
-    T* m_pointer = nullptr;
+    T* held = nullptr;
 };
 
 // Holds a GstObject's object lock for a scope.
