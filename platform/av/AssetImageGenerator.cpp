@@ -93,7 +93,7 @@ QImage AssetImageGenerator::imageAt(double seconds, int maximumWidth) const {
                 gst_app_sink_pull_preroll(GST_APP_SINK(sink.get())), GstRef::adopt));
         }
     }
-    gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+    Gst::stop(pipeline);
     if (!image.isNull() && image.width() > maximumWidth)
         image = image.scaledToWidth(maximumWidth, Qt::SmoothTransformation);
     return image;

@@ -349,12 +349,10 @@ void CaptureSession::teardown() {
     for (CaptureOutput* output : sessionOutputs)
         output->sessionWillStop();
     busWatch.reset();
-    if (pipe)
-        gst_element_set_state(pipe.get(), GST_STATE_NULL);
+    Gst::stop(pipe);
     for (CaptureInput* input : sessionInputs)
         if (auto* deviceInput = qobject_cast<CaptureDeviceInput*>(input))
             deviceInput->device()->detachPipeline();
-    pipe.reset();
     fanouts.clear();
     videoDevice = nullptr;
     videoSource = nullptr;

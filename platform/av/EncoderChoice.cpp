@@ -70,7 +70,7 @@ bool encoderWorks(const char* factory, const GstVideoInfo& info) {
     } else {
         works = false;
     }
-    gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+    Gst::stop(pipeline);
     return works;
 }
 

@@ -112,7 +112,7 @@ std::optional<Error> videoProblem(const QString& path, std::chrono::milliseconds
         if (!first)
             problem = unusable(qtTrId("camfile_video_holds_no_picture").arg(name));
     }
-    gst_element_set_state(player.get(), GST_STATE_NULL);
+    Gst::stop(player);
     return problem;
 }
 

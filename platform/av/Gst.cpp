@@ -39,7 +39,7 @@ bool Gst::runToEnd(const QByteArray& launch, std::chrono::milliseconds timeout) 
         gst_bus_timed_pop_filtered(bus.get(), GstClockTime(timeout.count()) * GST_MSECOND,
                                    GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)),
         GstRef::adopt);
-    gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+    stop(pipeline);
     return end && GST_MESSAGE_TYPE(end.get()) == GST_MESSAGE_EOS;
 }
 
@@ -50,6 +50,12 @@ GstElement* Gst::make(const char* factory, const char* name) {
             Error::Code::encoderMissing,
             qtTrId("writer_tessaro_cannot_record_gstreamer").arg(QString::fromUtf8(factory)));
     return element;
+}
+
+void Gst::stop(GstHandle<GstElement>& pipeline) {
+    if (pipeline)
+        gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+    pipeline.reset();
 }
 
 bool Gst::exists(const char* factory) {

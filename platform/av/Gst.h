@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/av/GstHandle.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -32,6 +34,9 @@ public:
     // A new element (floating) that the installation ought to have. A missing plugin is an
     // incomplete installation, not a programming error: av::Error (encoderMissing) naming it.
     static GstElement* make(const char* factory, const char* name = nullptr);
+    // Takes a pipeline to NULL, which joins its streaming threads, and lets go of it. Nothing for
+    // an empty handle.
+    static void stop(GstHandle<GstElement>& pipeline);
     // Whether the installation has this element, without making one.
     static bool exists(const char* factory);
     // An ERROR, WARNING or INFO message's content; empty for any other message.

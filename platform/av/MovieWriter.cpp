@@ -124,7 +124,7 @@ MovieWriter::MovieWriter(const QString& path, GstCaps* videoCaps, GstCaps* audio
         if (message)
             detail = Gst::errorOf(message.get()).message;
         busWatch.reset();
-        gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+        Gst::stop(pipeline);
         throw Error(Error::Code::recordingFailed,
                     qtTrId("writer_recording_could_not_start").arg(path, detail));
     }
@@ -132,8 +132,7 @@ MovieWriter::MovieWriter(const QString& path, GstCaps* videoCaps, GstCaps* audio
 
 MovieWriter::~MovieWriter() {
     busWatch.reset();
-    if (pipeline)
-        gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+    Gst::stop(pipeline);
 }
 
 bool MovieWriter::push(GstElement* source, GstBuffer* buffer, quint64 maxBytes) {

@@ -103,9 +103,8 @@ Player::~Player() {
     // Stopping joins the streaming threads, which can take longer than a frame; the global pool
     // is drained before the application object goes.
     if (playbin)
-        QThreadPool::globalInstance()->start([pipeline = std::move(playbin)] {
-            gst_element_set_state(pipeline.get(), GST_STATE_NULL);
-        });
+        QThreadPool::globalInstance()->start(
+            [pipeline = std::move(playbin)]() mutable { Gst::stop(pipeline); });
 }
 
 void Player::build(bool fakeAudio) {
@@ -177,10 +176,8 @@ void Player::build(bool fakeAudio) {
 }
 
 void Player::teardown() {
-    if (playbin)
-        gst_element_set_state(playbin.get(), GST_STATE_NULL);
     busWatch.reset();
-    playbin.reset();
+    Gst::stop(playbin);
     audioSink = nullptr;
     segmented = false;
     atEnd = false;
