@@ -3,7 +3,7 @@
 # make bench the same, then runs the benchmarks
 # make install PREFIX=/usr/local  installs the program, its data, launcher, icons and manual
 # make package  builds a Debian package in $(BUILD_DIR)
-# make sanitize  the camera and recording tests built with AddressSanitizer and UBSan
+# make sanitize  the camera, desktop-service and recording tests built with AddressSanitizer and UBSan
 BUILD_DIR ?= build
 BUILD_TYPE ?= RelWithDebInfo
 JOBS ?= 2
@@ -38,8 +38,8 @@ sanitize: deps
 	cmake -S . -B $(SANITIZE_DIR) -DCMAKE_BUILD_TYPE=Debug \
 		-DCMAKE_CXX_FLAGS="$(SANITIZE_FLAGS) -O1 -Wno-error=maybe-uninitialized" \
 		-DCMAKE_EXE_LINKER_FLAGS="$(SANITIZE_FLAGS)"
-	cmake --build $(SANITIZE_DIR) -j$(JOBS) --target test_av test_capture
-	cd $(SANITIZE_DIR) && for t in tests/av/test_av tests/capture/test_capture; do \
+	cmake --build $(SANITIZE_DIR) -j$(JOBS) --target test_av test_desktop test_capture
+	cd $(SANITIZE_DIR) && for t in tests/av/test_av tests/desktop/test_desktop tests/capture/test_capture; do \
 		QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8 ASAN_OPTIONS=detect_leaks=0 \
 		UBSAN_OPTIONS=print_stacktrace=1 ./$$t || exit 1; done
 

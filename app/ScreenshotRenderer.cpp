@@ -169,11 +169,11 @@ ScreenshotRenderer::Scene cameraScreen(const QSize& size, CameraScene what) {
 GstPadProbeReturn refuseAsBusy(GstPad* pad, GstPadProbeInfo*, gpointer) {
     if (!g_object_get_data(G_OBJECT(pad), "refused")) {
         g_object_set_data(G_OBJECT(pad), "refused", GINT_TO_POINTER(1));
-        GstElement* source = GST_ELEMENT(gst_pad_get_parent(pad));
-        gst_element_message_full(source, GST_MESSAGE_ERROR, GST_RESOURCE_ERROR,
+        const av::GstHandle<GstElement> source(GST_ELEMENT(gst_pad_get_parent(pad)),
+                                               av::GstRef::adopt);
+        gst_element_message_full(source.get(), GST_MESSAGE_ERROR, GST_RESOURCE_ERROR,
                                  GST_RESOURCE_ERROR_BUSY, g_strdup("Device or resource busy"),
                                  nullptr, __FILE__, "refuseAsBusy", __LINE__);
-        gst_object_unref(source);
     }
     return GST_PAD_PROBE_DROP;
 }

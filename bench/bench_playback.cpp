@@ -9,6 +9,7 @@
 // - the GUI thread's time per played frame (thread CPU time, painting included).
 #include "bench/EventLoopTiming.h"
 #include "platform/av/Gst.h"
+#include "platform/av/GstHandle.h"
 #include "platform/av/Player.h"
 #include "platform/av/PlayerItem.h"
 #include "platform/av/PlayerLayer.h"
@@ -127,11 +128,9 @@ struct SoundSteps {
         auto* steps = static_cast<SoundSteps*>(data);
         GstBuffer* buffer = GST_PAD_PROBE_INFO_BUFFER(info);
         GstAudioInfo format;
-        GstCaps* caps = gst_pad_get_current_caps(pad);
-        const bool known = caps && gst_audio_info_from_caps(&format, caps) &&
+        const av::GstHandle<GstCaps> caps(gst_pad_get_current_caps(pad), av::GstRef::adopt);
+        const bool known = caps && gst_audio_info_from_caps(&format, caps.get()) &&
                            format.finfo->format == GST_AUDIO_FORMAT_F32LE;
-        if (caps)
-            gst_caps_unref(caps);
         GstMapInfo map;
         if (!known || !gst_buffer_map(buffer, &map, GST_MAP_READ))
             return GST_PAD_PROBE_OK;
@@ -168,14 +167,14 @@ void loop(const QString& clip) {
     QObject::connect(player.currentItem(), &av::PlayerItem::didPlayToEndTime,
                      [](av::PlayerItem* item) { item->seekToTime(0); });
     SoundSteps sound;
-    GstElement* sink = nullptr;
-    g_object_get(player.pipeline(), "audio-sink", &sink, nullptr);
-    if (sink) {
-        av::GstHandle<GstPad> pad(gst_element_get_static_pad(sink, "sink"), av::GstRef::adopt);
+    GstElement* audioSink = nullptr;
+    g_object_get(player.pipeline(), "audio-sink", &audioSink, nullptr);
+    if (const av::GstHandle<GstElement> sink(audioSink, av::GstRef::adopt); sink) {
+        av::GstHandle<GstPad> pad(gst_element_get_static_pad(sink.get(), "sink"),
+                                  av::GstRef::adopt);
         if (pad)
             gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, &SoundSteps::probe, &sound,
                               nullptr);
-        gst_object_unref(sink);
     }
     view.show();
     view.clock.start();

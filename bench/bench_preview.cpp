@@ -93,14 +93,13 @@ protected:
             return;
         lastPainted = shown;
         GstElement* pipeline = session()->session()->pipeline();
-        GstClock* clock = pipeline ? gst_element_get_clock(pipeline) : nullptr;
+        const av::GstHandle<GstClock> clock(pipeline ? gst_element_get_clock(pipeline) : nullptr,
+                                            av::GstRef::adopt);
         if (clock && GST_CLOCK_TIME_IS_VALID(shown)) {
             const GstClockTime now =
-                gst_clock_get_time(clock) - gst_element_get_base_time(pipeline);
+                gst_clock_get_time(clock.get()) - gst_element_get_base_time(pipeline);
             ages.push_back(double(GST_CLOCK_DIFF(shown, now)) / 1e6);
         }
-        if (clock)
-            gst_object_unref(clock);
     }
 };
 

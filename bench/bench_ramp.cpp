@@ -60,11 +60,10 @@ struct FrameLog {
 };
 
 GstClockTime runningTime(GstElement* pipeline) {
-    GstClock* clock = gst_element_get_clock(pipeline);
+    const av::GstHandle<GstClock> clock(gst_element_get_clock(pipeline), av::GstRef::adopt);
     if (!clock)
         return GST_CLOCK_TIME_NONE;
-    const GstClockTime now = gst_clock_get_time(clock);
-    gst_object_unref(clock);
+    const GstClockTime now = gst_clock_get_time(clock.get());
     return now - gst_element_get_base_time(pipeline);
 }
 
@@ -141,8 +140,9 @@ void measure(int videoMode, int seconds, const Camera* camera = nullptr) {
     session->setDelegate(&writes);
     FrameLog frameLog;
     GstElement* pipeline = session->session()->pipeline();
-    GstElement* stage = gst_bin_get_by_name(GST_BIN(pipeline), "zoom");
-    av::ZoomFilter::setFrameObserver(stage, [&frameLog](GstClockTime pts, double zoom) {
+    const av::GstHandle<GstElement> stage(gst_bin_get_by_name(GST_BIN(pipeline), "zoom"),
+                                          av::GstRef::adopt);
+    av::ZoomFilter::setFrameObserver(stage.get(), [&frameLog](GstClockTime pts, double zoom) {
         std::lock_guard lock(frameLog.mutex);
         frameLog.frames.emplace_back(pts, zoom);
     });
@@ -156,8 +156,7 @@ void measure(int videoMode, int seconds, const Camera* camera = nullptr) {
     // What the press costs the GUI thread: the ramp's timer starts when it returns.
     const double pressMs = double(writes.sincePress.nsecsElapsed()) / 1e6;
     const bool finished = waitFor([&] { return !clip.isEmpty(); }, (seconds + 30) * 1000);
-    av::ZoomFilter::setFrameObserver(stage, {});
-    gst_object_unref(stage);
+    av::ZoomFilter::setFrameObserver(stage.get(), {});
     if (!finished) {
         std::printf("%s_failed 1 bool\n", name);
         return;

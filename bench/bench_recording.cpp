@@ -3,6 +3,7 @@
 #include "capture/CKFVideoSession.h"
 #include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/CaptureSession.h"
+#include "platform/av/GstHandle.h"
 #include "platform/av/ZoomFilter.h"
 
 #include <QCoreApplication>
@@ -54,18 +55,17 @@ void measure(const Mode& mode, double seconds) {
 
     // Which zoom each frame carries, against the last one written before it was captured.
     GstElement* pipeline = session.session()->pipeline();
-    GstElement* zoom = gst_bin_get_by_name(GST_BIN(pipeline), "zoom");
+    const av::GstHandle<GstElement> zoom(gst_bin_get_by_name(GST_BIN(pipeline), "zoom"),
+                                         av::GstRef::adopt);
     std::mutex lock; // guards writes and frames
     std::vector<std::pair<GstClockTime, double>> writes;
     qint64 frames = 0, stale = 0;
     auto runningTime = [pipeline] {
-        GstClock* clock = gst_element_get_clock(pipeline);
-        const GstClockTime now = clock ? gst_clock_get_time(clock) : 0;
-        if (clock)
-            gst_object_unref(clock);
+        const av::GstHandle<GstClock> clock(gst_element_get_clock(pipeline), av::GstRef::adopt);
+        const GstClockTime now = clock ? gst_clock_get_time(clock.get()) : 0;
         return now - gst_element_get_base_time(pipeline);
     };
-    av::ZoomFilter::setFrameObserver(zoom, [&](GstClockTime pts, double applied) {
+    av::ZoomFilter::setFrameObserver(zoom.get(), [&](GstClockTime pts, double applied) {
         std::lock_guard guard(lock);
         ++frames;
         double expected = 1.0;
@@ -112,8 +112,7 @@ void measure(const Mode& mode, double seconds) {
     waitUntil([&] { return finished; }, 30000);
     const double elapsed = wall.elapsed() / 1000.0;
     const double cpu = cpuSeconds() - cpuBefore;
-    av::ZoomFilter::setFrameObserver(zoom, {});
-    gst_object_unref(zoom);
+    av::ZoomFilter::setFrameObserver(zoom.get(), {});
 
     auto* output = session.movieFileOutput();
     std::printf("%s_frames_written %lld frames\n", mode.name, (long long)output->framesWritten());

@@ -5,9 +5,9 @@
 // recording (goal: under 10 %) and each kind of thread's share of the take.
 //
 //   bench_take [SECONDS [TESSARO]]
+#include "platform/av/EncoderChoice.h"
 #include "platform/av/Gst.h"
 #include "platform/av/GstHandle.h"
-#include "platform/av/MovieWriter.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -209,7 +209,7 @@ QByteArray encoderSettings(const Format& format) {
                                                            : "ultrafast";
     return QByteArray("x264enc speed-preset=") + preset + " bitrate=" +
            QByteArray::number(
-               av::MovieWriter::videoBitrate(format.width, format.height, format.fps)) +
+               av::EncoderChoice::videoBitrate(format.width, format.height, format.fps)) +
            " key-int-max=" + QByteArray::number(format.fps) +
            " bframes=0 threads=" + QByteArray::number(std::max(1, QThread::idealThreadCount()));
 }

@@ -1,7 +1,7 @@
 #include "LineReporter.h"
 
 #include "platform/av/GstHandle.h"
-#include "platform/av/VirtualCameraSource.h"
+#include "platform/av/VirtualCameraRenderer.h"
 
 #include <QCoreApplication>
 
@@ -21,7 +21,7 @@ namespace {
 constexpr int rampFrames = 90;
 
 void render(benchmark::State& state, int width, int height, bool torch) {
-    const av::VirtualCameraSource::Renderer renderer(width, height, false);
+    const av::VirtualCameraRenderer renderer(width, height, false);
     GstVideoInfo info;
     gst_video_info_set_format(&info, GST_VIDEO_FORMAT_I420, guint(width), guint(height));
     av::GstHandle<GstBuffer> buffer(gst_buffer_new_allocate(nullptr, info.size, nullptr),
@@ -47,7 +47,7 @@ void buildScene(benchmark::State& state, int height) {
     const auto start = std::chrono::steady_clock::now();
     for (auto _ : state) {
         // The last renderer of a size takes its scene with it, so each one builds anew.
-        const av::VirtualCameraSource::Renderer renderer(height * 16 / 9, height, false);
+        const av::VirtualCameraRenderer renderer(height * 16 / 9, height, false);
         benchmark::DoNotOptimize(&renderer);
     }
     const std::chrono::duration<double, std::milli> elapsed =

@@ -64,48 +64,48 @@ std::vector<av::GstHandle<GstBuffer>> makeFrames(int width, int height) {
 class Chain {
 public:
     Chain(const std::string& description, int width, int height)
-        : m_pipeline(gst_parse_launch(description.c_str(), nullptr), av::GstRef::adopt),
-          m_source(gst_pad_new("feed", GST_PAD_SRC), av::GstRef::adopt) {
-        if (!m_pipeline)
+        : pipeline(gst_parse_launch(description.c_str(), nullptr), av::GstRef::adopt),
+          feed(gst_pad_new("feed", GST_PAD_SRC), av::GstRef::adopt) {
+        if (!pipeline)
             return;
-        av::GstHandle<GstElement> first(gst_bin_get_by_name(GST_BIN(m_pipeline.get()), "first"),
+        av::GstHandle<GstElement> first(gst_bin_get_by_name(GST_BIN(pipeline.get()), "first"),
                                         av::GstRef::adopt);
         av::GstHandle<GstPad> sink(gst_element_get_static_pad(first.get(), "sink"),
                                    av::GstRef::adopt);
-        gst_pad_link(m_source.get(), sink.get());
-        gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING);
-        gst_pad_set_active(m_source.get(), TRUE);
-        gst_pad_push_event(m_source.get(), gst_event_new_stream_start("bench"));
-        GstCaps* caps = gst_caps_from_string(capsFor(width, height).c_str());
-        gst_pad_push_event(m_source.get(), gst_event_new_caps(caps));
-        gst_caps_unref(caps);
+        gst_pad_link(feed.get(), sink.get());
+        gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
+        gst_pad_set_active(feed.get(), TRUE);
+        gst_pad_push_event(feed.get(), gst_event_new_stream_start("bench"));
+        const av::GstHandle<GstCaps> caps(gst_caps_from_string(capsFor(width, height).c_str()),
+                                          av::GstRef::adopt);
+        gst_pad_push_event(feed.get(), gst_event_new_caps(caps.get()));
         GstSegment segment;
         gst_segment_init(&segment, GST_FORMAT_TIME);
-        gst_pad_push_event(m_source.get(), gst_event_new_segment(&segment));
+        gst_pad_push_event(feed.get(), gst_event_new_segment(&segment));
     }
     ~Chain() {
-        if (m_pipeline)
-            gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
-        gst_pad_set_active(m_source.get(), FALSE);
+        if (pipeline)
+            gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+        gst_pad_set_active(feed.get(), FALSE);
     }
 
     GstElement* element(const char* name) const {
-        return gst_bin_get_by_name(GST_BIN(m_pipeline.get()), name);
+        return gst_bin_get_by_name(GST_BIN(pipeline.get()), name);
     }
 
     bool push(GstBuffer* frame, std::int64_t index) {
-        if (!m_pipeline)
+        if (!pipeline)
             return false;
         // A new buffer sharing the frame's memory, so the time stamp is ours to set.
         GstBuffer* input = gst_buffer_copy(frame);
         GST_BUFFER_PTS(input) = GstClockTime(index) * (GST_SECOND / 30);
         GST_BUFFER_DURATION(input) = GST_SECOND / 30;
-        return gst_pad_push(m_source.get(), input) == GST_FLOW_OK;
+        return gst_pad_push(feed.get(), input) == GST_FLOW_OK;
     }
 
 private:
-    av::GstHandle<GstElement> m_pipeline;
-    av::GstHandle<GstPad> m_source;
+    av::GstHandle<GstElement> pipeline;
+    av::GstHandle<GstPad> feed;
 };
 
 double threadMilliseconds() {

@@ -4,6 +4,7 @@
 // no microphone. Include it in one source file of a test program.
 
 #include "platform/av/Gst.h"
+#include "platform/av/GstHandle.h"
 
 #include <gst/gst.h>
 
@@ -30,10 +31,7 @@ static void fake_webcam_init(FakeWebcam*) {}
 // A new reference, named by its display name (which is also its unique ID, having no node).
 inline GstDevice* makeFakeWebcam(const char* name, const char* caps) {
     av::Gst::ensureInitialized();
-    GstCaps* parsed = gst_caps_from_string(caps);
-    GstDevice* device =
-        GST_DEVICE(g_object_new(fake_webcam_get_type(), "display-name", name, "device-class",
-                                "Video/Source", "caps", parsed, nullptr));
-    gst_caps_unref(parsed);
-    return device;
+    const av::GstHandle<GstCaps> parsed(gst_caps_from_string(caps), av::GstRef::adopt);
+    return GST_DEVICE(g_object_new(fake_webcam_get_type(), "display-name", name, "device-class",
+                                   "Video/Source", "caps", parsed.get(), nullptr));
 }

@@ -3,6 +3,7 @@
 // What a recorded movie holds, as GStreamer's discoverer reads it.
 
 #include "platform/av/Gst.h"
+#include "platform/av/GstHandle.h"
 
 #include <QString>
 #include <QUrl>
@@ -20,16 +21,22 @@ struct MovieInfo {
 inline MovieInfo inspectMovie(const QString& path) {
     av::Gst::ensureInitialized();
     MovieInfo info;
-    g_autoptr(GstDiscoverer) discoverer = gst_discoverer_new(10 * GST_SECOND, nullptr);
+    const av::GstHandle<GstDiscoverer> discoverer(gst_discoverer_new(10 * GST_SECOND, nullptr),
+                                                  av::GstRef::adopt);
     if (!discoverer)
         return info;
-    g_autoptr(GstDiscovererInfo) result = gst_discoverer_discover_uri(
-        discoverer, QUrl::fromLocalFile(path).toEncoded().constData(), nullptr);
+    const av::GstHandle<GstDiscovererInfo> held(
+        gst_discoverer_discover_uri(discoverer.get(),
+                                    QUrl::fromLocalFile(path).toEncoded().constData(), nullptr),
+        av::GstRef::adopt);
+    GstDiscovererInfo* result = held.get();
     if (!result)
         return info;
     const auto capsName = [](GstDiscovererStreamInfo* stream) {
-        g_autoptr(GstCaps) caps = gst_discoverer_stream_info_get_caps(stream);
-        return caps ? QString::fromUtf8(gst_structure_get_name(gst_caps_get_structure(caps, 0)))
+        const av::GstHandle<GstCaps> caps(gst_discoverer_stream_info_get_caps(stream),
+                                          av::GstRef::adopt);
+        return caps ? QString::fromUtf8(
+                          gst_structure_get_name(gst_caps_get_structure(caps.get(), 0)))
                     : QString();
     };
     info.seconds = double(gst_discoverer_info_get_duration(result)) / GST_SECOND;

@@ -43,24 +43,22 @@ AssetImageGenerator::AssetImageGenerator(QUrl url) : asset(std::move(url)) {
 }
 
 std::optional<double> AssetImageGenerator::duration() const {
-    GError* error = nullptr;
+    g_autoptr(GError) error = nullptr;
     GstHandle<GstDiscoverer> discoverer(gst_discoverer_new(waitLimit, &error), GstRef::adopt);
-    if (!discoverer) {
-        g_clear_error(&error);
+    if (!discoverer)
         return std::nullopt;
-    }
+    g_autoptr(GError) failure = nullptr;
     GstHandle<GstDiscovererInfo> info(
         gst_discoverer_discover_uri(
-            discoverer.get(), asset.toString(QUrl::FullyEncoded).toUtf8().constData(), &error),
+            discoverer.get(), asset.toString(QUrl::FullyEncoded).toUtf8().constData(), &failure),
         GstRef::adopt);
-    g_clear_error(&error);
     if (!info || gst_discoverer_info_get_result(info.get()) != GST_DISCOVERER_OK)
         return std::nullopt;
     return double(gst_discoverer_info_get_duration(info.get())) / double(GST_SECOND);
 }
 
 QImage AssetImageGenerator::imageAt(double seconds, int maximumWidth) const {
-    GError* error = nullptr;
+    g_autoptr(GError) error = nullptr;
     // videoflip follows the rotation tag the movie carries, so the picture comes out upright.
     GstHandle<GstElement> sinkBin(
         gst_parse_bin_from_description(
@@ -68,7 +66,6 @@ QImage AssetImageGenerator::imageAt(double seconds, int maximumWidth) const {
             "video/x-raw,format=RGBx,pixel-aspect-ratio=1/1 ! appsink name=sink sync=false",
             TRUE, &error),
         GstRef::adopt);
-    g_clear_error(&error);
     GstHandle<GstElement> pipeline(gst_element_factory_make("playbin", nullptr), GstRef::adopt);
     if (!sinkBin || !pipeline)
         return {};
@@ -96,7 +93,7 @@ QImage AssetImageGenerator::imageAt(double seconds, int maximumWidth) const {
                 gst_app_sink_pull_preroll(GST_APP_SINK(sink.get())), GstRef::adopt));
         }
     }
-    gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+    Gst::stop(pipeline);
     if (!image.isNull() && image.width() > maximumWidth)
         image = image.scaledToWidth(maximumWidth, Qt::SmoothTransformation);
     return image;

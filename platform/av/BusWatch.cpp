@@ -11,41 +11,41 @@ struct BusWatch::Life {
 };
 
 BusWatch::BusWatch(GstBus* bus, Handler handler)
-    : m_bus(bus, GstRef::adopt), m_handler(std::move(handler)), m_life(std::make_shared<Life>()) {
-    if (!m_bus)
+    : watched(bus, GstRef::adopt), handler(std::move(handler)), life(std::make_shared<Life>()) {
+    if (!watched)
         qFatal("av::BusWatch: there is no bus to watch");
     GPollFD pollFd{};
-    gst_bus_get_pollfd(m_bus.get(), &pollFd);
+    gst_bus_get_pollfd(watched.get(), &pollFd);
     // The descriptor stays readable while messages are queued, so one notice can cover several.
-    m_notifier = new QSocketNotifier(qintptr(pollFd.fd), QSocketNotifier::Read);
-    QObject::connect(m_notifier, &QSocketNotifier::activated, m_notifier,
+    notifier = new QSocketNotifier(qintptr(pollFd.fd), QSocketNotifier::Read);
+    QObject::connect(notifier, &QSocketNotifier::activated, notifier,
                      [this] { dispatchPending(); });
 }
 
 BusWatch::~BusWatch() {
-    m_life->alive = false;
-    m_notifier->setEnabled(false);
-    QObject::disconnect(m_notifier, nullptr, nullptr, nullptr);
+    life->alive = false;
+    notifier->setEnabled(false);
+    QObject::disconnect(notifier, nullptr, nullptr, nullptr);
     // Destroyed by the handler: the notifier is still inside its own signal.
-    if (m_life->dispatching > 0)
-        m_notifier->deleteLater();
+    if (life->dispatching > 0)
+        notifier->deleteLater();
     else
-        delete m_notifier;
+        delete notifier;
 }
 
 void BusWatch::dispatchPending() {
-    const std::shared_ptr<Life> life = m_life;
-    const GstHandle<GstBus> bus = m_bus;
-    const Handler handler = m_handler;
-    ++life->dispatching;
-    while (life->alive) {
-        GstMessage* message = gst_bus_pop(bus.get());
+    // Held here, as the handler may destroy the watch.
+    const std::shared_ptr<Life> current = life;
+    const GstHandle<GstBus> source = watched;
+    const Handler deliver = handler;
+    ++current->dispatching;
+    while (current->alive) {
+        const GstHandle<GstMessage> message(gst_bus_pop(source.get()), GstRef::adopt);
         if (!message)
             break;
-        handler(message);
-        gst_message_unref(message);
+        deliver(message.get());
     }
-    --life->dispatching;
+    --current->dispatching;
 }
 
 } // namespace av

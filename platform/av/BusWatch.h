@@ -28,17 +28,17 @@ public:
     BusWatch& operator=(const BusWatch&) = delete;
 
     // For a caller that must wait for a message itself (gst_bus_timed_pop_filtered).
-    GstBus* bus() const { return m_bus.get(); }
+    GstBus* bus() const { return watched.get(); }
 
 private:
     struct Life;
 
     void dispatchPending();
 
-    GstHandle<GstBus> m_bus;
-    Handler m_handler;
-    QSocketNotifier* m_notifier;
-    std::shared_ptr<Life> m_life;
+    GstHandle<GstBus> watched;
+    Handler handler;
+    QSocketNotifier* notifier;
+    std::shared_ptr<Life> life;
 };
 
 } // namespace av

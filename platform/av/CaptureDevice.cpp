@@ -1,9 +1,9 @@
 #include "platform/av/CaptureDevice.h"
 
-#include "platform/av/CameraPortal.h"
 #include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/Error.h"
 #include "platform/av/SystemCaptureDevice.h"
+#include "platform/desktop/CameraPortal.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -21,7 +21,7 @@ namespace {
 struct PortalAccess {
     std::optional<bool> granted;
     std::vector<std::function<void(bool)>> waiting;
-    CameraPortal* portal = nullptr;
+    desktop::CameraPortal* portal = nullptr;
 };
 
 PortalAccess& portalAccess() {
@@ -52,7 +52,7 @@ AuthorizationStatus CaptureDevice::authorizationStatus(MediaType type) {
         return *statusForTesting();
     if (!needsAsking(type))
         return AuthorizationStatus::authorized;
-    if (CameraPortal::isSandboxed()) {
+    if (desktop::CameraPortal::isSandboxed()) {
         const std::optional<bool> granted = portalAccess().granted;
         return !granted   ? AuthorizationStatus::notDetermined
                : *granted ? AuthorizationStatus::authorized
@@ -67,7 +67,7 @@ AuthorizationStatus CaptureDevice::authorizationStatus(MediaType type) {
 
 void CaptureDevice::requestAccess(MediaType type, std::function<void(bool granted)> handler) {
     PortalAccess& access = portalAccess();
-    if (statusForTesting() || !needsAsking(type) || !CameraPortal::isSandboxed()) {
+    if (statusForTesting() || !needsAsking(type) || !desktop::CameraPortal::isSandboxed()) {
         // Nothing to ask outside a sandbox: the device node's permissions are the answer.
         handler(authorizationStatus(type) == AuthorizationStatus::authorized);
         return;
@@ -80,7 +80,7 @@ void CaptureDevice::requestAccess(MediaType type, std::function<void(bool grante
     if (access.waiting.size() > 1)
         return;
     if (!access.portal)
-        access.portal = new CameraPortal(QDBusConnection::sessionBus(), qApp);
+        access.portal = new desktop::CameraPortal(QDBusConnection::sessionBus(), qApp);
     access.portal->accessCamera([](bool granted) {
         PortalAccess& answered = portalAccess();
         answered.granted = granted;

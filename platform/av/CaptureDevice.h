@@ -85,8 +85,9 @@ public:
     void setActiveVideoMinFrameDuration(FrameDuration duration);
     void setActiveVideoMaxFrameDuration(FrameDuration duration);
 
-    // For the session: a new source element for this device (floating), and the running
-    // elements the settings go to. The zoom stage may be null for a microphone.
+    // For the session: a new source element for this device (floating; null when the device
+    // cannot be opened, av::Error when the installation lacks an element it needs), and the
+    // running elements the settings go to. The zoom stage may be null for a microphone.
     virtual GstElement* createSourceElement() const = 0;
     // Why the device cannot deliver pictures at all, found without opening it; nullopt when
     // nothing is known against it.

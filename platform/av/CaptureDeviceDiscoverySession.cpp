@@ -94,11 +94,10 @@ struct Catalog {
         if (systemEnabled) {
             Gst::ensureInitialized();
             watch();
-            GList* devices = gst_device_monitor_get_devices(monitor.get());
+            g_autolist(GstDevice) devices = gst_device_monitor_get_devices(monitor.get());
             for (GList* item = devices; item; item = item->next)
                 if (CaptureDevice* known = systemDevice(GST_DEVICE(item->data)))
                     found.push_back(known);
-            g_list_free_full(devices, gst_object_unref);
         } else {
             unwatch();
         }
@@ -109,16 +108,15 @@ struct Catalog {
     }
 
     void handle(GstMessage* message) {
-        GstDevice* gstDevice = nullptr;
+        GstDevice* parsed = nullptr;
         if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_DEVICE_ADDED) {
-            gst_message_parse_device_added(message, &gstDevice);
-            added(gstDevice);
+            gst_message_parse_device_added(message, &parsed);
+            added(GstHandle<GstDevice>(parsed, GstRef::adopt).get());
         } else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_DEVICE_REMOVED) {
-            gst_message_parse_device_removed(message, &gstDevice);
-            removed(SystemCaptureDevice::uniqueIdOf(gstDevice));
+            gst_message_parse_device_removed(message, &parsed);
+            removed(
+                SystemCaptureDevice::uniqueIdOf(GstHandle<GstDevice>(parsed, GstRef::adopt).get()));
         }
-        if (gstDevice)
-            gst_object_unref(gstDevice);
     }
 
     void added(GstDevice* gstDevice) {

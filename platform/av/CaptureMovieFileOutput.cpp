@@ -1,10 +1,12 @@
 #include "platform/av/CaptureMovieFileOutput.h"
 
-#include "platform/av/SleepInhibitor.h"
+#include "platform/desktop/SleepInhibitor.h"
 #include "platform/foundation/FileManager.h"
 
 #include <QThreadPool>
 
+#include "platform/av/EncoderChoice.h"
+#include "platform/av/Gst.h"
 #include "platform/av/Logging.h"
 
 #include "platform/av/MovieWriter.h"
@@ -65,25 +67,18 @@ QString prepareFile(const QUrl& url) {
 }
 
 Error errorFrom(GstMessage* message, const QString& path) {
-    GError* error = nullptr;
-    gchar* debug = nullptr;
-    gst_message_parse_error(message, &error, &debug);
+    const GstMessageError error = Gst::errorOf(message);
     qCWarning(lcAv).noquote() << "recording to" << path << "failed in"
-                              << GST_OBJECT_NAME(GST_MESSAGE_SRC(message)) << ":" << error->message
-                              << (debug ? debug : "");
-    Error result(Error::Code::recordingFailed,
-                 qtTrId("movie_recording_failed").arg(path, QString::fromUtf8(error->message)));
-    if (error->domain == GST_RESOURCE_ERROR && error->code == GST_RESOURCE_ERROR_NO_SPACE_LEFT)
-        result =
-            Error(Error::Code::diskFull, qtTrId("movie_disk_full_recording_stopped").arg(path));
-    else if (error->domain == GST_RESOURCE_ERROR &&
-             (error->code == GST_RESOURCE_ERROR_OPEN_WRITE ||
-              error->code == GST_RESOURCE_ERROR_OPEN_READ_WRITE))
-        result = Error(Error::Code::fileNotWritable,
-                       qtTrId("movie_recording_cannot_saved_file_2").arg(path));
-    g_error_free(error);
-    g_free(debug);
-    return result;
+                              << GST_OBJECT_NAME(GST_MESSAGE_SRC(message)) << ":" << error.message
+                              << error.debug;
+    if (error.is(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NO_SPACE_LEFT))
+        return Error(Error::Code::diskFull, qtTrId("movie_disk_full_recording_stopped").arg(path));
+    if (error.is(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_OPEN_WRITE) ||
+        error.is(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_OPEN_READ_WRITE))
+        return Error(Error::Code::fileNotWritable,
+                     qtTrId("movie_recording_cannot_saved_file_2").arg(path));
+    return Error(Error::Code::recordingFailed,
+                 qtTrId("movie_recording_failed").arg(path, error.message));
 }
 
 } // namespace
@@ -127,9 +122,9 @@ void CaptureMovieFileOutput::sessionDidStart(GstCaps* videoCaps, GstCaps* audioC
             : GST_CLOCK_TIME_NONE;
     // Tries the hardware encoders now, off this thread, rather than when the user presses record.
     if (videoCaps && state == State::idle) {
-        MovieWriter::probeVideoEncoders(videoCaps);
+        EncoderChoice::probeVideo(videoCaps);
         QThreadPool::globalInstance()->start([caps = GstHandle<GstCaps>(videoCaps, GstRef::add)] {
-            MovieWriter::loadPlugins(MovieWriter::chooseVideoEncoder(caps.get()));
+            EncoderChoice::loadPlugins(EncoderChoice::video(caps.get()));
         });
     }
 }
@@ -200,7 +195,7 @@ bool CaptureMovieFileOutput::startRecordingToOutputFileURL(const QUrl& fileURL,
     }
     encoder = writer->encoderName();
     state = State::recording;
-    awake = std::make_unique<SleepInhibitor>(qtTrId("movie_recording_clip"));
+    awake = std::make_unique<desktop::SleepInhibitor>(qtTrId("movie_recording_clip"));
     std::lock_guard lock(feedLock);
     feedWriter = writer.get();
     feedClip = clip;
@@ -294,14 +289,10 @@ void CaptureMovieFileOutput::handleWriterMessage(GstMessage* message) {
     case GST_MESSAGE_ERROR:
         finish(errorFrom(message, url.toLocalFile()));
         break;
-    case GST_MESSAGE_WARNING: {
-        GError* error = nullptr;
-        gst_message_parse_warning(message, &error, nullptr);
+    case GST_MESSAGE_WARNING:
         qCWarning(lcAv) << "recording:" << GST_OBJECT_NAME(GST_MESSAGE_SRC(message))
-                        << error->message;
-        g_error_free(error);
+                        << Gst::errorOf(message).message;
         break;
-    }
     default:
         break;
     }

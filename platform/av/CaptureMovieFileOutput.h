@@ -11,10 +11,13 @@
 #include <mutex>
 #include <optional>
 
+namespace desktop {
+class SleepInhibitor;
+}
+
 namespace av {
 
 class MovieWriter;
-class SleepInhibitor;
 
 // Records the session's pictures and sound into one QuickTime movie (H.264 + AAC) at a time,
 // while the session keeps running. The recording has a pipeline of its own fed from the
@@ -123,7 +126,7 @@ private:
     std::shared_ptr<Clip> clip;
     std::unique_ptr<MovieWriter> writer;
     // The machine stays awake while a recording runs.
-    std::unique_ptr<SleepInhibitor> awake;
+    std::unique_ptr<desktop::SleepInhibitor> awake;
 
     std::mutex feedLock; // guards the feed members below
     // What the streaming threads push into: null when not recording.

@@ -26,28 +26,18 @@ namespace {
 
 GstFlowReturn deliver(GstAppSink* sink, gpointer data) {
     CaptureSession::Fanout& fanout = **static_cast<std::shared_ptr<CaptureSession::Fanout>*>(data);
-    GstSample* sample = gst_app_sink_pull_sample(sink);
+    const GstHandle<GstSample> sample(gst_app_sink_pull_sample(sink), GstRef::adopt);
     if (!sample)
         return GST_FLOW_EOS;
-    {
-        // Held while delivering, so an output taken off the list is never handed a sample after.
-        QMutexLocker lock(&fanout.mutex);
-        for (CaptureOutput* output : fanout.outputs)
-            output->handleSample(fanout.type, sample);
-    }
-    gst_sample_unref(sample);
+    // Held while delivering, so an output taken off the list is never handed a sample after.
+    QMutexLocker lock(&fanout.mutex);
+    for (CaptureOutput* output : fanout.outputs)
+        output->handleSample(fanout.type, sample.get());
     return GST_FLOW_OK;
 }
 
 void freeFanout(gpointer data) {
     delete static_cast<std::shared_ptr<CaptureSession::Fanout>*>(data);
-}
-
-GstElement* make(const char* factory) {
-    GstElement* element = gst_element_factory_make(factory, nullptr);
-    if (!element)
-        qFatal("av::CaptureSession: the GStreamer element \"%s\" is missing", factory);
-    return element;
 }
 
 QSize presetSize(const QString& preset) {
@@ -183,102 +173,20 @@ double CaptureSession::frameRateFor(const CaptureDevice& device,
 
 bool CaptureSession::build(std::optional<Error>* problem) {
     pipe = GstHandle<GstElement>(gst_pipeline_new("capture"), GstRef::adopt);
-    GstBin* bin = GST_BIN(pipe.get());
-
-    videoDevice = deviceOf(int(MediaType::video));
-    GstCaps* videoCaps = nullptr;
-    GstCaps* audioCaps = nullptr;
-    if (videoDevice) {
-        format = formatFor(*videoDevice, preset);
-        frameRate = frameRateFor(*videoDevice, format);
-        if (!videoDevice->isConnected()) {
-            *problem = Error(
-                Error::Code::deviceDisconnected,
-                qtTrId("session_camera_no_longer_connected").arg(videoDevice->localizedName()));
-            return false;
-        }
-        if (!format.isValid()) {
-            *problem =
-                Error(Error::Code::sessionNotRunning,
-                      qtTrId("session_camera_offers_no_picture").arg(videoDevice->localizedName()));
-            return false;
-        }
-        if (std::optional<Error> error = videoDevice->sourceProblem()) {
-            *problem = *error;
-            return false;
-        }
-        GstElement* source = videoDevice->createSourceElement();
-        if (!source) {
-            *problem =
-                Error(Error::Code::sessionNotRunning,
-                      qtTrId("session_camera_cannot_opened").arg(videoDevice->localizedName()));
-            return false;
-        }
-        int denominator = 1;
-        const int numerator = fpsFraction(frameRate, &denominator);
-        GstElement* sourceFilter = make("capsfilter");
-        GstCaps* sourceCaps =
-            gst_caps_new_simple(format.mediaType.toUtf8().constData(), "width", G_TYPE_INT,
-                                format.width, "height", G_TYPE_INT, format.height, "framerate",
-                                GST_TYPE_FRACTION, numerator, denominator, nullptr);
-        if (videoDevice->isVirtual())
-            gst_caps_set_simple(sourceCaps, "format", G_TYPE_STRING, "I420", nullptr);
-        // A still picture is scaled to the format; a camera is asked for exactly the format.
-        const bool scaled = videoDevice->uniqueID().startsWith(QStringLiteral("file:"));
-        g_object_set(sourceFilter, "caps", scaled ? nullptr : sourceCaps, nullptr);
-        std::vector<GstElement*> chain{source, sourceFilter};
-        if (format.mediaType == QStringLiteral("image/jpeg"))
-            chain.push_back(make("jpegdec"));
-        if (!videoDevice->isVirtual()) {
-            chain.push_back(make("videoconvert"));
-            chain.push_back(make("videoscale"));
-            chain.push_back(make("videorate"));
-        }
-        videoCaps = gst_caps_new_simple(
-            "video/x-raw", "format", G_TYPE_STRING, "I420", "width", G_TYPE_INT, format.width,
-            "height", G_TYPE_INT, format.height, "framerate", GST_TYPE_FRACTION, numerator,
-            denominator, "pixel-aspect-ratio", GST_TYPE_FRACTION, 1, 1, nullptr);
-        gst_caps_unref(sourceCaps);
-        GstElement* formatFilter = make("capsfilter");
-        g_object_set(formatFilter, "caps", videoCaps, nullptr);
-        chain.push_back(formatFilter);
-        GstElement* zoom = ZoomFilter::create("zoom");
-        g_object_set(zoom, "follow-capture-time", TRUE, nullptr);
-        chain.push_back(zoom);
-        chain.push_back(appSinkFor(MediaType::video));
-        for (GstElement* element : chain)
-            gst_bin_add(bin, element);
-        for (size_t i = 1; i < chain.size(); ++i)
-            if (!gst_element_link(chain[i - 1], chain[i])) {
-                *problem = Error(Error::Code::sessionNotRunning,
-                                 qtTrId("session_camera_cannot_deliver_pictures")
-                                     .arg(videoDevice->localizedName())
-                                     .arg(format.width)
-                                     .arg(format.height));
-                gst_caps_unref(videoCaps);
+    GstHandle<GstCaps> videoCaps;
+    GstHandle<GstCaps> audioCaps;
+    try {
+        videoDevice = deviceOf(int(MediaType::video));
+        if (videoDevice) {
+            videoCaps = buildVideo();
+            if (!videoCaps)
                 return false;
-            }
-        videoDevice->attachPipeline(source, zoom);
-        videoSource = source;
-    }
-
-    if (CaptureDevice* microphone = deviceOf(int(MediaType::audio))) {
-        GstElement* source = microphone->createSourceElement();
-        if (source) {
-            audioCaps = gst_caps_new_simple("audio/x-raw", "format", G_TYPE_STRING, "S16LE", "rate",
-                                            G_TYPE_INT, 48000, "channels", G_TYPE_INT, 2, "layout",
-                                            G_TYPE_STRING, "interleaved", nullptr);
-            GstElement* filter = make("capsfilter");
-            g_object_set(filter, "caps", audioCaps, nullptr);
-            audioSource = source;
-            audioDevice = microphone;
-            GstElement* chain[] = {source, make("audioconvert"), make("audioresample"), filter,
-                                   appSinkFor(MediaType::audio)};
-            for (GstElement* element : chain)
-                gst_bin_add(bin, element);
-            for (size_t i = 1; i < std::size(chain); ++i)
-                gst_element_link(chain[i - 1], chain[i]);
         }
+        if (CaptureDevice* microphone = deviceOf(int(MediaType::audio)))
+            audioCaps = buildAudio(microphone);
+    } catch (const Error& error) {
+        *problem = error;
+        return false;
     }
 
     busWatch =
@@ -294,65 +202,129 @@ bool CaptureSession::build(std::optional<Error>* problem) {
                                  qtTrId("session_camera_could_not_started"));
         if (error && error->code() == Error::Code::deviceDisconnected && videoDevice)
             videoDevice->setDisconnected();
-        if (videoCaps)
-            gst_caps_unref(videoCaps);
-        if (audioCaps)
-            gst_caps_unref(audioCaps);
         return false;
     }
     for (CaptureOutput* output : sessionOutputs)
-        output->sessionDidStart(videoCaps, audioCaps, pipe.get());
-    if (videoCaps)
-        gst_caps_unref(videoCaps);
-    if (audioCaps)
-        gst_caps_unref(audioCaps);
+        output->sessionDidStart(videoCaps.get(), audioCaps.get(), pipe.get());
     return true;
 }
 
+GstElement* CaptureSession::addToPipeline(GstElement* element) {
+    gst_bin_add(GST_BIN(pipe.get()), element);
+    return element;
+}
+
+GstHandle<GstCaps> CaptureSession::buildVideo() {
+    format = formatFor(*videoDevice, preset);
+    frameRate = frameRateFor(*videoDevice, format);
+    if (!videoDevice->isConnected())
+        throw Error(Error::Code::deviceDisconnected,
+                    qtTrId("session_camera_no_longer_connected").arg(videoDevice->localizedName()));
+    if (!format.isValid())
+        throw Error(Error::Code::sessionNotRunning,
+                    qtTrId("session_camera_offers_no_picture").arg(videoDevice->localizedName()));
+    if (std::optional<Error> error = videoDevice->sourceProblem())
+        throw *error;
+    GstElement* source = videoDevice->createSourceElement();
+    if (!source)
+        throw Error(Error::Code::sessionNotRunning,
+                    qtTrId("session_camera_cannot_opened").arg(videoDevice->localizedName()));
+    std::vector<GstElement*> chain{addToPipeline(source)};
+    int denominator = 1;
+    const int numerator = fpsFraction(frameRate, &denominator);
+    GstHandle<GstCaps> sourceCaps(
+        gst_caps_new_simple(format.mediaType.toUtf8().constData(), "width", G_TYPE_INT,
+                            format.width, "height", G_TYPE_INT, format.height, "framerate",
+                            GST_TYPE_FRACTION, numerator, denominator, nullptr),
+        GstRef::adopt);
+    if (videoDevice->isVirtual())
+        gst_caps_set_simple(sourceCaps.get(), "format", G_TYPE_STRING, "I420", nullptr);
+    // A still picture is scaled to the format; a camera is asked for exactly the format.
+    const bool scaled = videoDevice->uniqueID().startsWith(QStringLiteral("file:"));
+    GstElement* sourceFilter = chain.emplace_back(addToPipeline(Gst::make("capsfilter")));
+    g_object_set(sourceFilter, "caps", scaled ? nullptr : sourceCaps.get(), nullptr);
+    if (format.mediaType == QStringLiteral("image/jpeg"))
+        chain.push_back(addToPipeline(Gst::make("jpegdec")));
+    if (!videoDevice->isVirtual())
+        for (const char* factory : {"videoconvert", "videoscale", "videorate"})
+            chain.push_back(addToPipeline(Gst::make(factory)));
+    GstHandle<GstCaps> videoCaps(
+        gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, "I420", "width", G_TYPE_INT,
+                            format.width, "height", G_TYPE_INT, format.height, "framerate",
+                            GST_TYPE_FRACTION, numerator, denominator, "pixel-aspect-ratio",
+                            GST_TYPE_FRACTION, 1, 1, nullptr),
+        GstRef::adopt);
+    GstElement* formatFilter = chain.emplace_back(addToPipeline(Gst::make("capsfilter")));
+    g_object_set(formatFilter, "caps", videoCaps.get(), nullptr);
+    GstElement* zoom = chain.emplace_back(addToPipeline(ZoomFilter::create("zoom")));
+    g_object_set(zoom, "follow-capture-time", TRUE, nullptr);
+    chain.push_back(addToPipeline(appSinkFor(MediaType::video)));
+    for (size_t i = 1; i < chain.size(); ++i)
+        if (!gst_element_link(chain[i - 1], chain[i]))
+            throw Error(Error::Code::sessionNotRunning,
+                        qtTrId("session_camera_cannot_deliver_pictures")
+                            .arg(videoDevice->localizedName())
+                            .arg(format.width)
+                            .arg(format.height));
+    videoDevice->attachPipeline(source, zoom);
+    videoSource = source;
+    return videoCaps;
+}
+
+GstHandle<GstCaps> CaptureSession::buildAudio(CaptureDevice* microphone) {
+    GstElement* source = microphone->createSourceElement();
+    if (!source)
+        return {};
+    GstHandle<GstCaps> audioCaps(gst_caps_new_simple("audio/x-raw", "format", G_TYPE_STRING,
+                                                     "S16LE", "rate", G_TYPE_INT, 48000, "channels",
+                                                     G_TYPE_INT, 2, "layout", G_TYPE_STRING,
+                                                     "interleaved", nullptr),
+                                 GstRef::adopt);
+    audioSource = addToPipeline(source);
+    audioDevice = microphone;
+    GstElement* chain[] = {
+        source, addToPipeline(Gst::make("audioconvert")), addToPipeline(Gst::make("audioresample")),
+        addToPipeline(Gst::make("capsfilter")), addToPipeline(appSinkFor(MediaType::audio))};
+    g_object_set(chain[3], "caps", audioCaps.get(), nullptr);
+    for (size_t i = 1; i < std::size(chain); ++i)
+        gst_element_link(chain[i - 1], chain[i]);
+    return audioCaps;
+}
+
 std::optional<Error> CaptureSession::errorFromBus() {
-    GstBus* bus = gst_element_get_bus(pipe.get());
-    GstMessage* message = gst_bus_pop_filtered(bus, GST_MESSAGE_ERROR);
-    gst_object_unref(bus);
+    GstHandle<GstBus> bus(gst_element_get_bus(pipe.get()), GstRef::adopt);
+    GstHandle<GstMessage> message(gst_bus_pop_filtered(bus.get(), GST_MESSAGE_ERROR),
+                                  GstRef::adopt);
     if (!message)
         return std::nullopt;
-    const Error error = errorFrom(message);
-    gst_message_unref(message);
-    return error;
+    return errorFrom(message.get());
 }
 
 Error CaptureSession::errorFrom(GstMessage* message) const {
-    GError* error = nullptr;
-    gchar* debug = nullptr;
-    gst_message_parse_error(message, &error, &debug);
-    qCWarning(lcAv) << "capture pipeline error:" << error->message << (debug ? debug : "");
+    const GstMessageError error = Gst::errorOf(message);
+    qCWarning(lcAv) << "capture pipeline error:" << error.message << error.debug;
     GstObject* origin = GST_MESSAGE_SRC(message);
     const bool fromCamera =
         videoSource && (origin == GST_OBJECT(videoSource) ||
                         gst_object_has_as_ancestor(origin, GST_OBJECT(videoSource)));
     const QString name = videoDevice ? videoDevice->localizedName() : QString();
-    Error result(Error::Code::sessionNotRunning, QString::fromUtf8(error->message));
-    if (fromCamera && error->domain == GST_RESOURCE_ERROR) {
-        switch (error->code) {
+    if (fromCamera && error.domain == GST_RESOURCE_ERROR) {
+        switch (error.code) {
         case GST_RESOURCE_ERROR_BUSY:
-            result = Error(Error::Code::deviceBusy,
-                           qtTrId("session_camera_use_another_program").arg(name));
-            break;
+            return Error(Error::Code::deviceBusy,
+                         qtTrId("session_camera_use_another_program").arg(name));
         case GST_RESOURCE_ERROR_NOT_AUTHORIZED:
-            result = Error(Error::Code::permissionDenied,
-                           qtTrId("session_tessaro_may_not_use").arg(name));
-            break;
+            return Error(Error::Code::permissionDenied,
+                         qtTrId("session_tessaro_may_not_use").arg(name));
         case GST_RESOURCE_ERROR_READ:
         case GST_RESOURCE_ERROR_NOT_FOUND:
-            result = Error(Error::Code::deviceDisconnected,
-                           qtTrId("session_camera_stopped_delivering_pictures").arg(name));
-            break;
+            return Error(Error::Code::deviceDisconnected,
+                         qtTrId("session_camera_stopped_delivering_pictures").arg(name));
         default:
             break;
         }
     }
-    g_error_free(error);
-    g_free(debug);
-    return result;
+    return Error(Error::Code::sessionNotRunning, error.message);
 }
 
 GstElement* CaptureSession::appSinkFor(MediaType type) {
@@ -362,7 +334,7 @@ GstElement* CaptureSession::appSinkFor(MediaType type) {
         if (output->wantsMedia(type))
             fanout->outputs.push_back(output);
     fanouts.push_back(fanout);
-    GstElement* sink = make("appsink");
+    GstElement* sink = Gst::make("appsink");
     // Every output takes a sample without waiting (the preview keeps the latest frame only, the
     // recording has a queue of its own), so one frame here is all there is to hold.
     g_object_set(sink, "sync", FALSE, "max-buffers", 1, "drop", TRUE, nullptr);
@@ -377,12 +349,10 @@ void CaptureSession::teardown() {
     for (CaptureOutput* output : sessionOutputs)
         output->sessionWillStop();
     busWatch.reset();
-    if (pipe)
-        gst_element_set_state(pipe.get(), GST_STATE_NULL);
+    Gst::stop(pipe);
     for (CaptureInput* input : sessionInputs)
         if (auto* deviceInput = qobject_cast<CaptureDeviceInput*>(input))
             deviceInput->device()->detachPipeline();
-    pipe.reset();
     fanouts.clear();
     videoDevice = nullptr;
     videoSource = nullptr;
@@ -446,10 +416,7 @@ void CaptureSession::handleBusMessage(GstMessage* message) {
     if (audioSource && audioDevice &&
         (origin == GST_OBJECT(audioSource) ||
          gst_object_has_as_ancestor(origin, GST_OBJECT(audioSource)))) {
-        GError* error = nullptr;
-        gst_message_parse_error(message, &error, nullptr);
-        qCWarning(lcAv) << "microphone error:" << (error ? error->message : "");
-        g_clear_error(&error);
+        qCWarning(lcAv) << "microphone error:" << Gst::errorOf(message).message;
         goOnWithoutMicrophone(audioDevice);
         return;
     }

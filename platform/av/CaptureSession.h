@@ -87,6 +87,11 @@ private:
     CaptureDevice* deviceOf(int mediaType) const;
     GstElement* appSinkFor(MediaType type);
     bool build(std::optional<Error>* problem);
+    // The branches of build(); they throw av::Error. buildVideo() needs videoDevice set, and
+    // both give the caps their branch delivers.
+    GstHandle<GstCaps> buildVideo();
+    GstHandle<GstCaps> buildAudio(CaptureDevice* microphone);
+    GstElement* addToPipeline(GstElement* element);
     void teardown();
     void handleBusMessage(GstMessage* message);
     void scheduleRebuild();

@@ -23,21 +23,20 @@ struct Feed {
 
 GstFlowReturn pushFrame(GstAppSink* sink, gpointer data) {
     auto* feed = static_cast<Feed*>(data);
-    GstSample* sample = gst_app_sink_pull_sample(sink);
+    const GstHandle<GstSample> sample(gst_app_sink_pull_sample(sink), GstRef::adopt);
     if (!sample)
         return GST_FLOW_EOS;
-    GstCaps* caps = gst_sample_get_caps(sample);
+    GstCaps* caps = gst_sample_get_caps(sample.get());
     if (caps && (!feed->caps || !gst_caps_is_equal(caps, feed->caps.get()))) {
         feed->caps = GstHandle<GstCaps>(caps, GstRef::add);
         gst_app_src_set_caps(GST_APP_SRC(feed->target.get()), caps);
     }
     // A shallow copy: the pixels are shared. The appsrc stamps it with the session's time.
-    GstBuffer* frame = gst_buffer_copy(gst_sample_get_buffer(sample));
+    GstBuffer* frame = gst_buffer_copy(gst_sample_get_buffer(sample.get()));
     GST_BUFFER_PTS(frame) = GST_CLOCK_TIME_NONE;
     GST_BUFFER_DTS(frame) = GST_CLOCK_TIME_NONE;
     GST_BUFFER_DURATION(frame) = GST_CLOCK_TIME_NONE;
     gst_app_src_push_buffer(GST_APP_SRC(feed->target.get()), frame);
-    gst_sample_unref(sample);
     return GST_FLOW_OK;
 }
 
@@ -47,10 +46,9 @@ void freeFeed(gpointer data) {
 
 // Same file again: playbin switches to it without a gap.
 void playAgain(GstElement* player, gpointer) {
-    gchar* uri = nullptr;
+    g_autofree gchar* uri = nullptr;
     g_object_get(player, "current-uri", &uri, nullptr);
     g_object_set(player, "uri", uri, nullptr);
-    g_free(uri);
 }
 
 Error unusable(const QString& reason) {
@@ -88,15 +86,15 @@ std::optional<Error> headerProblem(const QString& path, bool picture) {
 std::optional<Error> videoProblem(const QString& path, std::chrono::milliseconds patience) {
     Gst::ensureInitialized();
     const QString name = QFileInfo(path).fileName();
-    GstHandle<GstElement> player(gst_element_factory_make("playbin", nullptr), GstRef::adopt);
-    GstElement* sink = gst_element_factory_make("appsink", nullptr);
-    if (!player || !sink)
+    if (!Gst::exists("playbin") || !Gst::exists("appsink") || !Gst::exists("fakesink"))
         return std::nullopt;
+    GstHandle<GstElement> player(Gst::make("playbin"), GstRef::adopt);
+    GstElement* sink = Gst::make("appsink");
     g_object_set(sink, "sync", FALSE, nullptr);
     const QByteArray uri = QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()).toEncoded();
     constexpr guint videoOnly = 1;
     g_object_set(player.get(), "uri", uri.constData(), "video-sink", sink, "audio-sink",
-                 gst_element_factory_make("fakesink", nullptr), "flags", videoOnly, nullptr);
+                 Gst::make("fakesink"), "flags", videoOnly, nullptr);
     GstHandle<GstBus> bus(gst_element_get_bus(player.get()), GstRef::adopt);
     gst_element_set_state(player.get(), GST_STATE_PAUSED);
     // Prerolled (a first picture, or the end without one), failed, or no answer in time.
@@ -106,26 +104,16 @@ std::optional<Error> videoProblem(const QString& path, std::chrono::milliseconds
         GstRef::adopt);
     std::optional<Error> problem;
     if (answer && GST_MESSAGE_TYPE(answer.get()) == GST_MESSAGE_ERROR) {
-        GError* error = nullptr;
-        gst_message_parse_error(answer.get(), &error, nullptr);
         problem = unusable(qtTrId("camfile_camera_file_not_picture_2")
-                               .arg(name, QString::fromUtf8(error->message)));
-        g_error_free(error);
+                               .arg(name, Gst::errorOf(answer.get()).message));
     } else if (answer) {
         GstHandle<GstSample> first(gst_app_sink_try_pull_preroll(GST_APP_SINK(sink), 0),
                                    GstRef::adopt);
         if (!first)
             problem = unusable(qtTrId("camfile_video_holds_no_picture").arg(name));
     }
-    gst_element_set_state(player.get(), GST_STATE_NULL);
+    Gst::stop(player);
     return problem;
-}
-
-GstElement* make(const char* factory, const char* name) {
-    GstElement* element = gst_element_factory_make(factory, name);
-    if (!element)
-        qFatal("av::FileCameraDevice: the GStreamer element \"%s\" is missing", factory);
-    return element;
 }
 
 } // namespace
@@ -172,49 +160,48 @@ GstElement* FileCameraDevice::createPictureSource() const {
         QFileInfo(filePath).suffix().toLower() == QStringLiteral("png") ? "pngdec" : "jpegdec";
     const QByteArray description =
         "filesrc name=file ! " + decoder + " ! videoconvert ! imagefreeze is-live=true";
-    GError* error = nullptr;
+    g_autoptr(GError) error = nullptr;
     GstElement* bin = gst_parse_bin_from_description(description.constData(), TRUE, &error);
-    if (!bin) {
-        g_clear_error(&error);
+    if (!bin)
         return nullptr;
-    }
-    GstElement* file = gst_bin_get_by_name(GST_BIN(bin), "file");
-    g_object_set(file, "location", filePath.toUtf8().constData(), nullptr);
-    gst_object_unref(file);
+    GstHandle<GstElement> file(gst_bin_get_by_name(GST_BIN(bin), "file"), GstRef::adopt);
+    g_object_set(file.get(), "location", filePath.toUtf8().constData(), nullptr);
     return bin;
 }
 
 GstElement* FileCameraDevice::createVideoSource() const {
-    GstElement* bin = gst_bin_new(nullptr);
-    g_object_set(bin, "async-handling", TRUE, nullptr);
-    GstElement* source = make("appsrc", "frames");
+    // Every element made before the bin, so a missing one leaves nothing behind.
+    const GstHandle<GstElement> source(Gst::make("appsrc", "frames"), GstRef::adopt);
+    const GstHandle<GstElement> sink(Gst::make("appsink"), GstRef::adopt);
+    const GstHandle<GstElement> player(Gst::make("playbin", "player"), GstRef::adopt);
+    const GstHandle<GstElement> silence(Gst::make("fakesink"), GstRef::adopt);
+
     // A live source like a camera: the newest frame wins when the session falls behind. Its
     // caps are the first frame's.
-    g_object_set(source, "is-live", TRUE, "do-timestamp", TRUE, "format", GST_FORMAT_TIME,
+    g_object_set(source.get(), "is-live", TRUE, "do-timestamp", TRUE, "format", GST_FORMAT_TIME,
                  "max-buffers", guint64(2), "leaky-type", GST_APP_LEAKY_TYPE_DOWNSTREAM, nullptr);
 
-    GstElement* sink = make("appsink", nullptr);
-    GstCaps* frames = gst_caps_from_string("video/x-raw, format=I420");
+    const GstHandle<GstCaps> frames(gst_caps_from_string("video/x-raw, format=I420"),
+                                    GstRef::adopt);
     // Paced at the file's own speed; a frame late on a busy machine is left out.
-    g_object_set(sink, "caps", frames, "sync", TRUE, "max-buffers", 2, nullptr);
-    gst_caps_unref(frames);
+    g_object_set(sink.get(), "caps", frames.get(), "sync", TRUE, "max-buffers", 2, nullptr);
     GstAppSinkCallbacks callbacks{};
     callbacks.new_sample = pushFrame;
-    gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks,
-                               new Feed{GstHandle<GstElement>(source, GstRef::add), {}}, freeFeed);
+    gst_app_sink_set_callbacks(GST_APP_SINK(sink.get()), &callbacks, new Feed{source, {}},
+                               freeFeed);
 
-    GstElement* player = make("playbin", "player");
     const QByteArray uri = QUrl::fromLocalFile(QFileInfo(filePath).absoluteFilePath()).toEncoded();
     constexpr guint videoOnly = 1; // GST_PLAY_FLAG_VIDEO: no sound, no subtitles
     // An audio sink of our own, or playbin tries (and opens) the machine's to check the sound.
-    g_object_set(player, "uri", uri.constData(), "video-sink", sink, "audio-sink",
-                 make("fakesink", nullptr), "flags", videoOnly, nullptr);
-    g_signal_connect(player, "about-to-finish", G_CALLBACK(playAgain), nullptr);
+    g_object_set(player.get(), "uri", uri.constData(), "video-sink", sink.get(), "audio-sink",
+                 silence.get(), "flags", videoOnly, nullptr);
+    g_signal_connect(player.get(), "about-to-finish", G_CALLBACK(playAgain), nullptr);
 
-    gst_bin_add_many(GST_BIN(bin), player, source, nullptr);
-    GstPad* pad = gst_element_get_static_pad(source, "src");
-    gst_element_add_pad(bin, gst_ghost_pad_new("src", pad));
-    gst_object_unref(pad);
+    GstElement* bin = gst_bin_new(nullptr);
+    g_object_set(bin, "async-handling", TRUE, nullptr);
+    gst_bin_add_many(GST_BIN(bin), player.get(), source.get(), nullptr);
+    const GstHandle<GstPad> pad(gst_element_get_static_pad(source.get(), "src"), GstRef::adopt);
+    gst_element_add_pad(bin, gst_ghost_pad_new("src", pad.get()));
     return bin;
 }
 

@@ -1,11 +1,12 @@
 #include "platform/av/Gst.h"
 
+#include "platform/av/Error.h"
 #include "platform/av/GstHandle.h"
 
 #include "platform/av/VirtualCameraSource.h"
 #include "platform/av/ZoomFilter.h"
 
-#include <gst/gst.h>
+#include <QCoreApplication>
 
 #include <malloc.h>
 
@@ -38,8 +39,49 @@ bool Gst::runToEnd(const QByteArray& launch, std::chrono::milliseconds timeout) 
         gst_bus_timed_pop_filtered(bus.get(), GstClockTime(timeout.count()) * GST_MSECOND,
                                    GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)),
         GstRef::adopt);
-    gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+    stop(pipeline);
     return end && GST_MESSAGE_TYPE(end.get()) == GST_MESSAGE_EOS;
+}
+
+GstElement* Gst::make(const char* factory, const char* name) {
+    GstElement* element = gst_element_factory_make(factory, name);
+    if (!element)
+        throw Error(
+            Error::Code::encoderMissing,
+            qtTrId("writer_tessaro_cannot_record_gstreamer").arg(QString::fromUtf8(factory)));
+    return element;
+}
+
+void Gst::stop(GstHandle<GstElement>& pipeline) {
+    if (pipeline)
+        gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+    pipeline.reset();
+}
+
+bool Gst::exists(const char* factory) {
+    return bool(GstHandle<GstElementFactory>(gst_element_factory_find(factory), GstRef::adopt));
+}
+
+GstMessageError Gst::errorOf(GstMessage* message) {
+    g_autoptr(GError) error = nullptr;
+    g_autofree gchar* debug = nullptr;
+    switch (GST_MESSAGE_TYPE(message)) {
+    case GST_MESSAGE_ERROR:
+        gst_message_parse_error(message, &error, &debug);
+        break;
+    case GST_MESSAGE_WARNING:
+        gst_message_parse_warning(message, &error, &debug);
+        break;
+    case GST_MESSAGE_INFO:
+        gst_message_parse_info(message, &error, &debug);
+        break;
+    default:
+        break;
+    }
+    if (!error)
+        return {};
+    return {error->domain, error->code, QString::fromUtf8(error->message),
+            QString::fromUtf8(debug)};
 }
 
 } // namespace av

@@ -5,6 +5,15 @@
 #include <type_traits>
 #include <utility>
 
+// Ownership of GStreamer and GLib objects, one way throughout:
+// - GstHandle holds every reference-counted object: any GObject (elements, pads, buses, clocks,
+//   pools, devices, discoverers) and every mini object (caps, buffers, samples, messages ...).
+// - g_autoptr / g_autofree only for what is not reference counted and so cannot be a handle:
+//   GError, strings, GstStructure, lists (g_autolist).
+// - ObjectLock for the object lock; av::Gst::make for elements; av::Gst::errorOf for the error
+//   or warning a message carries.
+// A bare gst_object_unref or gst_caps_unref outside this header is refused by the test suite.
+
 namespace av {
 
 // How a GstHandle takes its pointer: adopting the reference the caller owns (a floating one is
@@ -29,35 +38,35 @@ inline constexpr bool isMiniObject =
 template <typename T> class GstHandle {
 public:
     GstHandle() = default;
-    GstHandle(T* pointer, GstRef how) : m_pointer(pointer) {
-        if (!m_pointer)
+    GstHandle(T* pointer, GstRef how) : held(pointer) {
+        if (!held)
             return;
         if constexpr (detail::isMiniObject<T>) {
             if (how == GstRef::add)
-                gst_mini_object_ref(GST_MINI_OBJECT_CAST(m_pointer));
+                gst_mini_object_ref(GST_MINI_OBJECT_CAST(held));
         } else if (how == GstRef::add) {
-            g_object_ref(m_pointer);
-        } else if (g_object_is_floating(m_pointer)) {
-            g_object_ref_sink(m_pointer);
+            g_object_ref(held);
+        } else if (g_object_is_floating(held)) {
+            g_object_ref_sink(held);
         }
     }
-    GstHandle(const GstHandle& other) : GstHandle(other.m_pointer, GstRef::add) {}
-    GstHandle(GstHandle&& other) noexcept : m_pointer(std::exchange(other.m_pointer, nullptr)) {}
+    GstHandle(const GstHandle& other) : GstHandle(other.held, GstRef::add) {}
+    GstHandle(GstHandle&& other) noexcept : held(std::exchange(other.held, nullptr)) {}
     GstHandle& operator=(GstHandle other) noexcept {
-        std::swap(m_pointer, other.m_pointer);
+        std::swap(held, other.held);
         return *this;
     }
     ~GstHandle() { reset(); }
 
-    T* get() const { return m_pointer; }
-    T* operator->() const { return m_pointer; }
-    explicit operator bool() const { return m_pointer != nullptr; }
+    T* get() const { return held; }
+    T* operator->() const { return held; }
+    explicit operator bool() const { return held != nullptr; }
 
     // Hands the reference to the caller, for APIs that take ownership ("transfer full").
-    [[nodiscard]] T* release() { return std::exchange(m_pointer, nullptr); }
+    [[nodiscard]] T* release() { return std::exchange(held, nullptr); }
 
     void reset() {
-        if (T* pointer = std::exchange(m_pointer, nullptr)) {
+        if (T* pointer = std::exchange(held, nullptr)) {
             if constexpr (detail::isMiniObject<T>)
                 gst_mini_object_unref(GST_MINI_OBJECT_CAST(pointer));
             else
@@ -66,7 +75,21 @@ public:
     }
 
 private:
-    T* m_pointer = nullptr;
+    T* held = nullptr;
+};
+
+// Holds a GstObject's object lock for a scope.
+class ObjectLock {
+public:
+    explicit ObjectLock(gpointer object) : object(GST_OBJECT_CAST(object)) {
+        GST_OBJECT_LOCK(this->object);
+    }
+    ~ObjectLock() { GST_OBJECT_UNLOCK(object); }
+    ObjectLock(const ObjectLock&) = delete;
+    ObjectLock& operator=(const ObjectLock&) = delete;
+
+private:
+    GstObject* object;
 };
 
 } // namespace av

@@ -4,7 +4,6 @@
 #include "platform/av/GstHandle.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <gst/audio/audio.h>
 #include <gst/gst.h>
@@ -12,7 +11,6 @@
 #include <chrono>
 #include <deque>
 #include <memory>
-#include <optional>
 
 namespace av {
 
@@ -25,8 +23,9 @@ namespace av {
 // The push functions are called from the session's streaming threads, one call at a time.
 class MovieWriter {
 public:
-    // Throws av::Error: encoderMissing when there is no H.264 encoder, recordingFailed when the
-    // pipeline cannot start. audioCaps may be null: the movie then has no sound.
+    // The encoders are EncoderChoice's. Throws av::Error: encoderMissing when there is no H.264
+    // encoder, recordingFailed when the pipeline cannot start. audioCaps may be null: the movie
+    // then has no sound.
     MovieWriter(const QString& path, GstCaps* videoCaps, GstCaps* audioCaps, int rotationDegrees,
                 BusWatch::Handler onMessage);
     ~MovieWriter();
@@ -47,25 +46,6 @@ public:
     // GUI thread: waits for end-of-stream or an error, whichever comes first, dropping other
     // messages. Null when neither came in time.
     GstHandle<GstMessage> waitForEnd(std::chrono::milliseconds timeout);
-
-    // The H.264 encoder a recording of this format gets: a hardware encoder that has shown it
-    // can encode this size, otherwise x264enc (also while the size is still being probed: it
-    // never waits). Empty when there is none. Any thread.
-    static QString chooseVideoEncoder(GstCaps* videoCaps);
-    // Tries the hardware encoders on this size on a worker thread, once per size for the
-    // process; returns at once. Any thread.
-    static void probeVideoEncoders(GstCaps* videoCaps);
-    // True once the probe of this size has answered.
-    static bool videoEncodersProbed(GstCaps* videoCaps);
-    // Tests see a machine whose only H.264 encoders are these (an empty list: none at all);
-    // nullopt goes back to what is installed.
-    static void setVideoEncodersForTesting(std::optional<QStringList> factories);
-    // Loads the plugins a recording with this encoder needs, so the first press of record does
-    // not wait for them (a fifth of a second on a small machine). Any thread.
-    static void loadPlugins(const QString& videoEncoder);
-    // Target bit rate in kbit/s: 17 Mbit/s at 1080p30, 25 at 1080p60, 45 at 2160p30, and a
-    // power law between and beyond them.
-    static int videoBitrate(int width, int height, double frameRate);
 
 private:
     bool hasOrigin() const { return GST_CLOCK_TIME_IS_VALID(origin); }

@@ -1,7 +1,8 @@
 #include "platform/av/PictureZoom.h"
 
 #include "platform/av/Gst.h"
-#include "platform/av/VirtualCameraSource.h"
+#include "platform/av/GstHandle.h"
+#include "platform/av/VirtualCameraRenderer.h"
 
 #include <QPainter>
 
@@ -71,14 +72,15 @@ PictureZoom::Reference PictureZoom::still(const QImage& picture, QSize frameSize
 PictureZoom::Reference PictureZoom::virtualScene() {
     Gst::ensureInitialized();
     const int height = sceneWidth * 9 / 16;
-    auto renderer = std::make_shared<VirtualCameraSource::Renderer>(sceneWidth, height, false);
+    auto renderer = std::make_shared<VirtualCameraRenderer>(sceneWidth, height, false);
     return [renderer, height](double zoom) {
         GstVideoInfo info;
         gst_video_info_set_format(&info, GST_VIDEO_FORMAT_I420, sceneWidth, height);
-        GstBuffer* buffer = gst_buffer_new_allocate(nullptr, info.size, nullptr);
+        const GstHandle<GstBuffer> buffer(gst_buffer_new_allocate(nullptr, info.size, nullptr),
+                                          GstRef::adopt);
         QImage luma(sceneWidth, height, QImage::Format_Grayscale8);
         GstVideoFrame frame;
-        if (gst_video_frame_map(&frame, &info, buffer, GST_MAP_READWRITE)) {
+        if (gst_video_frame_map(&frame, &info, buffer.get(), GST_MAP_READWRITE)) {
             renderer->render(&frame, zoom, false, 0);
             const auto* plane = static_cast<const uchar*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, 0));
             const int stride = GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 0);
@@ -86,7 +88,6 @@ PictureZoom::Reference PictureZoom::virtualScene() {
                 std::copy_n(plane + y * stride, sceneWidth, luma.scanLine(y));
             gst_video_frame_unmap(&frame);
         }
-        gst_buffer_unref(buffer);
         return luma;
     };
 }

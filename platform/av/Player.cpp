@@ -42,10 +42,8 @@ GstPadProbeReturn fade(GstPad* pad, GstPadProbeInfo* info, gpointer data) {
     const GstClockTime start = GST_BUFFER_PTS(buffer);
     const auto fadeLength = GstClockTime(fadeSeconds * GST_SECOND);
     GstAudioInfo format;
-    GstCaps* caps = gst_pad_get_current_caps(pad);
-    const bool known = caps && gst_audio_info_from_caps(&format, caps);
-    if (caps)
-        gst_caps_unref(caps);
+    const GstHandle<GstCaps> caps(gst_pad_get_current_caps(pad), GstRef::adopt);
+    const bool known = caps && gst_audio_info_from_caps(&format, caps.get());
     if (!known || !GST_CLOCK_TIME_IS_VALID(start) || format.finfo->format != GST_AUDIO_FORMAT_F32LE)
         return GST_PAD_PROBE_OK;
     const gsize frames = gst_buffer_get_size(buffer) / gsize(format.bpf);
@@ -75,13 +73,12 @@ GstPadProbeReturn fade(GstPad* pad, GstPadProbeInfo* info, gpointer data) {
     return GST_PAD_PROBE_OK;
 }
 
-GstElement* parseBin(const char* description) {
-    GError* error = nullptr;
-    GstElement* bin = gst_parse_bin_from_description(description, TRUE, &error);
-    if (error) {
+GstHandle<GstElement> parseBin(const char* description) {
+    g_autoptr(GError) error = nullptr;
+    GstHandle<GstElement> bin(gst_parse_bin_from_description(description, TRUE, &error),
+                              GstRef::adopt);
+    if (error)
         qCWarning(lcAv) << "Cannot build" << description << ":" << error->message;
-        g_clear_error(&error);
-    }
     return bin;
 }
 
@@ -106,26 +103,24 @@ Player::~Player() {
     // Stopping joins the streaming threads, which can take longer than a frame; the global pool
     // is drained before the application object goes.
     if (playbin)
-        QThreadPool::globalInstance()->start([pipeline = std::move(playbin)] {
-            gst_element_set_state(pipeline.get(), GST_STATE_NULL);
-        });
+        QThreadPool::globalInstance()->start(
+            [pipeline = std::move(playbin)]() mutable { Gst::stop(pipeline); });
 }
 
 void Player::build(bool fakeAudio) {
     playbin = GstHandle<GstElement>(gst_element_factory_make("playbin", nullptr), GstRef::adopt);
-    GstElement* video = parseBin("videoflip video-direction=auto ! videoconvert ! "
-                                 "appsink name=frames caps=video/x-raw,format=I420 sync=true "
-                                 "enable-last-sample=false");
-    GstElement* audio = parseBin(
+    GstHandle<GstElement> video =
+        parseBin("videoflip video-direction=auto ! videoconvert ! "
+                 "appsink name=frames caps=video/x-raw,format=I420 sync=true "
+                 "enable-last-sample=false");
+    GstHandle<GstElement> audio = parseBin(
         "audioconvert ! capsfilter name=fade caps=audio/x-raw,format=F32LE,layout=interleaved");
     if (!playbin || !video || !audio) {
-        for (GstElement* bin : {video, audio})
-            if (bin)
-                gst_object_unref(gst_object_ref_sink(bin));
         fail(qtTrId("player_clip_cannot_played_gstreamer"));
         return;
     }
-    GstHandle<GstElement> frames(gst_bin_get_by_name(GST_BIN(video), "frames"), GstRef::adopt);
+    GstHandle<GstElement> frames(gst_bin_get_by_name(GST_BIN(video.get()), "frames"),
+                                 GstRef::adopt);
     // A pass's end as shown: the end-of-segment event follows the last frame into the sink.
     GstHandle<GstPad> shown(gst_element_get_static_pad(frames.get(), "sink"), GstRef::adopt);
     gst_pad_add_probe(
@@ -146,7 +141,7 @@ void Player::build(bool fakeAudio) {
     gst_app_sink_set_callbacks(GST_APP_SINK(frames.get()), &callbacks,
                                new std::shared_ptr<Link>(link), &Player::releaseLink);
 
-    GstHandle<GstElement> fader(gst_bin_get_by_name(GST_BIN(audio), "fade"), GstRef::adopt);
+    GstHandle<GstElement> fader(gst_bin_get_by_name(GST_BIN(audio.get()), "fade"), GstRef::adopt);
     GstHandle<GstPad> faded(gst_element_get_static_pad(fader.get(), "src"), GstRef::adopt);
     gst_pad_add_probe(faded.get(), GST_PAD_PROBE_TYPE_BUFFER, fade,
                       new std::shared_ptr<std::atomic<gint64>>(fadeEnd), [](gpointer data) {
@@ -170,9 +165,9 @@ void Player::build(bool fakeAudio) {
 
     constexpr guint videoAndSound = 0x1 | 0x2 | 0x10; // video, audio, soft volume
     g_object_set(playbin.get(), "uri",
-                 item->url().toString(QUrl::FullyEncoded).toUtf8().constData(), "video-sink", video,
-                 "audio-sink", audioSink, "audio-filter", audio, "flags", videoAndSound, "mute",
-                 gboolean(muted), nullptr);
+                 item->url().toString(QUrl::FullyEncoded).toUtf8().constData(), "video-sink",
+                 video.get(), "audio-sink", audioSink, "audio-filter", audio.get(), "flags",
+                 videoAndSound, "mute", gboolean(muted), nullptr);
 
     busWatch = std::make_unique<BusWatch>(gst_element_get_bus(playbin.get()),
                                           [this](GstMessage* message) { handleMessage(message); });
@@ -181,10 +176,8 @@ void Player::build(bool fakeAudio) {
 }
 
 void Player::teardown() {
-    if (playbin)
-        gst_element_set_state(playbin.get(), GST_STATE_NULL);
     busWatch.reset();
-    playbin.reset();
+    Gst::stop(playbin);
     audioSink = nullptr;
     segmented = false;
     atEnd = false;
@@ -216,10 +209,7 @@ void Player::handleMessage(GstMessage* message) {
         handleEnd();
         break;
     case GST_MESSAGE_ERROR: {
-        GError* error = nullptr;
-        gst_message_parse_error(message, &error, nullptr);
-        const QString text = QString::fromUtf8(error ? error->message : "");
-        g_clear_error(&error);
+        const QString text = Gst::errorOf(message).message;
         if (!silent && comesFromAudioSink(message)) {
             qCWarning(lcAv).noquote()
                 << "The sound device failed (" << text << "); the clip plays silently";

@@ -9,20 +9,14 @@ namespace av {
 namespace {
 
 QString stringProperty(GstDevice* device, const char* name) {
-    GstStructure* properties = gst_device_get_properties(device);
-    if (!properties)
-        return {};
-    const gchar* value = gst_structure_get_string(properties, name);
-    QString result = value ? QString::fromUtf8(value) : QString();
-    gst_structure_free(properties);
-    return result;
+    g_autoptr(GstStructure) properties = gst_device_get_properties(device);
+    const gchar* value = properties ? gst_structure_get_string(properties, name) : nullptr;
+    return value ? QString::fromUtf8(value) : QString();
 }
 
 QString displayNameOf(GstDevice* device) {
-    gchar* name = gst_device_get_display_name(device);
-    QString result = QString::fromUtf8(name);
-    g_free(name);
-    return result;
+    g_autofree gchar* name = gst_device_get_display_name(device);
+    return QString::fromUtf8(name);
 }
 
 QString nodeOf(GstDevice* device) {
@@ -71,10 +65,8 @@ SystemCaptureDevice::SystemCaptureDevice(GstDevice* gstDevice, QObject* parent)
                     positionOf(gstDevice), parent),
       device(gstDevice, GstRef::add), path(nodeOf(gstDevice)) {
     if (mediaType() == MediaType::video) {
-        GstCaps* caps = gst_device_get_caps(gstDevice);
-        setFormats(formatsFromCaps(caps));
-        if (caps)
-            gst_caps_unref(caps);
+        const GstHandle<GstCaps> caps(gst_device_get_caps(gstDevice), GstRef::adopt);
+        setFormats(formatsFromCaps(caps.get()));
         // The device monitor opened the node for its caps already; one more look costs nothing new.
         const V4l2Controls node = controls();
         setTorchSupported(node.hasTorch());
@@ -127,12 +119,10 @@ bool SystemCaptureDevice::isUsableCamera(GstDevice* device) {
         displayName.endsWith(QStringLiteral(" IR"), Qt::CaseInsensitive))
         return false;
     // A sensor that only delivers grey pictures is an infrared one (face login cameras).
-    GstCaps* caps = gst_device_get_caps(device);
-    bool onlyGrey = caps && gst_caps_get_size(caps) > 0;
-    for (guint i = 0; caps && i < gst_caps_get_size(caps); ++i)
-        onlyGrey = onlyGrey && isGrey(gst_caps_get_structure(caps, i));
-    if (caps)
-        gst_caps_unref(caps);
+    const GstHandle<GstCaps> caps(gst_device_get_caps(device), GstRef::adopt);
+    bool onlyGrey = caps && gst_caps_get_size(caps.get()) > 0;
+    for (guint i = 0; caps && i < gst_caps_get_size(caps.get()); ++i)
+        onlyGrey = onlyGrey && isGrey(gst_caps_get_structure(caps.get(), i));
     return !onlyGrey;
 }
 

@@ -1,5 +1,7 @@
 #include "platform/av/VideoFrameConverter.h"
 
+#include "platform/av/GstHandle.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -203,8 +205,8 @@ bool VideoFrameConverter::scaleSmoothly(GstVideoFrame* frame, const QRectF& targ
             GST_VIDEO_CONVERTER_OPT_DEST_HEIGHT, G_TYPE_INT, shown.height(),
             GST_VIDEO_CONVERTER_OPT_RESAMPLER_METHOD, GST_TYPE_VIDEO_RESAMPLER_METHOD,
             GST_VIDEO_RESAMPLER_METHOD_LINEAR, GST_VIDEO_RESAMPLER_OPT_MAX_TAPS, G_TYPE_INT, 2,
-            GST_VIDEO_CONVERTER_OPT_FILL_BORDER, G_TYPE_BOOLEAN,
-            FALSE, GST_VIDEO_CONVERTER_OPT_DITHER_METHOD, GST_TYPE_VIDEO_DITHER_METHOD,
+            GST_VIDEO_CONVERTER_OPT_FILL_BORDER, G_TYPE_BOOLEAN, FALSE,
+            GST_VIDEO_CONVERTER_OPT_DITHER_METHOD, GST_TYPE_VIDEO_DITHER_METHOD,
             GST_VIDEO_DITHER_NONE, GST_VIDEO_CONVERTER_OPT_THREADS, G_TYPE_UINT, 1u, nullptr);
         GstVideoConverter* made = gst_video_converter_new(&frame->info, &out, config);
         if (!made)
@@ -214,16 +216,16 @@ bool VideoFrameConverter::scaleSmoothly(GstVideoFrame* frame, const QRectF& targ
     }
     // The image's own memory, lent to GStreamer for the length of the conversion.
     uchar* bits = image->bits();
-    GstBuffer* wrapped =
+    const GstHandle<GstBuffer> wrapped(
         gst_buffer_new_wrapped_full(GstMemoryFlags(0), bits, gsize(image->sizeInBytes()), 0,
-                                    gsize(image->sizeInBytes()), nullptr, nullptr);
+                                    gsize(image->sizeInBytes()), nullptr, nullptr),
+        GstRef::adopt);
     GstVideoFrame target_frame;
-    const bool mapped = gst_video_frame_map(&target_frame, &out, wrapped, GST_MAP_WRITE);
+    const bool mapped = gst_video_frame_map(&target_frame, &out, wrapped.get(), GST_MAP_WRITE);
     if (mapped) {
         gst_video_converter_frame(smooth.get(), frame, &target_frame);
         gst_video_frame_unmap(&target_frame);
     }
-    gst_buffer_unref(wrapped);
     return mapped;
 }
 

@@ -1,5 +1,7 @@
 #include "platform/av/ZoomFilter.h"
 
+#include "platform/av/GstHandle.h"
+
 #include <gst/video/gstvideofilter.h>
 #include <gst/video/video.h>
 
@@ -182,77 +184,78 @@ private:
     void interpolateRow(const std::uint8_t* source, std::uint8_t* out) const;
     void interpolateBytes(const std::uint8_t* source, std::uint8_t* out, std::size_t begin,
                           std::size_t end) const;
-    int m_width = 0;
-    int m_height = 0;
-    int m_pixelStride = 0;
-    double m_zoom = 0.0;
-    std::size_t m_rowBytes = 0;
-    std::vector<Tap> m_columns;
-    std::vector<Tap> m_rows;
+    int planeWidth = 0;
+    int planeHeight = 0;
+    int planePixelStride = 0;
+    double planeZoom = 0.0;
+    std::size_t rowBytes = 0;
+    std::vector<Tap> columnTaps;
+    std::vector<Tap> rowTaps;
     // Per output byte: offset of the left tap in the source row, and the right tap's weight.
-    std::vector<int> m_left;
-    std::vector<std::uint16_t> m_weight;
-    std::vector<Block> m_blocks;
-    std::array<std::vector<std::uint8_t>, 2> m_cache;
-    std::array<int, 2> m_cachedRow{-1, -1};
+    std::vector<int> leftOffsets;
+    std::vector<std::uint16_t> rightWeights;
+    std::vector<Block> blocks;
+    std::array<std::vector<std::uint8_t>, 2> rowCache;
+    std::array<int, 2> cachedRow{-1, -1};
 };
 
 void PlaneScaler::configure(int width, int height, int pixelStride, double zoom) {
-    if (width == m_width && height == m_height && pixelStride == m_pixelStride && zoom == m_zoom)
+    if (width == planeWidth && height == planeHeight && pixelStride == planePixelStride &&
+        zoom == planeZoom)
         return;
-    m_width = width;
-    m_height = height;
-    m_pixelStride = pixelStride;
-    m_zoom = zoom;
-    m_rowBytes = std::size_t(width) * std::size_t(pixelStride);
+    planeWidth = width;
+    planeHeight = height;
+    planePixelStride = pixelStride;
+    planeZoom = zoom;
+    rowBytes = std::size_t(width) * std::size_t(pixelStride);
 
-    mapAxis(width, zoom, m_columns);
-    mapAxis(height, zoom, m_rows);
-    m_left.resize(m_rowBytes);
-    m_weight.resize(m_rowBytes);
-    for (std::size_t byte = 0; byte < m_rowBytes; ++byte) {
-        const Tap& tap = m_columns[byte / std::size_t(pixelStride)];
-        m_left[byte] = tap.index * pixelStride + int(byte % std::size_t(pixelStride));
-        m_weight[byte] = std::uint16_t(tap.weight);
+    mapAxis(width, zoom, columnTaps);
+    mapAxis(height, zoom, rowTaps);
+    leftOffsets.resize(rowBytes);
+    rightWeights.resize(rowBytes);
+    for (std::size_t byte = 0; byte < rowBytes; ++byte) {
+        const Tap& tap = columnTaps[byte / std::size_t(pixelStride)];
+        leftOffsets[byte] = tap.index * pixelStride + int(byte % std::size_t(pixelStride));
+        rightWeights[byte] = std::uint16_t(tap.weight);
     }
 
-    m_blocks.resize((m_rowBytes + 15) / 16);
-    for (std::size_t b = 0; b < m_blocks.size(); ++b) {
-        Block& block = m_blocks[b];
+    blocks.resize((rowBytes + 15) / 16);
+    for (std::size_t b = 0; b < blocks.size(); ++b) {
+        Block& block = blocks[b];
         const std::size_t first = b * 16;
-        block.base = m_left[first];
+        block.base = leftOffsets[first];
         // The right-hand load reads 16 bytes from base + pixelStride; it must stay in the row.
-        block.gathered = width >= 2 && first + 16 <= m_rowBytes &&
-                         m_left[first + 15] - block.base < 16 &&
-                         std::size_t(block.base + pixelStride + 16) <= m_rowBytes;
+        block.gathered = width >= 2 && first + 16 <= rowBytes &&
+                         leftOffsets[first + 15] - block.base < 16 &&
+                         std::size_t(block.base + pixelStride + 16) <= rowBytes;
         for (std::size_t k = 0; k < 16; ++k) {
-            const std::size_t byte = std::min(first + k, m_rowBytes - 1);
-            block.shuffle[k] = std::uint8_t(block.gathered ? m_left[byte] - block.base : 0);
-            block.weight[k] = m_weight[byte];
+            const std::size_t byte = std::min(first + k, rowBytes - 1);
+            block.shuffle[k] = std::uint8_t(block.gathered ? leftOffsets[byte] - block.base : 0);
+            block.weight[k] = rightWeights[byte];
         }
     }
 
-    for (auto& row : m_cache)
-        row.resize(m_rowBytes);
+    for (auto& row : rowCache)
+        row.resize(rowBytes);
 }
 
 void PlaneScaler::scale(const std::uint8_t* source, int sourceStride, std::uint8_t* out,
                         int outStride) {
-    m_cachedRow = {-1, -1};
-    for (int y = 0; y < m_height; ++y, out += outStride) {
-        const Tap& row = m_rows[std::size_t(y)];
+    cachedRow = {-1, -1};
+    for (int y = 0; y < planeHeight; ++y, out += outStride) {
+        const Tap& row = rowTaps[std::size_t(y)];
         const int below = row.index + 1;
         const std::uint8_t* top =
             sourceRow(source, sourceStride, row.index, row.weight ? below : -1);
         if (row.weight == 0) {
-            std::memcpy(out, top, m_rowBytes);
+            std::memcpy(out, top, rowBytes);
             continue;
         }
         const std::uint8_t* bottom = sourceRow(source, sourceStride, below, row.index);
         if (row.weight == 256)
-            std::memcpy(out, bottom, m_rowBytes);
+            std::memcpy(out, bottom, rowBytes);
         else
-            blendRows(top, bottom, out, m_rowBytes, row.weight);
+            blendRows(top, bottom, out, rowBytes, row.weight);
     }
 }
 
@@ -261,18 +264,18 @@ void PlaneScaler::scale(const std::uint8_t* source, int sourceStride, std::uint8
 const std::uint8_t* PlaneScaler::sourceRow(const std::uint8_t* source, int sourceStride, int row,
                                            int keep) {
     for (std::size_t slot = 0; slot < 2; ++slot) {
-        if (m_cachedRow[slot] == row)
-            return m_cache[slot].data();
+        if (cachedRow[slot] == row)
+            return rowCache[slot].data();
     }
-    const std::size_t slot = m_cachedRow[0] == keep ? 1 : 0;
-    interpolateRow(source + std::ptrdiff_t(row) * sourceStride, m_cache[slot].data());
-    m_cachedRow[slot] = row;
-    return m_cache[slot].data();
+    const std::size_t slot = cachedRow[0] == keep ? 1 : 0;
+    interpolateRow(source + std::ptrdiff_t(row) * sourceStride, rowCache[slot].data());
+    cachedRow[slot] = row;
+    return rowCache[slot].data();
 }
 
 void PlaneScaler::interpolateRow(const std::uint8_t* source, std::uint8_t* out) const {
-    if (m_width < 2) {
-        std::memcpy(out, source, m_rowBytes);
+    if (planeWidth < 2) {
+        std::memcpy(out, source, rowBytes);
         return;
     }
 #ifdef TESSARO_ZOOM_AVX2
@@ -280,11 +283,11 @@ void PlaneScaler::interpolateRow(const std::uint8_t* source, std::uint8_t* out) 
 #else
     const auto gather = interpolateBlocks;
 #endif
-    gather(source, out, m_blocks.data(), m_blocks.size(), m_pixelStride);
+    gather(source, out, blocks.data(), blocks.size(), planePixelStride);
     // Blocks that cannot be gathered, at the right edge, take the scalar loop.
-    for (std::size_t b = 0; b < m_blocks.size(); ++b) {
-        if (!m_blocks[b].gathered)
-            interpolateBytes(source, out, b * 16, std::min(b * 16 + 16, m_rowBytes));
+    for (std::size_t b = 0; b < blocks.size(); ++b) {
+        if (!blocks[b].gathered)
+            interpolateBytes(source, out, b * 16, std::min(b * 16 + 16, rowBytes));
     }
 }
 
@@ -292,9 +295,9 @@ void PlaneScaler::interpolateBytes(const std::uint8_t* __restrict source,
                                    std::uint8_t* __restrict out, std::size_t begin,
                                    std::size_t end) const {
     // Locals: stores through a byte pointer could otherwise alias the members.
-    const int* __restrict left = m_left.data();
-    const std::uint16_t* __restrict weight = m_weight.data();
-    const int pixelStride = m_pixelStride;
+    const int* __restrict left = leftOffsets.data();
+    const std::uint16_t* __restrict weight = rightWeights.data();
+    const int pixelStride = planePixelStride;
     for (std::size_t byte = begin; byte < end; ++byte)
         out[byte] = blend(source[left[byte]], source[left[byte] + pixelStride], weight[byte]);
 }
@@ -316,19 +319,6 @@ struct ZoomState {
     // setFrameObserver returns.
     std::mutex observerMutex;
     ZoomFilter::FrameObserver observer;
-};
-
-class ObjectLock {
-public:
-    explicit ObjectLock(gpointer object) : m_object(GST_OBJECT_CAST(object)) {
-        GST_OBJECT_LOCK(m_object);
-    }
-    ~ObjectLock() { GST_OBJECT_UNLOCK(m_object); }
-    ObjectLock(const ObjectLock&) = delete;
-    ObjectLock& operator=(const ObjectLock&) = delete;
-
-private:
-    GstObject* m_object;
 };
 
 } // namespace
@@ -366,13 +356,12 @@ void tessaroZoomSetProperty(GObject* object, guint id, const GValue* value, GPar
     case PROP_ZOOM: {
         const double zoom = g_value_get_double(value);
         GstElement* element = GST_ELEMENT(object);
-        GstClock* clock = gst_element_get_clock(element);
+        const av::GstHandle<GstClock> clock(gst_element_get_clock(element), av::GstRef::adopt);
         GstClockTime when = 0;
         if (clock) {
-            const GstClockTime now = gst_clock_get_time(clock);
+            const GstClockTime now = gst_clock_get_time(clock.get());
             const GstClockTime base = gst_element_get_base_time(element);
             when = now > base ? now - base : 0;
-            gst_object_unref(clock);
         }
         {
             av::ObjectLock lock(object);
@@ -520,12 +509,12 @@ void tessaro_zoom_class_init(TessaroZoomClass* zoomClass) {
         elementClass, "Digital zoom", "Filter/Effect/Video",
         "Crops the centre 1/zoom of the frame with sub-pixel precision and scales it back",
         "Tessaro");
-    GstCaps* caps = gst_caps_from_string(GST_VIDEO_CAPS_MAKE("{ I420, NV12 }"));
+    const av::GstHandle<GstCaps> caps(gst_caps_from_string(GST_VIDEO_CAPS_MAKE("{ I420, NV12 }")),
+                                      av::GstRef::adopt);
     gst_element_class_add_pad_template(
-        elementClass, gst_pad_template_new("sink", GST_PAD_SINK, GST_PAD_ALWAYS, caps));
+        elementClass, gst_pad_template_new("sink", GST_PAD_SINK, GST_PAD_ALWAYS, caps.get()));
     gst_element_class_add_pad_template(
-        elementClass, gst_pad_template_new("src", GST_PAD_SRC, GST_PAD_ALWAYS, caps));
-    gst_caps_unref(caps);
+        elementClass, gst_pad_template_new("src", GST_PAD_SRC, GST_PAD_ALWAYS, caps.get()));
 
     auto* transformClass = GST_BASE_TRANSFORM_CLASS(zoomClass);
     transformClass->before_transform = tessaroZoomBeforeTransform;

@@ -1,6 +1,5 @@
 #include "platform/av/CaptureMovieFileOutput.h"
 #include "platform/av/BusWatch.h"
-#include "platform/av/MovieWriter.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -120,12 +119,11 @@ private:
         GstAppSinkCallbacks callbacks{};
         callbacks.new_sample = [](GstAppSink* appSink, gpointer data) {
             auto* link = static_cast<Link*>(data);
-            GstSample* sample = gst_app_sink_pull_sample(appSink);
+            const GstHandle<GstSample> sample(gst_app_sink_pull_sample(appSink), GstRef::adopt);
             if (!sample)
                 return GST_FLOW_EOS;
             if (link->session->feeding)
-                link->session->feed(link->type, sample);
-            gst_sample_unref(sample);
+                link->session->feed(link->type, sample.get());
             return GST_FLOW_OK;
         };
         gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, new Link{this, type},
@@ -234,41 +232,37 @@ QString capsName(GstDiscovererStreamInfo* info) {
 
 Movie discover(const QString& path) {
     Movie movie;
-    GstDiscoverer* discoverer = gst_discoverer_new(10 * GST_SECOND, nullptr);
-    gchar* uri = gst_filename_to_uri(path.toLocal8Bit().constData(), nullptr);
-    GstDiscovererInfo* info = gst_discoverer_discover_uri(discoverer, uri, nullptr);
-    g_free(uri);
-    if (info && gst_discoverer_info_get_result(info) == GST_DISCOVERER_OK) {
+    const GstHandle<GstDiscoverer> discoverer(gst_discoverer_new(10 * GST_SECOND, nullptr),
+                                              GstRef::adopt);
+    g_autofree gchar* uri = gst_filename_to_uri(path.toLocal8Bit().constData(), nullptr);
+    const GstHandle<GstDiscovererInfo> info(
+        gst_discoverer_discover_uri(discoverer.get(), uri, nullptr), GstRef::adopt);
+    if (info && gst_discoverer_info_get_result(info.get()) == GST_DISCOVERER_OK) {
         movie.readable = true;
-        movie.seconds = double(gst_discoverer_info_get_duration(info)) / GST_SECOND;
-        GstDiscovererStreamInfo* top = gst_discoverer_info_get_stream_info(info);
-        if (GST_IS_DISCOVERER_CONTAINER_INFO(top))
-            movie.container = capsName(top);
-        gst_discoverer_stream_info_unref(top);
-        GList* videos = gst_discoverer_info_get_video_streams(info);
+        movie.seconds = double(gst_discoverer_info_get_duration(info.get())) / GST_SECOND;
+        const GstHandle<GstDiscovererStreamInfo> top(
+            gst_discoverer_info_get_stream_info(info.get()), GstRef::adopt);
+        if (GST_IS_DISCOVERER_CONTAINER_INFO(top.get()))
+            movie.container = capsName(top.get());
+        GList* videos = gst_discoverer_info_get_video_streams(info.get());
         if (videos) {
             auto* video = GST_DISCOVERER_VIDEO_INFO(videos->data);
             movie.video = capsName(GST_DISCOVERER_STREAM_INFO(video));
             movie.width = int(gst_discoverer_video_info_get_width(video));
             movie.height = int(gst_discoverer_video_info_get_height(video));
-            gchar* orientation = nullptr;
+            g_autofree gchar* orientation = nullptr;
             const GstTagList* tags =
                 gst_discoverer_stream_info_get_tags(GST_DISCOVERER_STREAM_INFO(video));
-            if (tags && gst_tag_list_get_string(tags, GST_TAG_IMAGE_ORIENTATION, &orientation)) {
+            if (tags && gst_tag_list_get_string(tags, GST_TAG_IMAGE_ORIENTATION, &orientation))
                 movie.orientation = QString::fromUtf8(orientation);
-                g_free(orientation);
-            }
         }
         gst_discoverer_stream_info_list_free(videos);
-        GList* audios = gst_discoverer_info_get_audio_streams(info);
+        GList* audios = gst_discoverer_info_get_audio_streams(info.get());
         movie.audioStreams = int(g_list_length(audios));
         if (audios)
             movie.audio = capsName(GST_DISCOVERER_STREAM_INFO(audios->data));
         gst_discoverer_stream_info_list_free(audios);
     }
-    if (info)
-        gst_discoverer_info_unref(info);
-    g_object_unref(discoverer);
     return movie;
 }
 
@@ -285,11 +279,9 @@ int decodedFrames(const QString& path) {
                                GstRef::adopt);
     gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
     int frames = 0;
-    while (GstSample* sample =
-               gst_app_sink_try_pull_sample(GST_APP_SINK(sink.get()), 10 * GST_SECOND)) {
+    while (GstHandle<GstSample>(
+        gst_app_sink_try_pull_sample(GST_APP_SINK(sink.get()), 10 * GST_SECOND), GstRef::adopt))
         ++frames;
-        gst_sample_unref(sample);
-    }
     const bool complete = gst_app_sink_is_eos(GST_APP_SINK(sink.get()));
     gst_element_set_state(pipeline.get(), GST_STATE_NULL);
     return complete ? frames : -1;
@@ -650,42 +642,6 @@ TEST_F(CaptureMovieFileOutputTest, SurvivesSigkill) {
     EXPECT_GT(movie.seconds, 1.0);
     EXPECT_LT(movie.seconds, 4.0);
     EXPECT_GE(decodedFrames(path), 30);
-}
-
-TEST(MovieWriterTest, BitRateMeetsTheReferenceFormatsAndGrowsWithThePicture) {
-    const struct {
-        int width;
-        int height;
-        double fps;
-        int kbps;
-    } references[] = {{1920, 1080, 30, 17000}, {1920, 1080, 60, 25000}, {3840, 2160, 30, 45000}};
-    for (const auto& row : references)
-        EXPECT_EQ(av::MovieWriter::videoBitrate(row.width, row.height, row.fps), row.kbps)
-            << row.width << "x" << row.height << "@" << row.fps;
-    const int hd = av::MovieWriter::videoBitrate(1280, 720, 30);
-    EXPECT_GT(hd, av::MovieWriter::videoBitrate(640, 360, 30));
-    EXPECT_LT(hd, 17000);
-    EXPECT_GT(av::MovieWriter::videoBitrate(3840, 2160, 60), 45000);
-    EXPECT_EQ(av::MovieWriter::videoBitrate(1920, 1080, 0), 17000);
-}
-
-TEST(MovieWriterTest, EncoderChoiceNeverWaitsForTheHardwareProbe) {
-    gst_init(nullptr, nullptr);
-    // A size no other test uses, so this process has not probed it yet.
-    GstHandle<GstCaps> caps(gst_caps_from_string("video/x-raw,format=I420,width=344,height=196,"
-                                                 "framerate=30/1"),
-                            GstRef::adopt);
-    EXPECT_FALSE(av::MovieWriter::videoEncodersProbed(caps.get()));
-    // The first recording of a size starts with the software encoder while the probe runs.
-    const QString first = av::MovieWriter::chooseVideoEncoder(caps.get());
-    EXPECT_TRUE(first == "x264enc" || first == "openh264enc") << first.toStdString();
-    ASSERT_TRUE(waitUntil([&] { return av::MovieWriter::videoEncodersProbed(caps.get()); }));
-    EXPECT_FALSE(av::MovieWriter::chooseVideoEncoder(caps.get()).isEmpty());
-
-    GstHandle<GstCaps> unusable(gst_caps_from_string("video/x-raw"), GstRef::adopt);
-    EXPECT_TRUE(av::MovieWriter::chooseVideoEncoder(unusable.get()).isEmpty());
-    EXPECT_TRUE(av::MovieWriter::chooseVideoEncoder(nullptr).isEmpty());
-    EXPECT_FALSE(av::MovieWriter::videoEncodersProbed(unusable.get()));
 }
 
 class BusWatchTest : public ::testing::Test {

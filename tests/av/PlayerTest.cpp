@@ -95,11 +95,11 @@ TEST_F(PlayerTest, TheSoundIsSilentAtTheSeamsSoTheLoopDoesNotClick) {
     Looper looper(clip);
     qunsetenv("TESSARO_AUDIO_SINK");
     SeamSound sound;
-    GstElement* sink = nullptr;
-    g_object_get(looper.player.pipeline(), "audio-sink", &sink, nullptr);
-    ASSERT_NE(sink, nullptr);
-    GstHandle<GstPad> pad(gst_element_get_static_pad(sink, "sink"), GstRef::adopt);
-    gst_object_unref(sink);
+    GstElement* audioSink = nullptr;
+    g_object_get(looper.player.pipeline(), "audio-sink", &audioSink, nullptr);
+    const GstHandle<GstElement> sink(audioSink, GstRef::adopt);
+    ASSERT_TRUE(sink);
+    GstHandle<GstPad> pad(gst_element_get_static_pad(sink.get(), "sink"), GstRef::adopt);
     gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, &SeamSound::probe, &sound, nullptr);
     ASSERT_TRUE(QTest::qWaitFor([&] { return looper.player.passes() >= 4; }, 20000));
     looper.player.pause();

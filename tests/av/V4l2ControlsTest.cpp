@@ -193,13 +193,12 @@ TEST(V4l2Controls, aCameraDrivesItsNodeWhileASessionRuns) {
     node.add(V4L2_CID_FOCUS_AUTO, V4L2_CTRL_TYPE_BOOLEAN, 1);
     av::SystemCaptureDevice::setControlsForTesting(std::ref(node));
     av::Gst::ensureInitialized();
-    GstStructure* properties =
+    g_autoptr(GstStructure) properties =
         gst_structure_new("properties", "device.path", G_TYPE_STRING, "/dev/video0", nullptr);
     const av::GstHandle<GstDevice> device(
         GST_DEVICE(g_object_new(fake_device_get_type(), "display-name", "Torch camera",
                                 "device-class", "Video/Source", "properties", properties, nullptr)),
         av::GstRef::adopt);
-    gst_structure_free(properties);
     av::SystemCaptureDevice camera(device.get());
     EXPECT_TRUE(camera.hasTorch());
     EXPECT_TRUE(camera.isFocusPointOfInterestSupported());

@@ -213,12 +213,11 @@ TEST(CKFSessionLifecycle, destroyingARunningSessionStopsIt) {
         CKFSession::captureDeviceInput(CKFSession::DeviceType::backCamera).release());
     session->start();
     ASSERT_TRUE(session->session()->isRunning());
-    GstElement* pipeline = GST_ELEMENT(gst_object_ref(session->session()->pipeline()));
+    const av::GstHandle<GstElement> pipeline(session->session()->pipeline(), av::GstRef::add);
     session.reset();
     GstState state = GST_STATE_VOID_PENDING;
-    gst_element_get_state(pipeline, &state, nullptr, 0);
+    gst_element_get_state(pipeline.get(), &state, nullptr, 0);
     EXPECT_EQ(state, GST_STATE_NULL);
-    gst_object_unref(pipeline);
 }
 
 } // namespace

@@ -205,9 +205,11 @@ TEST_F(VideoSessionTest, anUnpluggedCameraEndsTheRecordingPlayableAndTellsTheScr
 }
 
 TEST_F(VideoSessionTest, aRealCameraWithoutAMicrophoneRecordsPictureOnly) {
-    GstDevice* webcam = makeFakeWebcam(
-        "Fake webcam", "video/x-raw, format=I420, width=640, height=360, framerate=30/1");
-    av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam);
+    const av::GstHandle<GstDevice> webcam(
+        makeFakeWebcam("Fake webcam",
+                       "video/x-raw, format=I420, width=640, height=360, framerate=30/1"),
+        av::GstRef::adopt);
+    av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam.get());
     {
         CKFVideoSession session(CKFSession::CameraPosition::back);
         ASSERT_EQ(camera(session)->localizedName(), QStringLiteral("Fake webcam"));
@@ -220,7 +222,6 @@ TEST_F(VideoSessionTest, aRealCameraWithoutAMicrophoneRecordsPictureOnly) {
         EXPECT_GT(info.seconds, 0.8);
     }
     av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(QStringLiteral("Fake webcam"));
-    gst_object_unref(webcam);
 }
 
 TEST_F(VideoSessionTest, withoutACameraTheScreenIsToldAndZoomTorchAndFormatDoNothing) {

@@ -6,7 +6,7 @@
 #include "platform/av/CaptureDeviceInput.h"
 #include "platform/av/CaptureMovieFileOutput.h"
 #include "platform/av/CaptureSession.h"
-#include "platform/av/MovieWriter.h"
+#include "platform/av/EncoderChoice.h"
 #include "platform/av/VirtualCameraDevice.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/Device.h"
@@ -224,8 +224,11 @@ TEST_F(CameraViewControllerTest, AFailedSwitchSaysSoUntilASwitchSucceeds) {
 }
 
 TEST_F(CameraViewControllerTest, AnUnpluggedCameraResumesWhenPluggedBackIn) {
-    GstDevice* webcam = makeFakeWebcam(
-        "Fake webcam", "video/x-raw, format=I420, width=640, height=360, framerate=30/1");
+    const av::GstHandle<GstDevice> held(
+        makeFakeWebcam("Fake webcam",
+                       "video/x-raw, format=I420, width=640, height=360, framerate=30/1"),
+        av::GstRef::adopt);
+    GstDevice* webcam = held.get();
     const QString id = QStringLiteral("Fake webcam");
     av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam);
     show();
@@ -251,7 +254,6 @@ TEST_F(CameraViewControllerTest, AnUnpluggedCameraResumesWhenPluggedBackIn) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return !screen->cameraStatusLabel->isVisible(); }, 10000));
     window.reset();
     av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(id);
-    gst_object_unref(webcam);
 }
 
 TEST_F(CameraViewControllerTest, FlashCyclesOffAutoOn) {
@@ -385,10 +387,10 @@ TEST_F(CameraViewControllerTest, WithoutAnEncoderThePressSaysSoAndTheControlsCom
     show();
     CKFVideoSession* session = screen->videoSession();
     ASSERT_TRUE(QTest::qWaitFor([&] { return screen->previewView->framesTaken() > 2; }, 10000));
-    av::MovieWriter::setVideoEncodersForTesting(QStringList{});
+    av::EncoderChoice::setVideoEncodersForTesting(QStringList{});
     press();
     ASSERT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
-    av::MovieWriter::setVideoEncodersForTesting(std::nullopt);
+    av::EncoderChoice::setVideoEncodersForTesting(std::nullopt);
     EXPECT_FALSE(screen->lastRamp()->timer);
     EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
     EXPECT_TRUE(

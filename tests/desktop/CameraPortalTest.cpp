@@ -1,4 +1,4 @@
-#include "platform/av/CameraPortal.h"
+#include "platform/desktop/CameraPortal.h"
 
 #include "PrivateBus.h"
 
@@ -41,7 +41,7 @@ public slots:
     }
 };
 
-namespace av {
+namespace desktop {
 namespace {
 
 TEST(CameraPortal, theUsersAnswerDecidesAndWithoutACameraNothingIsAsked) {
@@ -75,6 +75,6 @@ TEST(CameraPortal, theUsersAnswerDecidesAndWithoutACameraNothingIsAsked) {
 }
 
 } // namespace
-} // namespace av
+} // namespace desktop
 
 #include "CameraPortalTest.moc"

@@ -7,7 +7,7 @@
 #include <memory>
 #include <optional>
 
-namespace av {
+namespace desktop {
 
 // Keeps the machine awake and the screen on while it lives: asks logind not to suspend or go
 // idle, and the desktop's screen saver not to start. Both are best effort: a machine without
@@ -36,4 +36,4 @@ private:
     std::shared_ptr<bool> alive = std::make_shared<bool>(true);
 };
 
-} // namespace av
+} // namespace desktop

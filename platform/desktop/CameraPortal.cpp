@@ -1,6 +1,6 @@
-#include "platform/av/CameraPortal.h"
+#include "platform/desktop/CameraPortal.h"
 
-#include "platform/av/Logging.h"
+#include "platform/desktop/DesktopLogging.h"
 
 #include <QDBusMessage>
 #include <QDBusObjectPath>
@@ -9,7 +9,7 @@
 #include <QDBusVariant>
 #include <QFileInfo>
 
-namespace av {
+namespace desktop {
 
 namespace {
 
@@ -39,7 +39,7 @@ void CameraPortal::accessCamera(std::function<void(bool granted)> handler) {
                 call->deleteLater();
                 const QDBusPendingReply<QDBusVariant> reply = *call;
                 if (reply.isError()) {
-                    qCWarning(lcAv).noquote()
+                    qCWarning(lcDesktop).noquote()
                         << "the camera portal cannot be asked:" << reply.error().message();
                     handler(false);
                 } else if (!reply.value().variant().toBool()) {
@@ -69,7 +69,7 @@ void CameraPortal::askForAccess(std::function<void(bool granted)> handler) {
                 call->deleteLater();
                 const QDBusPendingReply<QDBusObjectPath> reply = *call;
                 if (reply.isError()) {
-                    qCWarning(lcAv).noquote()
+                    qCWarning(lcDesktop).noquote()
                         << "the camera portal refused to ask:" << reply.error().message();
                     answer(expected, false);
                     return;
@@ -104,4 +104,4 @@ void CameraPortal::handleResponse(uint response, const QVariantMap&, const QDBus
     answer(message.path(), response == 0);
 }
 
-} // namespace av
+} // namespace desktop

@@ -1,13 +1,13 @@
-#include "platform/av/SleepInhibitor.h"
+#include "platform/desktop/SleepInhibitor.h"
 
-#include "platform/av/Logging.h"
+#include "platform/desktop/DesktopLogging.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 
-namespace av {
+namespace desktop {
 
 namespace {
 
@@ -41,7 +41,7 @@ SleepInhibitor::SleepInhibitor(const QString& reason, QDBusConnection system,
                     if (reply.isValid())
                         sleepLock = reply.value();
                     else
-                        qCDebug(lcAv) << "no sleep lock:" << reply.error().message();
+                        qCDebug(lcDesktop) << "no sleep lock:" << reply.error().message();
                     call->deleteLater();
                 });
     }
@@ -56,7 +56,8 @@ SleepInhibitor::SleepInhibitor(const QString& reason, QDBusConnection system,
                     const QDBusPendingReply<uint> reply = *call;
                     call->deleteLater();
                     if (!reply.isValid()) {
-                        qCDebug(lcAv) << "no screen saver inhibition:" << reply.error().message();
+                        qCDebug(lcDesktop)
+                            << "no screen saver inhibition:" << reply.error().message();
                         return;
                     }
                     if (*alive)
@@ -74,4 +75,4 @@ SleepInhibitor::~SleepInhibitor() {
     // The sleep lock goes with its file descriptor.
 }
 
-} // namespace av
+} // namespace desktop

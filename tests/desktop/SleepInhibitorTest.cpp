@@ -1,4 +1,4 @@
-#include "platform/av/SleepInhibitor.h"
+#include "platform/desktop/SleepInhibitor.h"
 
 #include "PrivateBus.h"
 
@@ -59,7 +59,7 @@ public slots:
     void UnInhibit(uint cookie) { held.removeOne(cookie); }
 };
 
-namespace av {
+namespace desktop {
 namespace {
 
 TEST(SleepInhibitor, holdsBothLocksWhileItLivesAndLetsGoAfter) {
@@ -100,6 +100,6 @@ TEST(SleepInhibitor, holdsBothLocksWhileItLivesAndLetsGoAfter) {
 }
 
 } // namespace
-} // namespace av
+} // namespace desktop
 
 #include "SleepInhibitorTest.moc"

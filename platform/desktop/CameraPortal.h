@@ -9,7 +9,7 @@
 
 class QDBusMessage;
 
-namespace av {
+namespace desktop {
 
 // The desktop portal's camera access, which decides for a sandboxed (Flatpak) app: the first
 // request shows the desktop's own dialog, and the portal keeps the user's answer for the app.
@@ -39,4 +39,4 @@ private:
     quint64 requests = 0;
 };
 
-} // namespace av
+} // namespace desktop
