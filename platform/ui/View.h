@@ -19,6 +19,11 @@ public:
     // Capped at half the shorter side, which makes a pill or a circle.
     qreal cornerRadius() const { return cornerRadius_; }
     void setCornerRadius(qreal radius);
+    // A line drawn inside the edge, as a layer's border; none while the width is 0.
+    QColor borderColor() const { return borderColor_; }
+    void setBorderColor(const QColor& color);
+    qreal borderWidth() const { return borderWidth_; }
+    void setBorderWidth(qreal width);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -26,6 +31,8 @@ protected:
 private:
     QColor backgroundColor_;
     qreal cornerRadius_ = 0;
+    QColor borderColor_ = Qt::black;
+    qreal borderWidth_ = 0;
 };
 
 } // namespace ui

@@ -712,5 +712,17 @@
         <source>No capture device of the requested kind was found.</source>
         <translation>Es wurde kein Aufnahmegerät der gewünschten Art gefunden.</translation>
     </message>
+    <message id="photo_camera_not_running">
+        <source>The camera is not running, so no photo was taken.</source>
+        <translation>Die Kamera läuft nicht, daher wurde kein Foto aufgenommen.</translation>
+    </message>
+    <message id="photo_camera_stopped_before">
+        <source>The camera stopped before the photo was taken.</source>
+        <translation>Die Kamera wurde angehalten, bevor das Foto aufgenommen wurde.</translation>
+    </message>
+    <message id="photo_not_encoded">
+        <source>The photo could not be encoded as JPEG.</source>
+        <translation>Das Foto konnte nicht als JPEG gespeichert werden.</translation>
+    </message>
 </context>
 </TS>

@@ -712,5 +712,17 @@
         <source>No capture device of the requested kind was found.</source>
         <translation>No capture device of the requested kind was found.</translation>
     </message>
+    <message id="photo_camera_not_running">
+        <source>The camera is not running, so no photo was taken.</source>
+        <translation>The camera is not running, so no photo was taken.</translation>
+    </message>
+    <message id="photo_camera_stopped_before">
+        <source>The camera stopped before the photo was taken.</source>
+        <translation>The camera stopped before the photo was taken.</translation>
+    </message>
+    <message id="photo_not_encoded">
+        <source>The photo could not be encoded as JPEG.</source>
+        <translation>The photo could not be encoded as JPEG.</translation>
+    </message>
 </context>
 </TS>

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "platform/av/CaptureOutput.h"
+#include "platform/av/MetadataObject.h"
+
+#include <QMutex>
+#include <QStringList>
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+namespace av {
+
+// Finds faces in the camera's frames. The streaming thread only keeps a small grey copy of the
+// newest frame; one detection at a time runs on a worker, always on the newest copy, so a slow
+// detector skips frames and never holds the camera. Results reach the delegate on the GUI thread,
+// one notice per detected frame at the most.
+class CaptureMetadataOutput : public CaptureOutput {
+    Q_OBJECT
+
+public:
+    class MetadataOutputObjectsDelegate {
+    public:
+        virtual void didOutputMetadataObjects(CaptureMetadataOutput* output,
+                                              const std::vector<MetadataObject>& objects) = 0;
+
+    protected:
+        ~MetadataOutputObjectsDelegate() = default;
+    };
+
+    explicit CaptureMetadataOutput(QObject* parent = nullptr);
+    ~CaptureMetadataOutput() override;
+
+    // Faces when the detector's model could be loaded (a missing one is reported once), else
+    // nothing.
+    QStringList availableMetadataObjectTypes() const;
+    QStringList metadataObjectTypes() const { return types; }
+    // Types outside the available ones are a programming error.
+    void setMetadataObjectTypes(const QStringList& value);
+    // Held, not owned; null stops the notices.
+    void setMetadataObjectsDelegate(MetadataOutputObjectsDelegate* delegate) {
+        objectsDelegate = delegate;
+    }
+
+    CaptureConnection* connectionWithMediaType(MediaType type) const override;
+    bool wantsMedia(MediaType type) const override { return type == MediaType::video; }
+    void handleSample(MediaType type, GstSample* sample) override;
+    void sessionWillStop() override;
+
+    quint64 framesSeen() const { return seen.load(); }
+    quint64 framesDetected() const { return detected; }
+
+    // The frame's width the detector looks at; faces narrower than a tenth of it are missed.
+    static constexpr int detectionWidth = 480;
+    // The cascade files looked for, first found wins; empty when none is installed.
+    static QString cascadePath();
+
+    struct Detector;
+    struct GreyFrame;
+
+private:
+    void startDetection();
+
+    CaptureConnection* videoConnection;
+    std::shared_ptr<Detector> detector;
+    QStringList types;
+    MetadataOutputObjectsDelegate* objectsDelegate = nullptr;
+    std::atomic<bool> detecting{false}; // whether frames are wanted at all
+    QMutex mutex;                       // guards latest and noticePending
+    std::shared_ptr<GreyFrame> latest;
+    bool noticePending = false;
+    bool running = false; // a detection is under way (GUI thread)
+    std::atomic<quint64> seen{0};
+    quint64 detected = 0;
+};
+
+} // namespace av
