@@ -240,4 +240,34 @@ TEST_F(PhotoSessionTest, aStoppedSessionEndsTheCaptureInAnError) {
     EXPECT_EQ(delivery.photos, 0);
 }
 
+// The virtual scene's subject, and the front camera's face, are found within a few detections,
+// and their boxes lie over the face in the preview.
+TEST_F(PhotoSessionTest, facesOfTheVirtualCamerasAreBoxedOnTheSubject) {
+    const struct {
+        Position position;
+        QPointF face; // the face's centre in the picture, from the scene's drawing
+    } rows[] = {{Position::back, {0.5, 0.31}}, {Position::front, {0.5, 0.49}}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(int(row.position));
+        CKFPreviewView view;
+        view.resize(640, 360);
+        view.show();
+        auto session = std::make_shared<CKFPhotoSession>(row.position, Detection::faces);
+        view.setSession(session);
+        ASSERT_TRUE(QTest::qWaitFor(
+            [&] {
+                const auto& boxes = session->faceDetectionBoxes();
+                return boxes.size() == 1 && boxes.front() && !boxes.front()->geometry().isEmpty();
+            },
+            20000));
+        EXPECT_LE(session->metadataOutput()->framesDetected(), 10u);
+        const QRect box = session->faceDetectionBoxes().front()->geometry();
+        EXPECT_TRUE(box.contains(QPoint(int(row.face.x() * 640), int(row.face.y() * 360))))
+            << box.x() << "," << box.y() << " " << box.width() << "x" << box.height();
+        EXPECT_LT(box.width(), 640 / 3);
+        EXPECT_EQ(session->faceDetectionBoxes().front()->parentWidget(), &view);
+        view.setSession(nullptr);
+    }
+}
+
 } // namespace
