@@ -8,11 +8,25 @@
 #include "platform/foundation/Device.h"
 
 #include <QTextStream>
+#include <QThreadPool>
+#include <QtConcurrent/QtConcurrentRun>
+
+#include <climits>
 
 #include <cmath>
 #include <limits>
 
 namespace {
+
+// One photo at a time, in the order they were taken.
+QThreadPool& photoPool() {
+    static QThreadPool* pool = [] {
+        auto* made = new QThreadPool;
+        made->setMaxThreadCount(1);
+        return made;
+    }();
+    return *pool;
+}
 
 void printLine(const QString& line) {
     QTextStream(stdout) << line << Qt::endl;
@@ -237,17 +251,25 @@ void CKFPhotoSession::didFinishProcessingPhoto(av::CapturePhotoOutput*,
 void CKFPhotoSession::process(const QByteArray& data,
                               const av::CaptureResolvedPhotoSettings& settings,
                               const CaptureCallback& onCaptured, const ErrorCallback& onError) {
-    const std::optional<ui::Image> image = ui::Image::fromData(data);
-    if (!image) {
-        onError(CKFError::error(QStringLiteral("Cannot get photo")));
-        return;
-    }
-    if (size.width() > 0 && size.height() > 0) {
-        const std::optional<ui::Image> cropped = CKUtils::cropAndScale(
-            *image, wholePixels(size.width()), wholePixels(size.height()),
-            foundation::Device::current().orientation(), position == CameraPosition::front);
-        onCaptured(cropped ? *cropped : *image, settings);
-        return;
-    }
-    onCaptured(*image, settings);
+    // Read now, as the photo was taken; decoding and scaling a large still takes longer than a
+    // frame, so it runs on the photo thread and the callback comes back here.
+    std::optional<QSize> target;
+    if (size.width() > 0 && size.height() > 0)
+        target = QSize(int(std::min<qint64>(wholePixels(size.width()), INT_MAX)),
+                       int(std::min<qint64>(wholePixels(size.height()), INT_MAX)));
+    const foundation::Device::Orientation held = foundation::Device::current().orientation();
+    const bool mirrored = position == CameraPosition::front;
+    QtConcurrent::run(&photoPool(), [data, target, held, mirrored]() -> std::optional<ui::Image> {
+        const std::optional<ui::Image> image = ui::Image::fromData(data);
+        if (!image || !target)
+            return image;
+        const std::optional<ui::Image> cropped =
+            CKUtils::cropAndScale(*image, target->width(), target->height(), held, mirrored);
+        return cropped ? cropped : image;
+    }).then(this, [settings, onCaptured, onError](const std::optional<ui::Image>& image) {
+        if (image)
+            onCaptured(*image, settings);
+        else
+            onError(CKFError::error(QStringLiteral("Cannot get photo")));
+    });
 }

@@ -15,7 +15,7 @@
 // The still-photo session: one camera, a photo output and, when asked, face detection with a
 // green box per face over the overlay view; flash, zoom, tap to focus, and an optional size the
 // photos are cropped and scaled to. Each capture ends in exactly one of its two callbacks, on
-// the GUI thread.
+// the GUI thread; photos are decoded and scaled off it, one at a time, in order.
 class CKFPhotoSession : public CKFSession,
                         public av::CapturePhotoOutput::PhotoCaptureDelegate,
                         public av::CaptureMetadataOutput::MetadataOutputObjectsDelegate {

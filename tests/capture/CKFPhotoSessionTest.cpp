@@ -226,6 +226,12 @@ TEST_F(PhotoSessionTest, eachCaptureEndsInOneCallbackAndASecondNoticeReachesNobo
         session.capture(delivery.onPhoto(), delivery.onError());
         session.didFinishProcessingPhoto(session.photoOutput(), row.photo, row.error);
         session.didFinishProcessingPhoto(session.photoOutput(), row.photo, row.error);
+        // Photos are processed in order: once a later capture's photo is back, both notices
+        // above are through.
+        Delivery later;
+        session.capture(later.onPhoto(), later.onError());
+        session.didFinishProcessingPhoto(session.photoOutput(), good, std::nullopt);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return later.photos == 1; }, 10000));
         EXPECT_EQ(delivery.photos, row.photos) << row.message.toStdString();
         EXPECT_EQ(delivery.errors, row.errors) << row.message.toStdString();
         EXPECT_EQ(delivery.error, row.message);
