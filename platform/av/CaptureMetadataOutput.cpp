@@ -62,7 +62,7 @@ struct CaptureMetadataOutput::Detector {
         cv::Mat equalized;
         cv::equalizeHist(small, equalized);
         std::vector<cv::Rect> faces;
-        classifier.detectMultiScale(equalized, faces, 1.15, 3, 0, cv::Size(24, 24));
+        classifier.detectMultiScale(equalized, faces, 1.1, 4, 0, cv::Size(24, 24));
         const double width = small.cols;
         const double height = small.rows;
         for (const cv::Rect& face : faces)
