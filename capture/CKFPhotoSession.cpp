@@ -235,6 +235,21 @@ void CKFPhotoSession::capture(CaptureCallback callback, ErrorCallback onError) {
 void CKFPhotoSession::didFinishProcessingPhoto(av::CapturePhotoOutput*,
                                                const av::CapturePhoto& photo,
                                                const std::optional<av::Error>& error) {
+    deliver(photo.fileDataRepresentation(), photo.resolvedSettings(), error);
+}
+
+void CKFPhotoSession::didFinishProcessingPhotoSampleBuffer(
+    av::CapturePhotoOutput*, GstSample* photoSampleBuffer, GstSample* previewPhotoSampleBuffer,
+    const av::CaptureResolvedPhotoSettings& settings, const std::optional<av::Error>& error) {
+    deliver(error ? QByteArray()
+                  : av::CapturePhotoOutput::JPEGPhotoDataRepresentation(photoSampleBuffer,
+                                                                        previewPhotoSampleBuffer),
+            settings, error);
+}
+
+void CKFPhotoSession::deliver(const QByteArray& data,
+                              const av::CaptureResolvedPhotoSettings& settings,
+                              const std::optional<av::Error>& error) {
     // Taken out before either runs, so a second notice reaches nobody and a callback may capture
     // again.
     const CaptureCallback onCaptured = std::exchange(
@@ -242,10 +257,10 @@ void CKFPhotoSession::didFinishProcessingPhoto(av::CapturePhotoOutput*,
     const ErrorCallback onError = std::exchange(errorCallback, [](const std::exception&) {});
     if (error)
         onError(*error);
-    else if (photo.fileDataRepresentation().isEmpty())
+    else if (data.isEmpty())
         onError(CKFError::error(QStringLiteral("Cannot get photo file data representation")));
     else
-        process(photo.fileDataRepresentation(), photo.resolvedSettings(), onCaptured, onError);
+        process(data, settings, onCaptured, onError);
 }
 
 void CKFPhotoSession::process(const QByteArray& data,

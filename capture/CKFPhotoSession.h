@@ -60,6 +60,12 @@ public:
 
     void didFinishProcessingPhoto(av::CapturePhotoOutput* output, const av::CapturePhoto& photo,
                                   const std::optional<av::Error>& error) override;
+    // The older form of the same notice, with the photo and its preview as samples.
+    void didFinishProcessingPhotoSampleBuffer(av::CapturePhotoOutput* output,
+                                              GstSample* photoSampleBuffer,
+                                              GstSample* previewPhotoSampleBuffer,
+                                              const av::CaptureResolvedPhotoSettings& settings,
+                                              const std::optional<av::Error>& error);
     void didOutputMetadataObjects(av::CaptureMetadataOutput* output,
                                   const std::vector<av::MetadataObject>& objects) override;
 
@@ -68,6 +74,8 @@ private:
     void setCaptureDeviceInput(av::CaptureDeviceInput* input);
     void detectionChanged(CameraDetection previous);
     void removeFaceBoxes();
+    void deliver(const QByteArray& data, const av::CaptureResolvedPhotoSettings& settings,
+                 const std::optional<av::Error>& error);
     void process(const QByteArray& data, const av::CaptureResolvedPhotoSettings& settings,
                  const CaptureCallback& onCaptured, const ErrorCallback& onError);
 

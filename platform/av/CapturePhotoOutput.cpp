@@ -70,6 +70,27 @@ Encoded encode(const GstHandle<GstSample>& sample, int exifOrientation,
 
 } // namespace
 
+QByteArray CapturePhotoOutput::JPEGPhotoDataRepresentation(GstSample* photoSampleBuffer,
+                                                           GstSample* previewPhotoSampleBuffer) {
+    if (!photoSampleBuffer || !previewPhotoSampleBuffer)
+        return {};
+    GstCaps* caps = gst_sample_get_caps(photoSampleBuffer);
+    GstBuffer* buffer = gst_sample_get_buffer(photoSampleBuffer);
+    if (!caps || !buffer || gst_caps_is_empty(caps))
+        return {};
+    if (gst_structure_has_name(gst_caps_get_structure(caps, 0), "image/jpeg")) {
+        GstMapInfo map;
+        if (!gst_buffer_map(buffer, &map, GST_MAP_READ))
+            return {};
+        QByteArray jpeg(reinterpret_cast<const char*>(map.data), qsizetype(map.size));
+        gst_buffer_unmap(buffer, &map);
+        return jpeg;
+    }
+    return encode(GstHandle<GstSample>(photoSampleBuffer, GstRef::add), 1,
+                  QDateTime::currentDateTime())
+        .jpeg;
+}
+
 CapturePhotoOutput::CapturePhotoOutput(QObject* parent)
     : CaptureOutput(parent), videoConnection(new CaptureConnection(MediaType::video, this)) {}
 

@@ -46,6 +46,11 @@ public:
     // The delegate must outlive the request's notice.
     void capturePhoto(const CapturePhotoSettings& settings, PhotoCaptureDelegate* delegate);
 
+    // The older platforms' form of a photo's data: the JPEG of a photo sample (a JPEG already, or
+    // a raw frame encoded upright); empty when either sample is missing or cannot be read.
+    static QByteArray JPEGPhotoDataRepresentation(GstSample* photoSampleBuffer,
+                                                  GstSample* previewPhotoSampleBuffer);
+
     // Requests whose notice has not gone out yet.
     int pendingPhotos() const { return pending.load(); }
 

@@ -238,6 +238,39 @@ TEST_F(PhotoSessionTest, eachCaptureEndsInOneCallbackAndASecondNoticeReachesNobo
     }
 }
 
+// The older notice carries samples: without the preview sample there is no data.
+TEST_F(PhotoSessionTest, theOlderNoticeNeedsBothSamples) {
+    CKFPhotoSession session(Position::back, Detection::none);
+    QImage picture(64, 48, QImage::Format_RGB32);
+    picture.fill(Qt::gray);
+    const QByteArray jpeg = av::CapturePhoto::encodeJpeg(picture, 1, QDateTime());
+    GstBuffer* bytes = gst_buffer_new_memdup(jpeg.constData(), gsize(jpeg.size()));
+    GstCaps* caps = gst_caps_new_empty_simple("image/jpeg");
+    GstSample* sample = gst_sample_new(bytes, caps, nullptr, nullptr);
+    gst_buffer_unref(bytes);
+    gst_caps_unref(caps);
+    const struct {
+        GstSample* preview;
+        int photos;
+        QString message;
+    } rows[] = {{sample, 1, {}},
+                {nullptr, 0, QStringLiteral("Cannot get photo file data representation")}};
+    for (const auto& row : rows) {
+        Delivery delivery;
+        session.capture(delivery.onPhoto(), delivery.onError());
+        session.didFinishProcessingPhotoSampleBuffer(session.photoOutput(), sample, row.preview, {},
+                                                     std::nullopt);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return delivery.photos + delivery.errors == 1; }, 10000));
+        EXPECT_EQ(delivery.photos, row.photos);
+        EXPECT_EQ(delivery.error, row.message);
+        EXPECT_EQ(delivery.image.has_value(), row.photos == 1);
+        if (delivery.image) {
+            EXPECT_EQ(delivery.image->cgImage().size(), QSize(64, 48));
+        }
+    }
+    gst_sample_unref(sample);
+}
+
 TEST_F(PhotoSessionTest, aStoppedSessionEndsTheCaptureInAnError) {
     CKFPhotoSession session(Position::back, Detection::none);
     Delivery delivery;
