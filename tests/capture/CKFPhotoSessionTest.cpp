@@ -183,12 +183,16 @@ TEST_F(PhotoSessionTest, flashLightsTheShotAndTheTorchGoesBack) {
     CKFPhotoSession session(Position::back, Detection::none);
     av::CaptureDevice* camera = session.captureDeviceInput()->device();
     session.start();
-    Delivery dark, lit;
+    Delivery dark, automatic, lit;
     ASSERT_TRUE(take(session, dark));
+    // The virtual street is bright: the automatic flash stays off.
+    session.setFlashMode(CKFSession::FlashMode::automatic);
+    ASSERT_TRUE(take(session, automatic));
     session.setFlashMode(CKFSession::FlashMode::on);
     ASSERT_TRUE(take(session, lit));
     ASSERT_TRUE(dark.image && lit.image);
     EXPECT_FALSE(dark.settings.isFlashEnabled);
+    EXPECT_FALSE(automatic.settings.isFlashEnabled);
     EXPECT_TRUE(lit.settings.isFlashEnabled);
     EXPECT_EQ(camera->torchMode(), av::CaptureDevice::TorchMode::off);
     // The torch lights the near subject: its jacket is brighter.
