@@ -1,6 +1,7 @@
 #include "app/RecordDemo.h"
 #include "platform/av/Gst.h"
 
+#include <QDate>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QElapsedTimer>
@@ -301,7 +302,9 @@ TEST(CommandLine, photoTakesOneStillAtTheAskedSizeWithItsFacesAndKeepsTheRules) 
                             QStringLiteral("1080x1920"), QStringLiteral("--zoom"),
                             QStringLiteral("1,5"),       QStringLiteral("--faces"),
                             QStringLiteral("--output"),  photo};
+    const QDate before = QDate::currentDate();
     const Result result = runTessaro(asked);
+    const QDate after = QDate::currentDate();
     ASSERT_EQ(result.exitCode, 0) << result.out.toStdString();
     EXPECT_TRUE(result.out.contains(photo)) << result.out.toStdString();
 
@@ -311,7 +314,13 @@ TEST(CommandLine, photoTakesOneStillAtTheAskedSizeWithItsFacesAndKeepsTheRules) 
     EXPECT_EQ(reader.read().size(), QSize(1080, 1920));
     QFile file(photo);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(file.read(64).contains("Exif"));
+    // The EXIF segment leads, with the day the photo was taken.
+    const QByteArray head = file.read(4096);
+    EXPECT_TRUE(head.mid(0, 16).contains("Exif"));
+    const auto day = [](QDate date) {
+        return date.toString(QStringLiteral("yyyy:MM:dd")).toLatin1();
+    };
+    EXPECT_TRUE(head.contains(day(before)) || head.contains(day(after)));
 
     // The face at 1.5× zoom stays where the subject stands: the middle of the picture, high up.
     static const QRegularExpression face(
