@@ -167,6 +167,13 @@ bool CapturePhotoOutput::flashFires(const CapturePhotoSettings& settings,
 void CapturePhotoOutput::setTorch(Request& request, bool lit) {
     if (!request.flash)
         return;
+    if (!lit)
+        request.flash = false;
+    // Overlapping flash photos share one lighting: the first lights it, the last puts it back.
+    const int before = litRequests;
+    litRequests += lit ? 1 : -1;
+    if ((lit && before > 0) || (!lit && litRequests > 0))
+        return;
     CaptureDevice* camera = cameraDevice();
     if (!camera)
         return;
@@ -177,11 +184,9 @@ void CapturePhotoOutput::setTorch(Request& request, bool lit) {
         return;
     }
     if (lit)
-        request.torchBefore = camera->torchMode();
-    camera->setTorchMode(lit ? CaptureDevice::TorchMode::on : request.torchBefore);
+        torchBeforeFlash = camera->torchMode();
+    camera->setTorchMode(lit ? CaptureDevice::TorchMode::on : torchBeforeFlash);
     camera->unlockForConfiguration();
-    if (!lit)
-        request.flash = false;
 }
 
 void CapturePhotoOutput::capturePhoto(const CapturePhotoSettings& settings,
@@ -223,7 +228,7 @@ void CapturePhotoOutput::handleSample(MediaType type, GstSample* sample) {
                 continue;
             request.frame = GstHandle<GstSample>(sample, GstRef::add);
             request.captureTime = QDateTime::currentDateTime();
-            notify = !std::exchange(noticePending, true);
+            notify = !std::exchange(noticePending, true) || notify;
         }
     }
     if (notify)

@@ -68,7 +68,6 @@ private:
         // Lit for this photo, until the torch goes back.
         bool flash = false;
         bool flashFired = false;
-        CaptureDevice::TorchMode torchBefore = CaptureDevice::TorchMode::off;
         GstHandle<GstSample> frame;
         QDateTime captureTime;
     };
@@ -86,6 +85,9 @@ private:
     CaptureConnection* videoConnection;
     GstHandle<GstElement> pipe;
     double frameRate = 30;
+    // GUI thread: flash photos not taken yet, and the torch they put back.
+    int litRequests = 0;
+    CaptureDevice::TorchMode torchBeforeFlash = CaptureDevice::TorchMode::off;
     qint64 nextID = 1;
     QMutex mutex; // guards requests and noticePending
     std::vector<Request> requests;

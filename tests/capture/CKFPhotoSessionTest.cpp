@@ -195,6 +195,14 @@ TEST_F(PhotoSessionTest, flashLightsTheShotAndTheTorchGoesBack) {
     EXPECT_FALSE(automatic.settings.isFlashEnabled);
     EXPECT_TRUE(lit.settings.isFlashEnabled);
     EXPECT_EQ(camera->torchMode(), av::CaptureDevice::TorchMode::off);
+    // Two flash photos at once share the light, and the torch still goes back off.
+    Delivery overlapping;
+    session.capture(overlapping.onPhoto(), overlapping.onError());
+    session.capture(overlapping.onPhoto(), overlapping.onError());
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return session.photoOutput()->pendingPhotos() == 0 && overlapping.photos == 1; },
+        15000));
+    EXPECT_EQ(camera->torchMode(), av::CaptureDevice::TorchMode::off);
     // The torch lights the near subject: its jacket is brighter.
     const auto centre = [](const ui::Image& image) {
         const QImage& pixels = image.cgImage();
