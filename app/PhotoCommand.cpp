@@ -17,16 +17,6 @@ namespace {
 constexpr int secondsForFaces = 15;
 constexpr int secondsForPhoto = 15;
 
-QTextStream& out() {
-    static QTextStream stream(stdout);
-    return stream;
-}
-
-QTextStream& err() {
-    static QTextStream stream(stderr);
-    return stream;
-}
-
 // Keeps the newest faces for the summary and passes every notice on to the session's boxes.
 struct FaceLog : av::CaptureMetadataOutput::MetadataOutputObjectsDelegate {
     explicit FaceLog(CKFPhotoSession* session) : session(session) {}
@@ -48,6 +38,8 @@ QString fraction(double value) {
 } // namespace
 
 int PhotoCommand::run(const Options& options) {
+    QTextStream out(stdout);
+    QTextStream err(stderr);
     QString problem;
     const QString output =
         options.output.isEmpty()
@@ -56,7 +48,7 @@ int PhotoCommand::run(const Options& options) {
                                        &problem)
             : RecordDemo::claimFile(options.output, &problem);
     if (output.isEmpty()) {
-        err() << problem << Qt::endl;
+        err << problem << Qt::endl;
         return 2;
     }
     bool written = false;
@@ -69,7 +61,7 @@ int PhotoCommand::run(const Options& options) {
                             options.faces ? CKFPhotoSession::CameraDetection::faces
                                           : CKFPhotoSession::CameraDetection::none);
     if (!session.captureDeviceInput()) {
-        err() << qtTrId("photo_no_camera_could_opened") << Qt::endl;
+        err << qtTrId("photo_no_camera_could_opened") << Qt::endl;
         return 1;
     }
     std::optional<av::Error> cameraProblem;
@@ -83,15 +75,14 @@ int PhotoCommand::run(const Options& options) {
         session.setResolution(QSizeF(options.resolution));
     session.start();
 
-    const bool detecting = session.metadataOutput() &&
-                           !session.metadataOutput()->metadataObjectTypes().isEmpty();
+    const bool detecting =
+        session.metadataOutput() && !session.metadataOutput()->metadataObjectTypes().isEmpty();
     if (options.faces && !detecting)
-        out() << qtTrId("photo_faces_no_model") << Qt::endl;
+        out << qtTrId("photo_faces_no_model") << Qt::endl;
     if (detecting &&
-        !waitInEventLoop(
-            [&] { return cameraProblem || faces.detections >= detectionsBeforePhoto; },
-            secondsForFaces * 1000))
-        out() << qtTrId("photo_faces_not_in_time").arg(secondsForFaces) << Qt::endl;
+        !waitInEventLoop([&] { return cameraProblem || faces.detections >= detectionsBeforePhoto; },
+                         secondsForFaces * 1000))
+        out << qtTrId("photo_faces_not_in_time").arg(secondsForFaces) << Qt::endl;
 
     std::optional<ui::Image> photo;
     av::CaptureResolvedPhotoSettings settings;
@@ -109,9 +100,9 @@ int PhotoCommand::run(const Options& options) {
     if (cameraProblem)
         failure = cameraProblem->localizedDescription();
     if (!photo) {
-        err() << (failure.isEmpty() ? qtTrId("photo_none_came_within").arg(secondsForPhoto)
-                                    : qtTrId("photo_no_photo_taken").arg(failure))
-              << Qt::endl;
+        err << (failure.isEmpty() ? qtTrId("photo_none_came_within").arg(secondsForPhoto)
+                                  : qtTrId("photo_no_photo_taken").arg(failure))
+            << Qt::endl;
         return 1;
     }
 
@@ -121,37 +112,37 @@ int PhotoCommand::run(const Options& options) {
     QFile file(output);
     if (jpeg.isEmpty() || !file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
         file.write(jpeg) != jpeg.size() || !file.flush()) {
-        err() << qtTrId("rec_cannot_written").arg(output, file.errorString()) << Qt::endl;
+        err << qtTrId("rec_cannot_written").arg(output, file.errorString()) << Qt::endl;
         return 1;
     }
     file.close();
     written = true;
 
     const QSizeF shown = photo->size();
-    out() << output << Qt::endl;
-    out() << qtTrId("photo_size_pixels_shown")
-                 .arg(photo->cgImage().width())
-                 .arg(photo->cgImage().height())
-                 .arg(shown.width())
-                 .arg(shown.height())
-                 .arg(ui::Image::exifOrientation(photo->imageOrientation()))
-          << Qt::endl;
+    out << output << Qt::endl;
+    out << qtTrId("photo_size_pixels_shown")
+               .arg(photo->cgImage().width())
+               .arg(photo->cgImage().height())
+               .arg(shown.width())
+               .arg(shown.height())
+               .arg(ui::Image::exifOrientation(photo->imageOrientation()))
+        << Qt::endl;
     if (settings.isFlashEnabled)
-        out() << qtTrId("photo_flash_fired") << Qt::endl;
+        out << qtTrId("photo_flash_fired") << Qt::endl;
     if (detecting) {
         std::vector<av::MetadataObject> found;
         for (const av::MetadataObject& object : faces.latest)
             if (object.type == av::MetadataObject::typeFace)
                 found.push_back(object);
         if (found.empty())
-            out() << qtTrId("photo_faces_none") << Qt::endl;
+            out << qtTrId("photo_faces_none") << Qt::endl;
         for (size_t i = 0; i < found.size(); ++i) {
             const QRectF& r = found[i].bounds;
-            out() << qtTrId("photo_face_left_top_width")
-                         .arg(i + 1)
-                         .arg(fraction(r.x()), fraction(r.y()), fraction(r.width()),
-                              fraction(r.height()))
-                  << Qt::endl;
+            out << qtTrId("photo_face_left_top_width")
+                       .arg(i + 1)
+                       .arg(fraction(r.x()), fraction(r.y()), fraction(r.width()),
+                            fraction(r.height()))
+                << Qt::endl;
         }
     }
     return 0;
