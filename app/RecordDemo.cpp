@@ -207,8 +207,8 @@ QString RecordDemo::claimNewFile(const QString& folder, QString* problem) {
     return claimNewFile(folder, QStringLiteral("Tessaro Demo"), QStringLiteral("mov"), problem);
 }
 
-QString RecordDemo::claimNewFile(const QString& folder, const QString& name,
-                                 const QString& suffix, QString* problem) {
+QString RecordDemo::claimNewFile(const QString& folder, const QString& name, const QString& suffix,
+                                 QString* problem) {
     const QDir dir(folder);
     if (!QDir().mkpath(folder)) {
         if (problem)
@@ -216,9 +216,9 @@ QString RecordDemo::claimNewFile(const QString& folder, const QString& name,
         return {};
     }
     for (int n = 1; n < 10000; ++n) {
-        const QString path = dir.filePath(n == 1 ? QStringLiteral("%1.%2").arg(name, suffix)
-                                                 : QStringLiteral("%1 %2.%3").arg(name).arg(n).arg(
-                                                       suffix));
+        const QString path =
+            dir.filePath(n == 1 ? QStringLiteral("%1.%2").arg(name, suffix)
+                                : QStringLiteral("%1 %2.%3").arg(name).arg(n).arg(suffix));
         if (claim(path, problem))
             return path;
         if (!QFileInfo::exists(path))
