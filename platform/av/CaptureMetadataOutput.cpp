@@ -122,17 +122,22 @@ CaptureMetadataOutput::~CaptureMetadataOutput() = default;
 
 QString CaptureMetadataOutput::cascadePath() {
     static const QString found = [] {
-        for (const char* folder : {"/usr/share/opencv4", "/usr/share/opencv"})
+        QStringList folders{QStringLiteral("/usr/share/opencv4"),
+                            QStringLiteral("/usr/share/opencv")};
+        // Another folder of models instead, such as one without them.
+        if (const QString chosen = qEnvironmentVariable("TESSARO_FACE_MODEL_DIR");
+            !chosen.isEmpty())
+            folders = QStringList{chosen};
+        for (const QString& folder : folders)
             for (const char* file : {"haarcascades/haarcascade_frontalface_alt2.xml",
                                      "haarcascades/haarcascade_frontalface_default.xml",
                                      "lbpcascades/lbpcascade_frontalface_improved.xml"}) {
-                const QString path =
-                    QString::fromLatin1(folder) + QLatin1Char('/') + QString::fromLatin1(file);
+                const QString path = folder + QLatin1Char('/') + QString::fromLatin1(file);
                 if (QFileInfo(path).isReadable())
                     return path;
             }
-        qCWarning(lcAv) << "no face model under /usr/share/opencv4 (install opencv-data); faces "
-                           "are not detected";
+        qCWarning(lcAv).noquote() << "no face model under" << folders.join(QStringLiteral(", "))
+                                  << "(install opencv-data); faces are not detected";
         return QString();
     }();
     return found;

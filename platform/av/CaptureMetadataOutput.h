@@ -62,7 +62,8 @@ public:
     // Boxes follow a face well at a few updates a second; more would only take the machine's
     // time from the camera and the recording.
     static constexpr int minimumInterval = 150; // ms between detections' starts
-    // The cascade files looked for, first found wins; empty when none is installed.
+    // The first face model found under /usr/share/opencv4 (or $TESSARO_FACE_MODEL_DIR); empty when
+    // none is installed.
     static QString cascadePath();
 
     struct Detector;

@@ -355,6 +355,19 @@ TEST(CommandLine, photoTakesOneStillAtTheAskedSizeWithItsFacesAndKeepsTheRules) 
               QStringList{QStringLiteral("still.jpg")});
 }
 
+// Without a face model the photo is still taken, and the user is told why no face is listed.
+TEST(CommandLine, photoWithoutAFaceModelSaysSoAndTakesThePhoto) {
+    QTemporaryDir folder;
+    const QString photo = folder.filePath(QStringLiteral("still.jpg"));
+    const Result result =
+        runTessaro({QStringLiteral("photo"), QStringLiteral("--camera"), QStringLiteral("virtual"),
+                    QStringLiteral("--faces"), QStringLiteral("--output"), photo},
+                   {{QStringLiteral("TESSARO_FACE_MODEL_DIR"), folder.path()}});
+    EXPECT_EQ(result.exitCode, 0) << result.out.toStdString();
+    EXPECT_TRUE(result.out.contains(QStringLiteral("no face model"))) << result.out.toStdString();
+    EXPECT_FALSE(QImageReader(photo).size().isEmpty());
+}
+
 // Each run claims its own name in one step, so two at once never share a clip.
 TEST(CommandLine, theDefaultOutputIsANewNameForEachRun) {
     QTemporaryDir folder;
