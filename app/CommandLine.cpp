@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QLocale>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <cmath>
@@ -28,7 +29,10 @@ CommandLine::CommandLine()
       formatOption(QStringList{QStringLiteral("format")}, qtTrId("cli_record_hd_hd_k"),
                    QStringLiteral("FORMAT")),
       outputOption(QStringList{QStringLiteral("output")}, qtTrId("cli_record_clip_s_file"),
-                   QStringLiteral("FILE")) {
+                   QStringLiteral("FILE")),
+      resolutionOption(QStringList{QStringLiteral("resolution")}, qtTrId("cli_photo_resolution"),
+                       QStringLiteral("WxH")),
+      facesOption(QStringList{QStringLiteral("faces")}, qtTrId("cli_photo_faces")) {
     parser.setApplicationDescription(qtTrId("cli_tessaro_dolly_zoom_video"));
     parser.addHelpOption();
     parser.addVersionOption();
@@ -41,8 +45,12 @@ CommandLine::CommandLine()
     parser.addOption(zoomInOption);
     parser.addOption(formatOption);
     parser.addOption(outputOption);
+    parser.addOption(resolutionOption);
+    parser.addOption(facesOption);
     parser.addPositionalArgument(QStringLiteral("record"), qtTrId("cli_record_one_clip_without"),
                                  QStringLiteral("[record]"));
+    parser.addPositionalArgument(QStringLiteral("photo"), qtTrId("cli_photo_one_still_without"),
+                                 QStringLiteral("[photo]"));
     parser.addPositionalArgument(QStringLiteral("file"), qtTrId("cli_screenshot_png_file_write"),
                                  QStringLiteral("[FILE.png]"));
 }
@@ -59,7 +67,7 @@ bool CommandLine::runsOffscreen(int argc, char** argv) {
     CommandLine commandLine;
     commandLine.parser.parse(arguments);
     return commandLine.screenshot() || commandLine.asksForRecording() ||
-           commandLine.asksForCameraList();
+           commandLine.asksForPhoto() || commandLine.asksForCameraList();
 }
 
 QVariantMap CommandLine::launchOptions() const {
@@ -82,6 +90,11 @@ std::optional<CommandLine::Screenshot> CommandLine::screenshot() const {
 bool CommandLine::asksForRecording() const {
     const QStringList positional = parser.positionalArguments();
     return !positional.isEmpty() && positional.first() == QLatin1String("record");
+}
+
+bool CommandLine::asksForPhoto() const {
+    const QStringList positional = parser.positionalArguments();
+    return !positional.isEmpty() && positional.first() == QLatin1String("photo");
 }
 
 bool CommandLine::asksForCameraList() const {
@@ -195,20 +208,73 @@ std::optional<RecordDemo::Options> CommandLine::recordOptions(QString* problem) 
                             .arg(parser.value(zoomOption)));
         options.zoom = *zoom;
     }
-    const QString camera = parser.value(cameraOption);
-    options.camera = camera;
-    // A script must be able to tell: the window falls back to another camera, a record does not.
-    if (!camera.isEmpty() && camera != QLatin1String("virtual") &&
-        !camera.startsWith(QLatin1String("file:")) &&
-        !av::CaptureDeviceDiscoverySession::systemCamera(camera))
-        return fail(qtTrId("cli_there_no_camera").arg(camera, cameraList().trimmed()));
-    if (camera.startsWith(QLatin1String("file:")))
-        if (const std::optional<av::Error> unusable =
-                av::FileCameraDevice::problemWith(camera.mid(5)))
-            return fail(unusable->localizedDescription());
+    options.camera = parser.value(cameraOption);
+    if (const QString unusable = cameraProblem(); !unusable.isEmpty())
+        return fail(unusable);
     options.output = parser.value(outputOption);
     const QStringList positional = parser.positionalArguments();
     if (positional.size() > 1)
         return fail(qtTrId("cli_record_takes_options_only").arg(positional.at(1)));
+    return options;
+}
+
+QString CommandLine::cameraProblem() const {
+    const QString camera = parser.value(cameraOption);
+    // A script must be able to tell: the window falls back to another camera, a command does not.
+    if (!camera.isEmpty() && camera != QLatin1String("virtual") &&
+        !camera.startsWith(QLatin1String("file:")) &&
+        !av::CaptureDeviceDiscoverySession::systemCamera(camera))
+        return qtTrId("cli_there_no_camera").arg(camera, cameraList().trimmed());
+    if (camera.startsWith(QLatin1String("file:")))
+        if (const std::optional<av::Error> unusable =
+                av::FileCameraDevice::problemWith(camera.mid(5)))
+            return unusable->localizedDescription();
+    return {};
+}
+
+std::optional<QSize> CommandLine::parseSize(const QString& text, int largest) {
+    static const QRegularExpression pattern(QStringLiteral("^\\s*(\\d+)\\s*[xX×]\\s*(\\d+)\\s*$"));
+    const QRegularExpressionMatch match = pattern.match(text);
+    if (!match.hasMatch())
+        return std::nullopt;
+    bool wideOk = false, highOk = false;
+    const int width = match.captured(1).toInt(&wideOk);
+    const int height = match.captured(2).toInt(&highOk);
+    if (!wideOk || !highOk || width < 1 || height < 1 || width > largest || height > largest)
+        return std::nullopt;
+    return QSize(width, height);
+}
+
+std::optional<PhotoCommand::Options> CommandLine::photoOptions(QString* problem) const {
+    PhotoCommand::Options options;
+    const auto fail = [problem](const QString& message) {
+        if (problem)
+            *problem = message;
+        return std::nullopt;
+    };
+    if (parser.isSet(resolutionOption)) {
+        const std::optional<QSize> size =
+            parseSize(parser.value(resolutionOption), largestPhotoSide);
+        if (!size)
+            return fail(qtTrId("cli_resolution_takes_wxh")
+                            .arg(largestPhotoSide)
+                            .arg(parser.value(resolutionOption)));
+        options.resolution = *size;
+    }
+    if (parser.isSet(zoomOption)) {
+        const std::optional<double> zoom = parseNumber(parser.value(zoomOption));
+        if (!zoom || *zoom < 1.0 || *zoom > PhotoCommand::highestZoom)
+            return fail(qtTrId("cli_photo_zoom_takes")
+                            .arg(PhotoCommand::highestZoom)
+                            .arg(parser.value(zoomOption)));
+        options.zoom = *zoom;
+    }
+    options.faces = parser.isSet(facesOption);
+    if (const QString unusable = cameraProblem(); !unusable.isEmpty())
+        return fail(unusable);
+    options.output = parser.value(outputOption);
+    const QStringList positional = parser.positionalArguments();
+    if (positional.size() > 1)
+        return fail(qtTrId("cli_photo_takes_options_only").arg(positional.at(1)));
     return options;
 }

@@ -3,6 +3,7 @@
 #include <QCommandLineParser>
 #include <QVariantMap>
 
+#include "app/PhotoCommand.h"
 #include "app/RecordDemo.h"
 
 #include <optional>
@@ -28,6 +29,8 @@ public:
     std::optional<Screenshot> screenshot() const;
     // Whether the first argument is the command "record".
     bool asksForRecording() const;
+    // Whether the first argument is the command "photo".
+    bool asksForPhoto() const;
     bool asksForCameraList() const;
     // Every camera and microphone there is, with its formats and position, and what --camera
     // takes to choose it.
@@ -36,6 +39,11 @@ public:
     // starts; nullopt with a message for the user when one is out of range or a camera file
     // cannot be used.
     std::optional<RecordDemo::Options> recordOptions(QString* problem) const;
+    // The photo's options, checked the same way.
+    std::optional<PhotoCommand::Options> photoOptions(QString* problem) const;
+    // "1080x1920" (or with "×" or "X"); nullopt for anything else or a side out of 1 to largest.
+    static std::optional<QSize> parseSize(const QString& text, int largest);
+    static constexpr int largestPhotoSide = 16384;
 
     // Reads "2.5" and "2,5" alike, whatever the locale.
     static std::optional<double> parseNumber(const QString& text);
@@ -47,6 +55,9 @@ public:
     static bool runsOffscreen(int argc, char** argv);
 
 private:
+    // Why --camera cannot be used by a command, or empty.
+    QString cameraProblem() const;
+
     QCommandLineParser parser;
     QCommandLineOption cameraOption;
     QCommandLineOption listCamerasOption;
@@ -57,4 +68,6 @@ private:
     QCommandLineOption zoomInOption;
     QCommandLineOption formatOption;
     QCommandLineOption outputOption;
+    QCommandLineOption resolutionOption;
+    QCommandLineOption facesOption;
 };

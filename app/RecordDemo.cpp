@@ -204,6 +204,11 @@ private:
 } // namespace
 
 QString RecordDemo::claimNewFile(const QString& folder, QString* problem) {
+    return claimNewFile(folder, QStringLiteral("Tessaro Demo"), QStringLiteral("mov"), problem);
+}
+
+QString RecordDemo::claimNewFile(const QString& folder, const QString& name, const QString& suffix,
+                                 QString* problem) {
     const QDir dir(folder);
     if (!QDir().mkpath(folder)) {
         if (problem)
@@ -211,16 +216,27 @@ QString RecordDemo::claimNewFile(const QString& folder, QString* problem) {
         return {};
     }
     for (int n = 1; n < 10000; ++n) {
-        const QString path = dir.filePath(n == 1 ? QStringLiteral("Tessaro Demo.mov")
-                                                 : QStringLiteral("Tessaro Demo %1.mov").arg(n));
+        const QString path =
+            dir.filePath(n == 1 ? QStringLiteral("%1.%2").arg(name, suffix)
+                                : QStringLiteral("%1 %2.%3").arg(name).arg(n).arg(suffix));
         if (claim(path, problem))
             return path;
         if (!QFileInfo::exists(path))
             return {};
     }
     if (problem)
-        *problem = qtTrId("rec_holds_too_many_demo").arg(folder);
+        *problem = qtTrId("rec_holds_too_many_named").arg(folder, name);
     return {};
+}
+
+QString RecordDemo::claimFile(const QString& path, QString* problem) {
+    const QString absolute = QFileInfo(path).absoluteFilePath();
+    if (!QDir().mkpath(QFileInfo(absolute).absolutePath())) {
+        if (problem)
+            *problem = qtTrId("rec_cannot_create_folder_2").arg(QFileInfo(absolute).absolutePath());
+        return {};
+    }
+    return claim(absolute, problem) ? absolute : QString();
 }
 
 QString RecordDemo::contactSheetPath(const QString& clipPath) {
@@ -235,11 +251,7 @@ int RecordDemo::run(const Options& options) {
     if (options.output.isEmpty()) {
         output = claimNewFile(foundation::FileManager::documentsDirectory(), &problem);
     } else {
-        output = QFileInfo(options.output).absoluteFilePath();
-        if (!QDir().mkpath(QFileInfo(output).absolutePath()))
-            problem = qtTrId("rec_cannot_create_folder_2").arg(QFileInfo(output).absolutePath());
-        else if (!claim(output, &problem))
-            output.clear();
+        output = claimFile(options.output, &problem);
     }
     if (output.isEmpty()) {
         err() << problem << Qt::endl;

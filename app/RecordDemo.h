@@ -35,6 +35,12 @@ public:
     // name (never an existing file, not even one another run creates at the same time). Empty,
     // with the reason in *problem, when the folder cannot be written.
     static QString claimNewFile(const QString& folder, QString* problem);
+    // The same for "name.suffix", "name 2.suffix" ... .
+    static QString claimNewFile(const QString& folder, const QString& name, const QString& suffix,
+                                QString* problem);
+    // Claims path itself, creating its folder; empty, with the reason, when it exists already or
+    // cannot be written.
+    static QString claimFile(const QString& path, QString* problem);
     // "clip.mov" → "clip contact sheet.png", in the same folder.
     static QString contactSheetPath(const QString& clipPath);
 };

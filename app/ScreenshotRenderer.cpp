@@ -4,6 +4,7 @@
 #include "platform/foundation/PreferenceSchema.h"
 
 #include "capture/CKFGridView.h"
+#include "capture/CKFPhotoSession.h"
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFVideoSession.h"
 #include "onboarding/ALButton.h"
@@ -62,6 +63,23 @@ ScreenshotRenderer::Scene preview(const QSize& size) {
     view->setShowGrid(true);
     const CKFPreviewView* shown = view.get();
     return {std::move(view), [shown] { return shown->framesTaken() >= framesBeforeGrab; }};
+}
+
+// The photo session finding the virtual camera's subject: its face box over the live picture.
+ScreenshotRenderer::Scene faces(CKFSession::CameraPosition position) {
+    auto view = std::make_unique<CKFPreviewView>();
+    view->resize(phone);
+    auto session =
+        std::make_shared<CKFPhotoSession>(position, CKFPhotoSession::CameraDetection::faces);
+    view->setSession(session);
+    view->previewLayer()->setVideoGravity(
+        av::CaptureVideoPreviewLayer::VideoGravity::resizeAspectFill);
+    const CKFPreviewView* shown = view.get();
+    return {std::move(view), [shown, session] {
+                const auto& boxes = session->faceDetectionBoxes();
+                return shown->framesTaken() >= framesBeforeGrab && !boxes.empty() &&
+                       boxes.front() && !boxes.front()->geometry().isEmpty();
+            }};
 }
 
 ScreenshotRenderer::Scene grid() {
@@ -362,6 +380,8 @@ const std::vector<ScreenshotRenderer::Screen>& ScreenshotRenderer::screens() {
         {QStringLiteral("preview"), [] { return preview(phone); }},
         {QStringLiteral("preview-landscape"), [] { return preview(phone.transposed()); }},
         {QStringLiteral("grid"), grid},
+        {QStringLiteral("faces"), [] { return faces(CKFSession::CameraPosition::back); }},
+        {QStringLiteral("faces-front"), [] { return faces(CKFSession::CameraPosition::front); }},
         {QStringLiteral("record-button"), [] { return recordButton(false); }},
         {QStringLiteral("record-button-recording"), [] { return recordButton(true); }},
         {QStringLiteral("camera"), [] { return cameraScreen(phone, CameraScene::idle); }},

@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
 #include "app/MainStoryboard.h"
+#include "app/PhotoCommand.h"
 #include "app/RecordDemo.h"
 #include "app/ScreenshotRenderer.h"
 
@@ -45,6 +46,17 @@ int main(int argc, char** argv) {
         }
         av::CaptureDeviceDiscoverySession::setCameraSelection(camera);
         return RecordDemo::run(*options);
+    }
+
+    if (commandLine.asksForPhoto()) {
+        QString problem;
+        const std::optional<PhotoCommand::Options> options = commandLine.photoOptions(&problem);
+        if (!options) {
+            QTextStream(stderr) << problem << Qt::endl;
+            return 2;
+        }
+        av::CaptureDeviceDiscoverySession::setCameraSelection(camera);
+        return PhotoCommand::run(*options);
     }
 
     if (const std::optional<CommandLine::Screenshot> screenshot = commandLine.screenshot()) {

@@ -14,6 +14,7 @@ packages=(
     fonts-dejavu-core fontconfig
     xvfb xauth dbus-daemon
     desktop-file-utils appstream dpkg-dev file qt6-translations-l10n
+    libexif-dev libopencv-objdetect-dev libopencv-imgproc-dev opencv-data
 )
 
 missing=()

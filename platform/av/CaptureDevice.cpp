@@ -162,6 +162,11 @@ void CaptureDevice::setFocusPointOfInterest(const QPointF& point) {
         applyFocus(runningSource.get(), point);
 }
 
+void CaptureDevice::setFocusMode(FocusMode mode) {
+    requireLock("focusMode");
+    focus = mode;
+}
+
 void CaptureDevice::setActiveFormat(const CaptureDeviceFormat& format) {
     requireLock("activeFormat");
     if (format == active)

@@ -27,6 +27,7 @@ class CaptureDevice : public QObject {
 
 public:
     enum class TorchMode { off = 0, on = 1, automatic = 2 };
+    enum class FocusMode { locked = 0, autoFocus = 1, continuousAutoFocus = 2 };
 
     // Whether the app may use devices of this kind. Inside a sandbox the desktop portal decides
     // and the answer is not known until asked; otherwise access is granted unless the camera's
@@ -76,6 +77,9 @@ public:
     bool isFocusPointOfInterestSupported() const { return focusSupported; }
     QPointF focusPointOfInterest() const { return focusPoint; }
     void setFocusPointOfInterest(const QPointF& point);
+    // Kept for the client; the cameras we drive focus on their own around the point.
+    FocusMode focusMode() const { return focus; }
+    void setFocusMode(FocusMode mode);
 
     // The format the session runs the device in; invalid until one is chosen.
     const CaptureDeviceFormat& activeFormat() const { return active; }
@@ -135,6 +139,7 @@ private:
     double maxZoom = 10.0;
     TorchMode torch = TorchMode::off;
     QPointF focusPoint{0.5, 0.5};
+    FocusMode focus = FocusMode::continuousAutoFocus;
     GstHandle<GstElement> runningSource;
     GstHandle<GstElement> runningZoom;
 };

@@ -30,6 +30,8 @@ public:
     static inline const QString preset1920x1080 = QStringLiteral("1920x1080");
     static inline const QString preset3840x2160 = QStringLiteral("3840x2160");
     static inline const QString preset1280x720 = QStringLiteral("1280x720");
+    // Full HD where the camera has it, else its largest picture.
+    static inline const QString presetHigh = QStringLiteral("high");
 
     explicit CaptureSession(QObject* parent = nullptr);
     ~CaptureSession() override;

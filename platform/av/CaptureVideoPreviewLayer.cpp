@@ -246,4 +246,35 @@ QPointF CaptureVideoPreviewLayer::captureDevicePointOfInterestForPoint(const QPo
     return QPointF(std::clamp(unturned.x(), 0.0, 1.0), std::clamp(unturned.y(), 0.0, 1.0));
 }
 
+std::optional<MetadataObject> CaptureVideoPreviewLayer::transformedMetadataObjectForMetadataObject(
+    const MetadataObject& object) const {
+    const int rotation = connection()->rotationDegrees();
+    const QRectF placed = pictureRect(videoSize(), rotation);
+    if (placed.isEmpty())
+        return std::nullopt;
+    // The inverse of captureDevicePointOfInterestForPoint, without the clamp.
+    const auto shown = [&](const QPointF& unturned) {
+        QPointF turned;
+        switch (rotation) {
+        case 90:
+            turned = QPointF(1 - unturned.y(), unturned.x());
+            break;
+        case 180:
+            turned = QPointF(1 - unturned.x(), 1 - unturned.y());
+            break;
+        case 270:
+            turned = QPointF(unturned.y(), 1 - unturned.x());
+            break;
+        default:
+            turned = unturned;
+        }
+        return layerFrame.topLeft() + placed.topLeft() +
+               QPointF(turned.x() * placed.width(), turned.y() * placed.height());
+    };
+    MetadataObject transformed = object;
+    transformed.bounds =
+        QRectF(shown(object.bounds.topLeft()), shown(object.bounds.bottomRight())).normalized();
+    return transformed;
+}
+
 } // namespace av

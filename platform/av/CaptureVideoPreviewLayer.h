@@ -2,6 +2,7 @@
 
 #include "platform/av/CaptureConnection.h"
 #include "platform/av/GstHandle.h"
+#include "platform/av/MetadataObject.h"
 #include "platform/av/VideoFrameConverter.h"
 
 #include <QImage>
@@ -10,6 +11,7 @@
 #include <QRectF>
 
 #include <memory>
+#include <optional>
 
 namespace av {
 
@@ -74,6 +76,10 @@ public:
     // camera's picture, from (0, 0) top left to (1, 1) bottom right of the unturned frame,
     // clamped to that square.
     QPointF captureDevicePointOfInterestForPoint(const QPointF& point) const;
+    // A found object with its bounds in the owner's coordinates, where it is shown; nullopt
+    // before the picture's size is known.
+    std::optional<MetadataObject>
+    transformedMetadataObjectForMetadataObject(const MetadataObject& object) const;
 
 signals:
     // A new frame arrived or the way it is drawn changed.

@@ -319,6 +319,20 @@ void paintRoom(QPainter& p) {
     paintPeriodic(p, paintRoomOnce);
 }
 
+// A soft dark oval around an eye: the detector knows a face by its eye band, darker than the
+// cheeks and the nose bridge.
+void paintEyeShadow(QPainter& p, QPointF centre, QSizeF radii) {
+    QRadialGradient socket(0, 0, 1);
+    socket.setColorAt(0, QColor(100, 62, 48, 255));
+    socket.setColorAt(1, QColor(100, 62, 48, 0));
+    p.save();
+    p.translate(centre);
+    p.scale(radii.width(), radii.height());
+    p.setBrush(socket);
+    p.drawEllipse(QPointF(0, 0), 1, 1);
+    p.restore();
+}
+
 // The back camera's subject: a walker's friend in an orange jacket, cut off by the frame's
 // bottom edge like a real subject filmed from the chest up.
 void paintPerson(QPainter& p) {
@@ -374,14 +388,24 @@ void paintPerson(QPainter& p) {
     p.drawEllipse(QPointF(0, -0.185), 0.058, 0.07);
     p.setBrush(QColor(60, 42, 35));
     p.drawEllipse(QPointF(0.01, -0.245), 0.062, 0.032);
+    // Shadowed eyes under brows, a lit nose bridge and the shade under the nose.
+    for (double x : {-0.024, 0.024})
+        paintEyeShadow(p, QPointF(x, -0.195), QSizeF(0.027, 0.02));
+    p.setBrush(QColor(244, 204, 172));
+    p.drawEllipse(QPointF(0, -0.18), 0.006, 0.02);
+    p.setBrush(QColor(176, 118, 94));
+    p.drawEllipse(QPointF(0, -0.163), 0.012, 0.0045);
     p.setBrush(QColor(40, 32, 30));
-    p.drawEllipse(QPointF(-0.022, -0.19), 0.0065, 0.0075);
-    p.drawEllipse(QPointF(0.022, -0.19), 0.0065, 0.0075);
-    p.setPen(QPen(QColor(150, 80, 70), 0.005, Qt::SolidLine, Qt::RoundCap));
+    p.drawEllipse(QPointF(-0.024, -0.194), 0.0075, 0.0075);
+    p.drawEllipse(QPointF(0.024, -0.194), 0.0075, 0.0075);
+    p.setPen(QPen(QColor(64, 44, 36), 0.007, Qt::SolidLine, Qt::RoundCap));
+    p.drawLine(QPointF(-0.036, -0.207), QPointF(-0.011, -0.209));
+    p.drawLine(QPointF(0.011, -0.209), QPointF(0.036, -0.207));
+    p.setPen(QPen(QColor(130, 60, 56), 0.007, Qt::SolidLine, Qt::RoundCap));
     p.setBrush(Qt::NoBrush);
     QPainterPath smile;
-    smile.moveTo(-0.02, -0.152);
-    smile.quadTo(0, -0.14, 0.02, -0.152);
+    smile.moveTo(-0.02, -0.146);
+    smile.quadTo(0, -0.134, 0.02, -0.146);
     p.drawPath(smile);
 }
 
@@ -426,27 +450,35 @@ void paintFace(QPainter& p) {
         p.drawEllipse(QPointF(0, 0), 1, 1);
         p.restore();
     }
+    for (double x : {-0.045, 0.045})
+        paintEyeShadow(p, QPointF(x, -0.04), QSizeF(0.05, 0.036));
     for (double x : {-0.045, 0.045}) {
-        p.setBrush(QColor(250, 250, 246));
-        p.drawEllipse(QPointF(x, -0.035), 0.023, 0.012);
-        p.setBrush(QColor(74, 100, 62));
-        p.drawEllipse(QPointF(x, -0.035), 0.0095, 0.0095);
+        p.setBrush(QColor(214, 204, 194));
+        p.drawEllipse(QPointF(x, -0.035), 0.021, 0.011);
+        p.setBrush(QColor(58, 70, 44));
+        p.drawEllipse(QPointF(x, -0.035), 0.011, 0.011);
         p.setBrush(QColor(20, 20, 20));
         p.drawEllipse(QPointF(x, -0.035), 0.0045, 0.0045);
         p.setBrush(Qt::white);
         p.drawEllipse(QPointF(x + 0.003, -0.038), 0.002, 0.002);
     }
     p.setBrush(Qt::NoBrush);
-    p.setPen(QPen(QColor(64, 44, 36), 0.008, Qt::SolidLine, Qt::RoundCap));
+    p.setPen(QPen(QColor(64, 44, 36), 0.014, Qt::SolidLine, Qt::RoundCap));
     p.drawLine(QPointF(-0.07, -0.066), QPointF(-0.022, -0.07));
     p.drawLine(QPointF(0.022, -0.07), QPointF(0.07, -0.066));
+    // A lit nose bridge between the shadowed eyes, and the shade under the nose.
+    p.setPen(Qt::NoPen);
+    p.setBrush(QColor(244, 204, 172));
+    p.drawEllipse(QPointF(0, -0.015), 0.012, 0.04);
+    p.setBrush(QColor(176, 118, 94));
+    p.drawEllipse(QPointF(0, 0.04), 0.024, 0.009);
     p.setPen(QPen(QColor(196, 146, 116), 0.005, Qt::SolidLine, Qt::RoundCap));
     QPainterPath nose;
     nose.moveTo(0.002, -0.02);
     nose.lineTo(-0.01, 0.032);
     nose.lineTo(0.008, 0.036);
     p.drawPath(nose);
-    p.setPen(QPen(QColor(170, 76, 76), 0.008, Qt::SolidLine, Qt::RoundCap));
+    p.setPen(QPen(QColor(140, 56, 56), 0.014, Qt::SolidLine, Qt::RoundCap));
     QPainterPath smile;
     smile.moveTo(-0.042, 0.068);
     smile.quadTo(0, 0.1, 0.042, 0.068);

@@ -19,6 +19,11 @@ public:
     // Capped at half the shorter side, which makes a pill or a circle.
     qreal cornerRadius() const { return viewCornerRadius; }
     void setCornerRadius(qreal radius);
+    // A line drawn inside the edge, as a layer's border; none while the width is 0.
+    QColor borderColor() const { return viewBorderColor; }
+    void setBorderColor(const QColor& color);
+    qreal borderWidth() const { return viewBorderWidth; }
+    void setBorderWidth(qreal width);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -26,6 +31,8 @@ protected:
 private:
     QColor viewBackgroundColor;
     qreal viewCornerRadius = 0;
+    QColor viewBorderColor = Qt::black;
+    qreal viewBorderWidth = 0;
 };
 
 } // namespace ui

@@ -270,9 +270,9 @@
         <source>Cannot create the folder %1.</source>
         <translation>Der Ordner %1 kann nicht angelegt werden.</translation>
     </message>
-    <message id="rec_holds_too_many_demo">
-        <source>%1 holds too many demo clips already.</source>
-        <translation>%1 enthält schon zu viele Demo-Clips.</translation>
+    <message id="rec_holds_too_many_named">
+        <source>%1 holds too many files named “%2” already.</source>
+        <translation>%1 enthält schon zu viele Dateien namens „%2“.</translation>
     </message>
     <message id="rec_cannot_create_folder_2">
         <source>Cannot create the folder %1.</source>
@@ -395,8 +395,8 @@
         <translation>record: die Länge der Rampe, 1 bis 15 ganze Sekunden (Vorgabe 5).</translation>
     </message>
     <message id="cli_record_slider_s_zoom">
-        <source>record: the slider's zoom, 1 (a flat ramp) or more (default 3).</source>
-        <translation>record: der Zoom des Schiebereglers, 1 (eine flache Rampe) oder mehr (Vorgabe 3).</translation>
+        <source>record: the slider's zoom, 1 (a flat ramp) or more (default 3). photo: the zoom, 1 to 10 (default 1).</source>
+        <translation>record: der Zoom des Schiebereglers, 1 (eine flache Rampe) oder mehr (Vorgabe 3). photo: der Zoom, 1 bis 10 (Vorgabe 1).</translation>
     </message>
     <message id="cli_record_ramp_up_zoom">
         <source>record: ramp from 1.0 up to the zoom, for walking away (default: down to 1.0).</source>
@@ -407,8 +407,8 @@
         <translation>record: hd (1920×1080 bei 30), hd60 oder 4k.</translation>
     </message>
     <message id="cli_record_clip_s_file">
-        <source>record: the clip's file (default: a new "Tessaro Demo" file in the documents folder). An existing file is never replaced.</source>
-        <translation>record: die Datei des Clips (Vorgabe: eine neue Datei „Tessaro Demo“ im Dokumente-Ordner). Eine vorhandene Datei wird nie ersetzt.</translation>
+        <source>record: the clip's file (default: a new "Tessaro Demo" file in the documents folder). photo: the JPEG file (default: a new "Tessaro Photo" file there). An existing file is never replaced.</source>
+        <translation>record: die Datei des Clips (Vorgabe: eine neue Datei „Tessaro Demo“ im Dokumente-Ordner). photo: die JPEG-Datei (Vorgabe: eine neue Datei „Tessaro Photo“ dort). Eine vorhandene Datei wird nie ersetzt.</translation>
     </message>
     <message id="cli_tessaro_dolly_zoom_video">
         <source>Tessaro: a dolly-zoom video camera. Frame a subject, set the zoom, press record and walk.</source>
@@ -711,6 +711,78 @@
     <message id="error_no_capture_device_requested">
         <source>No capture device of the requested kind was found.</source>
         <translation>Es wurde kein Aufnahmegerät der gewünschten Art gefunden.</translation>
+    </message>
+    <message id="photo_camera_not_running">
+        <source>The camera is not running, so no photo was taken.</source>
+        <translation>Die Kamera läuft nicht, daher wurde kein Foto aufgenommen.</translation>
+    </message>
+    <message id="photo_camera_stopped_before">
+        <source>The camera stopped before the photo was taken.</source>
+        <translation>Die Kamera wurde angehalten, bevor das Foto aufgenommen wurde.</translation>
+    </message>
+    <message id="photo_not_encoded">
+        <source>The photo could not be encoded as JPEG.</source>
+        <translation>Das Foto konnte nicht als JPEG gespeichert werden.</translation>
+    </message>
+    <message id="photo_no_camera_could_opened">
+        <source>No camera could be opened, so no photo was taken.</source>
+        <translation>Keine Kamera ließ sich öffnen, daher wurde kein Foto aufgenommen.</translation>
+    </message>
+    <message id="photo_faces_no_model">
+        <source>Faces: no face model is installed (the package opencv-data), so none are looked for.</source>
+        <translation>Gesichter: Es ist kein Gesichtsmodell installiert (das Paket opencv-data), daher wird nach keinen gesucht.</translation>
+    </message>
+    <message id="photo_faces_not_in_time">
+        <source>Faces: the detector gave no answer within %1 seconds; the photo is taken anyway.</source>
+        <translation>Gesichter: Die Erkennung hat innerhalb von %1 Sekunden nicht geantwortet; das Foto wird trotzdem aufgenommen.</translation>
+    </message>
+    <message id="photo_none_came_within">
+        <source>No photo came from the camera within %1 seconds.</source>
+        <translation>Innerhalb von %1 Sekunden kam kein Foto von der Kamera.</translation>
+    </message>
+    <message id="photo_no_photo_taken">
+        <source>No photo was taken: %1</source>
+        <translation>Es wurde kein Foto aufgenommen: %1</translation>
+    </message>
+    <message id="photo_size_pixels_shown">
+        <source>Size: %1×%2 pixels, shown as %3×%4 (EXIF orientation %5).</source>
+        <translation>Größe: %1×%2 Pixel, angezeigt als %3×%4 (EXIF-Ausrichtung %5).</translation>
+    </message>
+    <message id="photo_flash_fired">
+        <source>Flash: fired.</source>
+        <translation>Blitz: ausgelöst.</translation>
+    </message>
+    <message id="photo_faces_none">
+        <source>Faces: none found.</source>
+        <translation>Gesichter: keine gefunden.</translation>
+    </message>
+    <message id="photo_face_left_top_width">
+        <source>Face %1: left %2, top %3, width %4, height %5 (fractions of the camera's picture).</source>
+        <translation>Gesicht %1: links %2, oben %3, Breite %4, Höhe %5 (Anteile am Bild der Kamera).</translation>
+    </message>
+    <message id="cli_photo_one_still_without">
+        <source>Take one photo without a display, with the options marked photo:, and print where it is.</source>
+        <translation>Ein Foto ohne Anzeige aufnehmen, mit den Optionen, die mit photo: markiert sind, und ausgeben, wo es liegt.</translation>
+    </message>
+    <message id="cli_photo_resolution">
+        <source>photo: crop and scale the photo to WxH pixels as it is seen, such as 1080x1920 (default: as the camera takes it).</source>
+        <translation>photo: das Foto auf BxH Pixel zuschneiden und skalieren, wie es gesehen wird, etwa 1080x1920 (Vorgabe: wie die Kamera es aufnimmt).</translation>
+    </message>
+    <message id="cli_photo_faces">
+        <source>photo: look for faces first and print their rectangles.</source>
+        <translation>photo: zuerst nach Gesichtern suchen und ihre Rechtecke ausgeben.</translation>
+    </message>
+    <message id="cli_resolution_takes_wxh">
+        <source>--resolution takes a size WxH from 1x1 to %1x%1, such as 1080x1920, not "%2".</source>
+        <translation>--resolution nimmt eine Größe BxH von 1x1 bis %1x%1, etwa 1080x1920, nicht „%2“.</translation>
+    </message>
+    <message id="cli_photo_zoom_takes">
+        <source>--zoom takes a zoom from 1 to %1 for a photo, such as 2.5, not "%2".</source>
+        <translation>--zoom nimmt für ein Foto einen Zoom von 1 bis %1, etwa 2.5, nicht „%2“.</translation>
+    </message>
+    <message id="cli_photo_takes_options_only">
+        <source>photo takes options only, not "%1".</source>
+        <translation>photo nimmt nur Optionen, nicht „%1“.</translation>
     </message>
 </context>
 </TS>

@@ -270,9 +270,9 @@
         <source>Cannot create the folder %1.</source>
         <translation>Cannot create the folder %1.</translation>
     </message>
-    <message id="rec_holds_too_many_demo">
-        <source>%1 holds too many demo clips already.</source>
-        <translation>%1 holds too many demo clips already.</translation>
+    <message id="rec_holds_too_many_named">
+        <source>%1 holds too many files named “%2” already.</source>
+        <translation>%1 holds too many files named “%2” already.</translation>
     </message>
     <message id="rec_cannot_create_folder_2">
         <source>Cannot create the folder %1.</source>
@@ -395,8 +395,8 @@
         <translation>record: the ramp's length, 1 to 15 whole seconds (default 5).</translation>
     </message>
     <message id="cli_record_slider_s_zoom">
-        <source>record: the slider's zoom, 1 (a flat ramp) or more (default 3).</source>
-        <translation>record: the slider's zoom, 1 (a flat ramp) or more (default 3).</translation>
+        <source>record: the slider's zoom, 1 (a flat ramp) or more (default 3). photo: the zoom, 1 to 10 (default 1).</source>
+        <translation>record: the slider's zoom, 1 (a flat ramp) or more (default 3). photo: the zoom, 1 to 10 (default 1).</translation>
     </message>
     <message id="cli_record_ramp_up_zoom">
         <source>record: ramp from 1.0 up to the zoom, for walking away (default: down to 1.0).</source>
@@ -407,8 +407,8 @@
         <translation>record: hd (1920×1080 at 30), hd60 or 4k.</translation>
     </message>
     <message id="cli_record_clip_s_file">
-        <source>record: the clip's file (default: a new "Tessaro Demo" file in the documents folder). An existing file is never replaced.</source>
-        <translation>record: the clip's file (default: a new "Tessaro Demo" file in the documents folder). An existing file is never replaced.</translation>
+        <source>record: the clip's file (default: a new "Tessaro Demo" file in the documents folder). photo: the JPEG file (default: a new "Tessaro Photo" file there). An existing file is never replaced.</source>
+        <translation>record: the clip's file (default: a new "Tessaro Demo" file in the documents folder). photo: the JPEG file (default: a new "Tessaro Photo" file there). An existing file is never replaced.</translation>
     </message>
     <message id="cli_tessaro_dolly_zoom_video">
         <source>Tessaro: a dolly-zoom video camera. Frame a subject, set the zoom, press record and walk.</source>
@@ -711,6 +711,78 @@
     <message id="error_no_capture_device_requested">
         <source>No capture device of the requested kind was found.</source>
         <translation>No capture device of the requested kind was found.</translation>
+    </message>
+    <message id="photo_camera_not_running">
+        <source>The camera is not running, so no photo was taken.</source>
+        <translation>The camera is not running, so no photo was taken.</translation>
+    </message>
+    <message id="photo_camera_stopped_before">
+        <source>The camera stopped before the photo was taken.</source>
+        <translation>The camera stopped before the photo was taken.</translation>
+    </message>
+    <message id="photo_not_encoded">
+        <source>The photo could not be encoded as JPEG.</source>
+        <translation>The photo could not be encoded as JPEG.</translation>
+    </message>
+    <message id="photo_no_camera_could_opened">
+        <source>No camera could be opened, so no photo was taken.</source>
+        <translation>No camera could be opened, so no photo was taken.</translation>
+    </message>
+    <message id="photo_faces_no_model">
+        <source>Faces: no face model is installed (the package opencv-data), so none are looked for.</source>
+        <translation>Faces: no face model is installed (the package opencv-data), so none are looked for.</translation>
+    </message>
+    <message id="photo_faces_not_in_time">
+        <source>Faces: the detector gave no answer within %1 seconds; the photo is taken anyway.</source>
+        <translation>Faces: the detector gave no answer within %1 seconds; the photo is taken anyway.</translation>
+    </message>
+    <message id="photo_none_came_within">
+        <source>No photo came from the camera within %1 seconds.</source>
+        <translation>No photo came from the camera within %1 seconds.</translation>
+    </message>
+    <message id="photo_no_photo_taken">
+        <source>No photo was taken: %1</source>
+        <translation>No photo was taken: %1</translation>
+    </message>
+    <message id="photo_size_pixels_shown">
+        <source>Size: %1×%2 pixels, shown as %3×%4 (EXIF orientation %5).</source>
+        <translation>Size: %1×%2 pixels, shown as %3×%4 (EXIF orientation %5).</translation>
+    </message>
+    <message id="photo_flash_fired">
+        <source>Flash: fired.</source>
+        <translation>Flash: fired.</translation>
+    </message>
+    <message id="photo_faces_none">
+        <source>Faces: none found.</source>
+        <translation>Faces: none found.</translation>
+    </message>
+    <message id="photo_face_left_top_width">
+        <source>Face %1: left %2, top %3, width %4, height %5 (fractions of the camera's picture).</source>
+        <translation>Face %1: left %2, top %3, width %4, height %5 (fractions of the camera's picture).</translation>
+    </message>
+    <message id="cli_photo_one_still_without">
+        <source>Take one photo without a display, with the options marked photo:, and print where it is.</source>
+        <translation>Take one photo without a display, with the options marked photo:, and print where it is.</translation>
+    </message>
+    <message id="cli_photo_resolution">
+        <source>photo: crop and scale the photo to WxH pixels as it is seen, such as 1080x1920 (default: as the camera takes it).</source>
+        <translation>photo: crop and scale the photo to WxH pixels as it is seen, such as 1080x1920 (default: as the camera takes it).</translation>
+    </message>
+    <message id="cli_photo_faces">
+        <source>photo: look for faces first and print their rectangles.</source>
+        <translation>photo: look for faces first and print their rectangles.</translation>
+    </message>
+    <message id="cli_resolution_takes_wxh">
+        <source>--resolution takes a size WxH from 1x1 to %1x%1, such as 1080x1920, not "%2".</source>
+        <translation>--resolution takes a size WxH from 1x1 to %1x%1, such as 1080x1920, not "%2".</translation>
+    </message>
+    <message id="cli_photo_zoom_takes">
+        <source>--zoom takes a zoom from 1 to %1 for a photo, such as 2.5, not "%2".</source>
+        <translation>--zoom takes a zoom from 1 to %1 for a photo, such as 2.5, not "%2".</translation>
+    </message>
+    <message id="cli_photo_takes_options_only">
+        <source>photo takes options only, not "%1".</source>
+        <translation>photo takes options only, not "%1".</translation>
     </message>
 </context>
 </TS>

@@ -1,6 +1,7 @@
 #include "app/RecordDemo.h"
 #include "tests/MovieInfo.h"
 
+#include <QDate>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
@@ -9,6 +10,7 @@
 #include <QThread>
 
 #include <QImage>
+#include <QImageReader>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
@@ -249,6 +251,82 @@ TEST(CommandLine, recordLeavesAPlayableClipWhateverEndsIt) {
             QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
             QStringList{QStringLiteral("clip.mov")});
     }
+}
+
+// A still from the virtual camera, as a user asks for it: decoded back, it is the size asked for
+// once its EXIF turn is applied, and the subject's face is among the rectangles printed.
+TEST(CommandLine, photoTakesOneStillAtTheAskedSizeWithItsFacesAndKeepsTheRules) {
+    QTemporaryDir folder;
+    const QString photo = folder.filePath(QStringLiteral("new folder/still.jpg"));
+    const QStringList asked{QStringLiteral("photo"),     QStringLiteral("--camera"),
+                            QStringLiteral("virtual"),   QStringLiteral("--resolution"),
+                            QStringLiteral("1080x1920"), QStringLiteral("--zoom"),
+                            QStringLiteral("1,5"),       QStringLiteral("--faces"),
+                            QStringLiteral("--output"),  photo};
+    const QDate before = QDate::currentDate();
+    const Result result = runTessaro(asked);
+    const QDate after = QDate::currentDate();
+    ASSERT_EQ(result.exitCode, 0) << result.out.toStdString();
+    EXPECT_TRUE(result.out.contains(photo)) << result.out.toStdString();
+
+    QImageReader reader(photo);
+    reader.setAutoTransform(true);
+    EXPECT_EQ(reader.transformation(), QImageIOHandler::TransformationRotate90);
+    EXPECT_EQ(reader.read().size(), QSize(1080, 1920));
+    QFile file(photo);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    // The EXIF segment leads, with the day the photo was taken.
+    const QByteArray head = file.read(4096);
+    EXPECT_TRUE(head.mid(0, 16).contains("Exif"));
+    const auto day = [](QDate date) {
+        return date.toString(QStringLiteral("yyyy:MM:dd")).toLatin1();
+    };
+    EXPECT_TRUE(head.contains(day(before)) || head.contains(day(after)));
+
+    // The face at 1.5× zoom stays where the subject stands: the middle of the picture, high up.
+    static const QRegularExpression face(
+        QStringLiteral("left ([0-9.]+), top ([0-9.]+), width ([0-9.]+), height ([0-9.]+)"));
+    const QRegularExpressionMatch found = face.match(result.out);
+    ASSERT_TRUE(found.hasMatch()) << result.out.toStdString();
+    const QRectF box(found.captured(1).toDouble(), found.captured(2).toDouble(),
+                     found.captured(3).toDouble(), found.captured(4).toDouble());
+    EXPECT_TRUE(box.contains(QPointF(0.5, 0.3))) << result.out.toStdString();
+
+    // Never replaced; a wrong command line changes nothing and says why.
+    const struct {
+        QStringList arguments;
+        QString says;
+    } refused[] = {
+        {asked, QStringLiteral("exists already")},
+        {{QStringLiteral("photo"), QStringLiteral("--resolution"), QStringLiteral("1080x")},
+         QStringLiteral("--resolution takes")},
+        {{QStringLiteral("photo"), QStringLiteral("--resolution"), QStringLiteral("0x10")},
+         QStringLiteral("--resolution takes")},
+        {{QStringLiteral("photo"), QStringLiteral("--zoom"), QStringLiteral("10,5")},
+         QStringLiteral("--zoom takes")},
+        {{QStringLiteral("photo"), QStringLiteral("now")}, QStringLiteral("options only")},
+    };
+    for (const auto& row : refused) {
+        const Result again = runTessaro(row.arguments);
+        EXPECT_EQ(again.exitCode, 2) << again.out.toStdString();
+        EXPECT_TRUE(again.out.contains(row.says)) << again.out.toStdString();
+    }
+    EXPECT_EQ(QImageReader(photo).size(), QSize(1920, 1080));
+    EXPECT_EQ(QDir(folder.filePath(QStringLiteral("new folder"))).entryList(QDir::Files),
+              QStringList{QStringLiteral("still.jpg")});
+}
+
+// Without a face model the photo is still taken, and the user is told why no face is listed.
+TEST(CommandLine, photoWithoutAFaceModelSaysSoAndTakesThePhoto) {
+    QTemporaryDir folder;
+    const QString photo = folder.filePath(QStringLiteral("still.jpg"));
+    const Result result =
+        runTessaro({QStringLiteral("photo"), QStringLiteral("--camera"), QStringLiteral("virtual"),
+                    QStringLiteral("--faces"), QStringLiteral("--output"), photo},
+                   {{QStringLiteral("TESSARO_FACE_MODEL_DIR"), folder.path()}});
+    EXPECT_EQ(result.exitCode, 0) << result.out.toStdString();
+    EXPECT_TRUE(result.out.contains(QStringLiteral("no face model"))) << result.out.toStdString();
+    EXPECT_FALSE(QImageReader(photo).size().isEmpty());
 }
 
 // Each run claims its own name in one step, so two at once never share a clip.

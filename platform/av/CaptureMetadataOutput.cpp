@@ -1,0 +1,214 @@
+#include "platform/av/CaptureMetadataOutput.h"
+
+#include "platform/av/Logging.h"
+
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QMutexLocker>
+#include <QThreadPool>
+#include <QTimer>
+#include <QtConcurrent/QtConcurrentRun>
+
+#include <mutex>
+
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <gst/video/video.h>
+#include <opencv2/imgproc.hpp>
+#include <opencv2/objdetect.hpp>
+
+namespace av {
+
+struct CaptureMetadataOutput::GreyFrame {
+    cv::Mat pixels;
+    GstClockTime time = GST_CLOCK_TIME_NONE;
+};
+
+// Loaded on the worker at the first detection: parsing the model takes longer than a frame.
+struct CaptureMetadataOutput::Detector {
+    std::once_flag loading;
+    cv::CascadeClassifier classifier;
+    bool loaded = false;
+
+    // nanoseconds: the detection's own time, without the model's loading.
+    std::vector<MetadataObject> detect(const GreyFrame& frame, qint64* nanoseconds) {
+        std::call_once(loading, [this] {
+            const QString path = cascadePath();
+            try {
+                loaded = !path.isEmpty() && classifier.load(path.toStdString());
+            } catch (const cv::Exception& error) {
+                qCWarning(lcAv) << "face model" << path << "unreadable:" << error.what();
+            }
+            if (!loaded)
+                qCWarning(lcAv) << "no face model could be loaded (install opencv-data); no "
+                                   "faces are detected";
+        });
+        std::vector<MetadataObject> found;
+        if (!loaded)
+            return found;
+        QElapsedTimer timer;
+        timer.start();
+        // Scaled by area, so that no edge aliases away.
+        cv::Mat small;
+        if (frame.pixels.cols > detectionWidth)
+            cv::resize(frame.pixels, small,
+                       cv::Size(detectionWidth, std::max(1, frame.pixels.rows * detectionWidth /
+                                                                frame.pixels.cols)),
+                       0, 0, cv::INTER_AREA);
+        else
+            small = frame.pixels;
+        cv::Mat equalized;
+        cv::equalizeHist(small, equalized);
+        std::vector<cv::Rect> faces;
+        classifier.detectMultiScale(equalized, faces, 1.1, 4, 0, cv::Size(24, 24));
+        const double width = small.cols;
+        const double height = small.rows;
+        for (const cv::Rect& face : faces)
+            found.push_back(
+                {MetadataObject::typeFace,
+                 QRectF(face.x / width, face.y / height, face.width / width, face.height / height),
+                 frame.time});
+        *nanoseconds = timer.nsecsElapsed();
+        return found;
+    }
+};
+
+namespace {
+
+// One detection at a time for the whole process, on a thread that yields to the camera, the
+// encoder and the GUI: a niced thread gets its share when the machine is busy, never theirs.
+QThreadPool& detectionPool() {
+    static QThreadPool* pool = [] {
+        auto* made = new QThreadPool;
+        made->setMaxThreadCount(1);
+        made->setExpiryTimeout(-1);
+        made->start([] { setpriority(PRIO_PROCESS, pid_t(syscall(SYS_gettid)), 10); });
+        return made;
+    }();
+    return *pool;
+}
+
+// A copy of the luma plane: a plain copy is all the streaming thread does, the worker scales it.
+std::shared_ptr<CaptureMetadataOutput::GreyFrame> greyCopy(GstSample* sample) {
+    GstVideoInfo info;
+    GstCaps* caps = gst_sample_get_caps(sample);
+    GstBuffer* buffer = gst_sample_get_buffer(sample);
+    if (!caps || !buffer || !gst_video_info_from_caps(&info, caps) ||
+        GST_VIDEO_INFO_FORMAT(&info) != GST_VIDEO_FORMAT_I420)
+        return nullptr;
+    GstMapInfo map;
+    if (!gst_buffer_map(buffer, &map, GST_MAP_READ))
+        return nullptr;
+    const int width = GST_VIDEO_INFO_WIDTH(&info);
+    const int height = GST_VIDEO_INFO_HEIGHT(&info);
+    const cv::Mat luma(height, width, CV_8UC1, map.data + GST_VIDEO_INFO_PLANE_OFFSET(&info, 0),
+                       size_t(GST_VIDEO_INFO_PLANE_STRIDE(&info, 0)));
+    auto frame = std::make_shared<CaptureMetadataOutput::GreyFrame>();
+    frame->time = GST_BUFFER_PTS(buffer);
+    luma.copyTo(frame->pixels);
+    gst_buffer_unmap(buffer, &map);
+    return frame;
+}
+
+} // namespace
+
+CaptureMetadataOutput::CaptureMetadataOutput(QObject* parent)
+    : CaptureOutput(parent), videoConnection(new CaptureConnection(MediaType::video, this)),
+      detector(std::make_shared<Detector>()) {}
+
+CaptureMetadataOutput::~CaptureMetadataOutput() = default;
+
+QString CaptureMetadataOutput::cascadePath() {
+    static const QString found = [] {
+        QStringList folders{QStringLiteral("/usr/share/opencv4"),
+                            QStringLiteral("/usr/share/opencv")};
+        // Another folder of models instead, such as one without them.
+        if (const QString chosen = qEnvironmentVariable("TESSARO_FACE_MODEL_DIR");
+            !chosen.isEmpty())
+            folders = QStringList{chosen};
+        for (const QString& folder : folders)
+            for (const char* file : {"haarcascades/haarcascade_frontalface_alt2.xml",
+                                     "haarcascades/haarcascade_frontalface_default.xml",
+                                     "lbpcascades/lbpcascade_frontalface_improved.xml"}) {
+                const QString path = folder + QLatin1Char('/') + QString::fromLatin1(file);
+                if (QFileInfo(path).isReadable())
+                    return path;
+            }
+        qCWarning(lcAv).noquote() << "no face model under" << folders.join(QStringLiteral(", "))
+                                  << "(install opencv-data); faces are not detected";
+        return QString();
+    }();
+    return found;
+}
+
+QStringList CaptureMetadataOutput::availableMetadataObjectTypes() const {
+    return cascadePath().isEmpty() ? QStringList() : QStringList{MetadataObject::typeFace};
+}
+
+void CaptureMetadataOutput::setMetadataObjectTypes(const QStringList& value) {
+    const QStringList available = availableMetadataObjectTypes();
+    for (const QString& type : value)
+        if (!available.contains(type))
+            qFatal("av::CaptureMetadataOutput: type \"%s\" is not available", qPrintable(type));
+    types = value;
+    detecting = types.contains(MetadataObject::typeFace);
+}
+
+CaptureConnection* CaptureMetadataOutput::connectionWithMediaType(MediaType type) const {
+    return type == MediaType::video ? videoConnection : nullptr;
+}
+
+void CaptureMetadataOutput::handleSample(MediaType type, GstSample* sample) {
+    if (type != MediaType::video || !detecting)
+        return;
+    ++seen;
+    {
+        // A copy is made only while the worker waits for one.
+        QMutexLocker lock(&mutex);
+        if (noticePending || running)
+            return;
+        noticePending = true;
+    }
+    std::shared_ptr<GreyFrame> frame = greyCopy(sample);
+    QMutexLocker lock(&mutex);
+    latest = std::move(frame);
+    QMetaObject::invokeMethod(this, &CaptureMetadataOutput::startDetection, Qt::QueuedConnection);
+}
+
+void CaptureMetadataOutput::startDetection() {
+    std::shared_ptr<GreyFrame> frame;
+    {
+        QMutexLocker lock(&mutex);
+        noticePending = false;
+        frame = std::exchange(latest, nullptr);
+        if (!frame)
+            return;
+        running = true;
+    }
+    started.start();
+    QtConcurrent::run(&detectionPool(), [detector = detector, frame] {
+        qint64 nanoseconds = 0;
+        std::vector<MetadataObject> objects = detector->detect(*frame, &nanoseconds);
+        return std::make_pair(std::move(objects), nanoseconds);
+    }).then(this, [this](const std::pair<std::vector<MetadataObject>, qint64>& result) {
+        const auto& [objects, nanoseconds] = result;
+        // The next frame is asked for once the interval is over.
+        QTimer::singleShot(std::max<qint64>(0, minimumInterval - started.elapsed()), this, [this] {
+            QMutexLocker lock(&mutex);
+            running = false;
+        });
+        ++detected;
+        detectionNanoseconds += nanoseconds;
+        if (objectsDelegate && detecting)
+            objectsDelegate->didOutputMetadataObjects(this, objects);
+    });
+}
+
+void CaptureMetadataOutput::sessionWillStop() {
+    QMutexLocker lock(&mutex);
+    latest.reset();
+}
+
+} // namespace av
