@@ -9,6 +9,7 @@
 
 #include <QTextStream>
 #include <QThreadPool>
+#include <QTransform>
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <climits>
@@ -278,8 +279,13 @@ void CKFPhotoSession::process(const QByteArray& data,
         const std::optional<ui::Image> image = ui::Image::fromData(data);
         if (!image || !target)
             return image;
+        // The crop works in a phone sensor's layout, a quarter turn from how the phone is held
+        // upright. Frames here come upright already (a webcam, or a sensor whose mounting the
+        // camera stack has turned), so they are laid that way first; otherwise a desktop
+        // webcam's portrait crop would show its scene on its side.
+        const ui::Image sensorLayout(image->displayedImage().transformed(QTransform().rotate(-90)));
         const std::optional<ui::Image> cropped =
-            CKUtils::cropAndScale(*image, target->width(), target->height(), held, mirrored);
+            CKUtils::cropAndScale(sensorLayout, target->width(), target->height(), held, mirrored);
         return cropped ? cropped : image;
     }).then(this, [settings, onCaptured, onError](const std::optional<ui::Image>& image) {
         if (image)

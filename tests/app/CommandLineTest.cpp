@@ -272,7 +272,13 @@ TEST(CommandLine, photoTakesOneStillAtTheAskedSizeWithItsFacesAndKeepsTheRules) 
     QImageReader reader(photo);
     reader.setAutoTransform(true);
     EXPECT_EQ(reader.transformation(), QImageIOHandler::TransformationRotate90);
-    EXPECT_EQ(reader.read().size(), QSize(1080, 1920));
+    const QImage shown = reader.read();
+    EXPECT_EQ(shown.size(), QSize(1080, 1920));
+    // Upright, not the scene on its side: the subject's orange jacket fills the bottom middle,
+    // beside its zip.
+    const QColor jacket = shown.pixelColor(400, 1700);
+    EXPECT_TRUE(jacket.red() > 180 && jacket.red() - jacket.blue() > 100)
+        << jacket.name().toStdString();
     QFile file(photo);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     // The EXIF segment leads, with the day the photo was taken.
