@@ -160,60 +160,45 @@ void CKFPhotoSession::didOutputMetadataObjects(av::CaptureMetadataOutput*,
 
 void CKFPhotoSession::setZoom(double value) {
     CKFSession::setZoom(value);
-    av::CaptureDevice* device = cameraInput ? cameraInput->device() : nullptr;
-    if (!device)
+    if (!cameraInput || !cameraInput->device())
         return;
-    try {
-        device->lockForConfiguration();
-        device->setVideoZoomFactor(value);
-        device->unlockForConfiguration();
-    } catch (const av::Error&) {
-    }
+    configureCamera(cameraInput,
+                    [value](av::CaptureDevice& device) { device.setVideoZoomFactor(value); });
     notifyDelegate(value, QStringLiteral("zoom"));
 }
 
 void CKFPhotoSession::focusAt(const QPointF& point) {
-    av::CaptureDevice* device = cameraInput ? cameraInput->device() : nullptr;
-    if (!device || !device->isFocusPointOfInterestSupported())
+    av::CaptureDevice* camera = cameraInput ? cameraInput->device() : nullptr;
+    if (!camera || !camera->isFocusPointOfInterestSupported())
         return;
-    try {
-        device->lockForConfiguration();
-    } catch (const av::Error& error) {
-        printLine(QStringLiteral("Error while focusing at point (%1, %2): %3")
-                      .arg(point.x())
-                      .arg(point.y())
-                      .arg(QString::fromUtf8(error.what())));
-        return;
-    }
-    device->setFocusPointOfInterest(point);
-    device->setFocusMode(av::CaptureDevice::FocusMode::continuousAutoFocus);
-    device->unlockForConfiguration();
+    configureCamera(
+        cameraInput,
+        [point](av::CaptureDevice& device) {
+            device.setFocusPointOfInterest(point);
+            device.setFocusMode(av::CaptureDevice::FocusMode::continuousAutoFocus);
+        },
+        [point](const av::Error& error) {
+            printLine(QStringLiteral("Error while focusing at point (%1, %2): %3")
+                          .arg(point.x())
+                          .arg(point.y())
+                          .arg(QString::fromUtf8(error.what())));
+        });
 }
 
 void CKFPhotoSession::setResolution(const QSizeF& value) {
     size = value;
-    av::CaptureDevice* device = cameraInput ? cameraInput->device() : nullptr;
-    if (!device)
-        return;
-    try {
-        device->lockForConfiguration();
-    } catch (const av::Error&) {
-        return;
-    }
-    bool formatFound = false;
-    if (size.width() > 0 && size.height() > 0) {
-        if (const std::optional<av::CaptureDeviceFormat> format = deviceInputFormat(
-                *cameraInput, wholePixels(size.width()), wholePixels(size.height()), 30)) {
-            device->setActiveFormat(*format);
-            formatFound = true;
+    configureCamera(cameraInput, [this](av::CaptureDevice& device) {
+        if (size.width() > 0 && size.height() > 0) {
+            if (const std::optional<av::CaptureDeviceFormat> format = deviceInputFormat(
+                    *cameraInput, wholePixels(size.width()), wholePixels(size.height()), 30)) {
+                device.setActiveFormat(*format);
+                return;
+            }
         }
-    }
-    if (!formatFound) {
         session()->setSessionPreset(av::CaptureSession::presetHigh);
         // The preset decides only while no format is chosen on the device.
-        device->setActiveFormat(av::CaptureDeviceFormat{});
-    }
-    device->unlockForConfiguration();
+        device.setActiveFormat(av::CaptureDeviceFormat{});
+    });
 }
 
 void CKFPhotoSession::capture(CaptureCallback callback, ErrorCallback onError) {

@@ -160,3 +160,20 @@ CKFSession::nearestDeviceInputFormat(const av::CaptureDevice& device, qint64 wid
     }
     return nearest;
 }
+
+void CKFSession::configureCamera(av::CaptureDeviceInput* camera,
+                                 const std::function<void(av::CaptureDevice&)>& change,
+                                 const std::function<void(const av::Error&)>& onLockFailed) {
+    av::CaptureDevice* device = camera ? camera->device() : nullptr;
+    if (!device)
+        return;
+    try {
+        device->lockForConfiguration();
+    } catch (const av::Error& error) {
+        if (onLockFailed)
+            onLockFailed(error);
+        return;
+    }
+    change(*device);
+    device->unlockForConfiguration();
+}

@@ -10,6 +10,7 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -17,6 +18,7 @@ namespace av {
 class CaptureDevice;
 class CaptureDeviceInput;
 class CaptureSession;
+class Error;
 } // namespace av
 
 class CKFSessionDelegate;
@@ -103,6 +105,11 @@ protected:
     // Sends the notice to the delegate, if it is still there.
     void notifyDelegate(const QVariant& value, const QString& key);
     void reportDeviceProblem(const QString& description);
+    // Runs change on the camera, locked for configuration. Without a camera it does nothing; a
+    // camera that cannot be locked is left alone and onLockFailed, if given, hears why.
+    static void configureCamera(av::CaptureDeviceInput* camera,
+                                const std::function<void(av::CaptureDevice&)>& change,
+                                const std::function<void(const av::Error&)>& onLockFailed = {});
 
 private:
     std::unique_ptr<av::CaptureSession> captureSession;

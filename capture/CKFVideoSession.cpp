@@ -96,30 +96,18 @@ void CKFVideoSession::matchMicrophone() {
     session()->addInput(microphoneInput);
 }
 
-void CKFVideoSession::configureCamera(const std::function<void(av::CaptureDevice&)>& change) {
-    av::CaptureDevice* device = cameraInput ? cameraInput->device() : nullptr;
-    if (!device)
-        return;
-    try {
-        device->lockForConfiguration();
-    } catch (const av::Error&) {
-        return;
-    }
-    change(*device);
-    device->unlockForConfiguration();
-}
-
 void CKFVideoSession::setZoom(double value) {
     CKFSession::setZoom(value);
     if (!cameraInput || !cameraInput->device())
         return;
-    configureCamera([value](av::CaptureDevice& device) { device.setVideoZoomFactor(value); });
+    configureCamera(cameraInput,
+                    [value](av::CaptureDevice& device) { device.setVideoZoomFactor(value); });
     notifyDelegate(value, QStringLiteral("zoom"));
 }
 
 void CKFVideoSession::setFlashMode(FlashMode value) {
     flash = value;
-    configureCamera([value](av::CaptureDevice& device) {
+    configureCamera(cameraInput, [value](av::CaptureDevice& device) {
         const auto torch = av::CaptureDevice::TorchMode(int(value));
         if (device.isTorchModeSupported(torch))
             device.setTorchMode(torch);
@@ -136,7 +124,7 @@ void CKFVideoSession::setWidth(qint64 width, qint64 height, qint64 frameRate) {
         deviceInputFormat(*cameraInput, width, height, frameRate);
     if (!format)
         return;
-    configureCamera([&](av::CaptureDevice& device) {
+    configureCamera(cameraInput, [&](av::CaptureDevice& device) {
         device.setActiveFormat(*format);
         const av::FrameDuration oneFrame{1, qint32(frameRate)};
         device.setActiveVideoMinFrameDuration(oneFrame);

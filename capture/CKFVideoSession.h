@@ -72,10 +72,6 @@ private:
     // The virtual microphone's hiss belongs to the virtual scene: a real camera without a
     // microphone of its own records no sound.
     void matchMicrophone();
-    // Changes the camera under its configuration lock; no camera, or a lock that fails (the
-    // camera is gone), changes nothing and says nothing.
-    void configureCamera(const std::function<void(av::CaptureDevice&)>& change);
-
     // A record request whose callbacks have not run yet.
     bool recording = false;
     bool started = false;
