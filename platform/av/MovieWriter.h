@@ -66,6 +66,8 @@ public:
     // Target bit rate in kbit/s: 17 Mbit/s at 1080p30, 25 at 1080p60, 45 at 2160p30, and a
     // power law between and beyond them.
     static int videoBitrate(int width, int height, double frameRate);
+    // How many frames of this many bytes may wait for the encoder before frames are dropped.
+    static quint64 queuedFrames(quint64 frameBytes, double frameRate);
 
 private:
     bool hasOrigin() const { return GST_CLOCK_TIME_IS_VALID(origin); }

@@ -669,6 +669,21 @@ TEST(MovieWriterTest, BitRateMeetsTheReferenceFormatsAndGrowsWithThePicture) {
     EXPECT_EQ(av::MovieWriter::videoBitrate(1920, 1080, 0), 17000);
 }
 
+TEST(MovieWriterTest, QueueRidesOutAQuarterSecondWithinItsMemory) {
+    constexpr quint64 frame1080 = 1920 * 1080 * 3 / 2;
+    constexpr quint64 frame2160 = 3840 * 2160 * 3 / 2;
+    // A loaded two-core machine has up to 7 frames of a 1080p30 take waiting.
+    EXPECT_EQ(av::MovieWriter::queuedFrames(frame1080, 30), 8u);
+    EXPECT_EQ(av::MovieWriter::queuedFrames(frame1080, 60), 15u);
+    EXPECT_EQ(av::MovieWriter::queuedFrames(frame1080, 0), 8u);
+    const quint64 uhd = av::MovieWriter::queuedFrames(frame2160, 30);
+    EXPECT_EQ(uhd, 5u);
+    EXPECT_LE(uhd * frame2160, quint64(64) << 20);
+    // Never so few that one late frame is a drop.
+    EXPECT_EQ(av::MovieWriter::queuedFrames(7680 * 4320 * 3 / 2, 30), 2u);
+    EXPECT_EQ(av::MovieWriter::queuedFrames(320 * 240 * 3 / 2, 5), 2u);
+}
+
 TEST(MovieWriterTest, EncoderChoiceNeverWaitsForTheHardwareProbe) {
     gst_init(nullptr, nullptr);
     // A size no other test uses, so this process has not probed it yet.
