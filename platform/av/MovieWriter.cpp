@@ -25,10 +25,13 @@ constexpr GstClockTime reservedDuration = 10 * 60 * GST_SECOND;
 constexpr GstClockTime headerUpdatePeriod = GST_SECOND;
 
 // Frames that may wait for the encoder: a quarter second rides out the encoder thread losing its
-// core for a moment on a loaded two-core machine (another build, the header rewrite each second),
-// and at 4K it stays at 100 MB. A machine too slow for the format drops frames here instead of
-// holding up the camera or piling up memory.
+// core for a moment on a loaded two-core machine (another build, the header rewrite each second;
+// a 1080p30 take there has up to 7 frames waiting). Larger frames stop at 64 MB, five (0.17 s) at
+// 2160p30: the 4K take's memory has no room for more, and a machine that cannot keep up with 4K
+// drops as many frames with a longer queue. A machine too slow for the format drops frames here
+// instead of holding up the camera or piling up memory.
 constexpr double queuedSeconds = 0.25;
+constexpr quint64 queuedBytesLimit = quint64(64) << 20;
 
 // Sound that arrives before the first frame is held for at most this long.
 constexpr GstClockTime audioHoldLimit = GST_SECOND;
@@ -50,6 +53,12 @@ GstElement* makeAppSource(const char* name, GstCaps* caps, quint64 maxBytes,
 
 } // namespace
 
+quint64 MovieWriter::queuedFrames(quint64 frameBytes, double frameRate) {
+    const quint64 forTime = quint64(std::ceil((frameRate > 0 ? frameRate : 30.0) * queuedSeconds));
+    return std::max<quint64>(
+        2, std::min(forTime, queuedBytesLimit / std::max<quint64>(1, frameBytes)));
+}
+
 MovieWriter::MovieWriter(const QString& path, GstCaps* videoCaps, GstCaps* audioCaps,
                          int rotationDegrees, BusWatch::Handler onMessage)
     : videoCapsHeld(videoCaps, GstRef::add), audioCapsHeld(audioCaps, GstRef::add) {
@@ -68,8 +77,7 @@ MovieWriter::MovieWriter(const QString& path, GstCaps* videoCaps, GstCaps* audio
         return element;
     };
 
-    const quint64 queuedFrames =
-        std::max<quint64>(2, quint64(std::ceil(frameRateOf(videoInfo) * queuedSeconds)));
+    const quint64 queuedFrames = MovieWriter::queuedFrames(videoInfo.size, frameRateOf(videoInfo));
     // Every frame is the format's size, so the bytes count whole frames.
     maxVideoBytes = quint64(videoInfo.size) * queuedFrames;
     videoSource = add(makeAppSource("video", videoCaps, maxVideoBytes, queuedFrames));

@@ -33,6 +33,8 @@ public:
     MovieWriter& operator=(const MovieWriter&) = delete;
 
     const QString& encoderName() const { return videoEncoder; }
+    // How many frames of this many bytes may wait for the encoder before frames are dropped.
+    static quint64 queuedFrames(quint64 frameBytes, double frameRate);
 
     // The movie starts at the first frame pushed; sound from before it is cut off, sound that
     // arrives before it waits (a second at most). The buffers are borrowed: the writer keeps

@@ -1,5 +1,6 @@
 #include "platform/av/CaptureMovieFileOutput.h"
 #include "platform/av/BusWatch.h"
+#include "platform/av/MovieWriter.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -600,6 +601,21 @@ TEST_F(CaptureMovieFileOutputTest, SessionWillStopEndsTheMovieAndFinishesItLater
 }
 
 // Runs only as the child of SurvivesSigkill: records until it is killed.
+TEST(MovieWriterTest, QueueRidesOutAQuarterSecondWithinItsMemory) {
+    constexpr quint64 frame1080 = 1920 * 1080 * 3 / 2;
+    constexpr quint64 frame2160 = 3840 * 2160 * 3 / 2;
+    // A loaded two-core machine has up to 7 frames of a 1080p30 take waiting.
+    EXPECT_EQ(av::MovieWriter::queuedFrames(frame1080, 30), 8u);
+    EXPECT_EQ(av::MovieWriter::queuedFrames(frame1080, 60), 15u);
+    EXPECT_EQ(av::MovieWriter::queuedFrames(frame1080, 0), 8u);
+    const quint64 uhd = av::MovieWriter::queuedFrames(frame2160, 30);
+    EXPECT_EQ(uhd, 5u);
+    EXPECT_LE(uhd * frame2160, quint64(64) << 20);
+    // Never so few that one late frame is a drop.
+    EXPECT_EQ(av::MovieWriter::queuedFrames(7680 * 4320 * 3 / 2, 30), 2u);
+    EXPECT_EQ(av::MovieWriter::queuedFrames(320 * 240 * 3 / 2, 5), 2u);
+}
+
 TEST(CaptureMovieFileOutputChild, RecordsUntilKilled) {
     const QString path = qEnvironmentVariable(childVariable);
     if (path.isEmpty())

@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QTest>
+#include <QThread>
 #include <gtest/gtest.h>
 
 #include <array>
@@ -223,6 +224,25 @@ TEST_F(Layer, drawsNewFramesAheadOnItsWorkerAndMayGoWhileItDraws) {
     QCoreApplication::processEvents();
     delete leaving;
     QTest::qWait(100);
+}
+
+// A frame drawn ahead is let go by the worker once drawn, not when the GUI thread gets round to
+// the picture: while a recording's frames wait for the encoder, every frame held is megabytes.
+TEST_F(Layer, theWorkerLetsItsFrameGoOnceDrawn) {
+    layer.setFrame(QRectF(0, 0, 32, 18));
+    layer.contents();
+    const GstHandle<GstSample> frame = frameOf(32, 18, "bt601", [](int, int) {
+        return Yuv{120, 128, 128};
+    });
+    show(frame);
+    // The GUI thread stays busy here: the drawn picture cannot reach the layer meanwhile.
+    const auto references = [&] { return GST_MINI_OBJECT_REFCOUNT_VALUE(frame.get()); };
+    for (int waited = 0; references() > 2 && waited < 10000; waited += 5)
+        QThread::msleep(5);
+    EXPECT_EQ(references(), 2) << "held by this test and by the layer as its current frame only";
+    EXPECT_EQ(layer.framesConvertedInBackground(), 0u);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return layer.framesConvertedInBackground() == 1; }, 10000));
+    EXPECT_NEAR(QColor(layer.contents().pixel(16, 9)).red(), (120 - 16) * 255 / 219, 2);
 }
 
 } // namespace
