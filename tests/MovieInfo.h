@@ -10,8 +10,15 @@
 #include <gst/pbutils/pbutils.h>
 
 struct MovieInfo {
+    // Whether the discoverer could read the file at all.
+    bool readable = false;
+    // The container's caps name ("video/quicktime"), empty for a bare stream.
+    QString container;
     // Caps names ("video/x-h264", "audio/mpeg"); empty where the movie has no such stream.
     QString videoCodec, audioCodec;
+    // The sound's MPEG version: 4 for AAC, 0 without one.
+    int audioMpegVersion = 0;
+    int audioStreams = 0;
     int width = 0, height = 0;
     double seconds = 0;
     // The video's image-orientation tag ("rotate-90" ...), empty without one.
@@ -39,6 +46,11 @@ inline MovieInfo inspectMovie(const QString& path) {
                           gst_structure_get_name(gst_caps_get_structure(caps.get(), 0)))
                     : QString();
     };
+    info.readable = gst_discoverer_info_get_result(result) == GST_DISCOVERER_OK;
+    const av::GstHandle<GstDiscovererStreamInfo> top(gst_discoverer_info_get_stream_info(result),
+                                                     av::GstRef::adopt);
+    if (GST_IS_DISCOVERER_CONTAINER_INFO(top.get()))
+        info.container = capsName(top.get());
     info.seconds = double(gst_discoverer_info_get_duration(result)) / GST_SECOND;
     GList* videos = gst_discoverer_info_get_video_streams(result);
     if (videos) {
@@ -53,8 +65,16 @@ inline MovieInfo inspectMovie(const QString& path) {
             info.orientation = QString::fromUtf8(orientation);
     }
     GList* audios = gst_discoverer_info_get_audio_streams(result);
-    if (audios)
-        info.audioCodec = capsName(GST_DISCOVERER_STREAM_INFO(audios->data));
+    info.audioStreams = int(g_list_length(audios));
+    if (audios) {
+        auto* audio = GST_DISCOVERER_STREAM_INFO(audios->data);
+        info.audioCodec = capsName(audio);
+        const av::GstHandle<GstCaps> caps(gst_discoverer_stream_info_get_caps(audio),
+                                          av::GstRef::adopt);
+        if (caps)
+            gst_structure_get_int(gst_caps_get_structure(caps.get(), 0), "mpegversion",
+                                  &info.audioMpegVersion);
+    }
     gst_discoverer_stream_info_list_free(videos);
     gst_discoverer_stream_info_list_free(audios);
     return info;

@@ -1,6 +1,7 @@
 #include "platform/av/CaptureMovieFileOutput.h"
 #include "platform/av/BusWatch.h"
 #include "platform/av/MovieWriter.h"
+#include "tests/MovieInfo.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -12,7 +13,6 @@
 #include <QThread>
 
 #include <gst/app/gstappsink.h>
-#include <gst/pbutils/pbutils.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -20,7 +20,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -38,13 +37,8 @@ using av::MediaType;
 constexpr const char* childVariable = "TESSARO_RECORD_UNTIL_KILLED";
 constexpr const char* childStartedMarker = "tessaro-child-recording";
 
-bool waitUntil(const std::function<bool()>& done, int milliseconds = 15000) {
-    return QTest::qWaitFor(done, milliseconds);
-}
-
-void spin(int milliseconds) {
-    QTest::qWait(milliseconds);
-}
+// Recording, encoding and finishing a file take far longer than an ordinary wait.
+constexpr int patience = 15000;
 
 // Stands in for the capture session: live test sources whose samples reach the output from
 // their streaming threads, timestamped in the pipeline's running time.
@@ -89,8 +83,8 @@ public:
     // Plays, then hands the output the negotiated formats, as the session does.
     void start() {
         gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
-        ASSERT_TRUE(
-            waitUntil([this] { return caps(videoSink) && (!audioSink || caps(audioSink)); }));
+        ASSERT_TRUE(QTest::qWaitFor(
+            [this] { return caps(videoSink) && (!audioSink || caps(audioSink)); }, patience));
         output->sessionDidStart(caps(videoSink).get(), audioSink ? caps(audioSink).get() : nullptr,
                                 pipeline.get());
     }
@@ -207,66 +201,6 @@ struct Delegate : CaptureMovieFileOutput::RecordingDelegate {
     bool insideCall = false;
 };
 
-struct Movie {
-    bool readable = false;
-    QString container;
-    QString video;
-    int width = 0;
-    int height = 0;
-    QString audio;
-    int audioStreams = 0;
-    QString orientation;
-    double seconds = 0;
-};
-
-QString capsName(GstDiscovererStreamInfo* info) {
-    GstHandle<GstCaps> caps(gst_discoverer_stream_info_get_caps(info), GstRef::adopt);
-    if (!caps || gst_caps_is_empty(caps.get()))
-        return {};
-    const GstStructure* structure = gst_caps_get_structure(caps.get(), 0);
-    QString name = QString::fromUtf8(gst_structure_get_name(structure));
-    int version = 0;
-    if (gst_structure_get_int(structure, "mpegversion", &version))
-        name += QStringLiteral(".%1").arg(version);
-    return name;
-}
-
-Movie discover(const QString& path) {
-    Movie movie;
-    const GstHandle<GstDiscoverer> discoverer(gst_discoverer_new(10 * GST_SECOND, nullptr),
-                                              GstRef::adopt);
-    g_autofree gchar* uri = gst_filename_to_uri(path.toLocal8Bit().constData(), nullptr);
-    const GstHandle<GstDiscovererInfo> info(
-        gst_discoverer_discover_uri(discoverer.get(), uri, nullptr), GstRef::adopt);
-    if (info && gst_discoverer_info_get_result(info.get()) == GST_DISCOVERER_OK) {
-        movie.readable = true;
-        movie.seconds = double(gst_discoverer_info_get_duration(info.get())) / GST_SECOND;
-        const GstHandle<GstDiscovererStreamInfo> top(
-            gst_discoverer_info_get_stream_info(info.get()), GstRef::adopt);
-        if (GST_IS_DISCOVERER_CONTAINER_INFO(top.get()))
-            movie.container = capsName(top.get());
-        GList* videos = gst_discoverer_info_get_video_streams(info.get());
-        if (videos) {
-            auto* video = GST_DISCOVERER_VIDEO_INFO(videos->data);
-            movie.video = capsName(GST_DISCOVERER_STREAM_INFO(video));
-            movie.width = int(gst_discoverer_video_info_get_width(video));
-            movie.height = int(gst_discoverer_video_info_get_height(video));
-            g_autofree gchar* orientation = nullptr;
-            const GstTagList* tags =
-                gst_discoverer_stream_info_get_tags(GST_DISCOVERER_STREAM_INFO(video));
-            if (tags && gst_tag_list_get_string(tags, GST_TAG_IMAGE_ORIENTATION, &orientation))
-                movie.orientation = QString::fromUtf8(orientation);
-        }
-        gst_discoverer_stream_info_list_free(videos);
-        GList* audios = gst_discoverer_info_get_audio_streams(info.get());
-        movie.audioStreams = int(g_list_length(audios));
-        if (audios)
-            movie.audio = capsName(GST_DISCOVERER_STREAM_INFO(audios->data));
-        gst_discoverer_stream_info_list_free(audios);
-    }
-    return movie;
-}
-
 // Decodes the movie's pictures; -1 when decoding fails before the end.
 int decodedFrames(const QString& path) {
     const QString description =
@@ -293,7 +227,7 @@ int decodedFrames(const QString& path) {
 // machine makes the picture source fall behind real time. Its length comes from the time stamps,
 // not from a count of frames, give or take a frame and the sound's last blocks (a source block
 // and the encoder's padding to whole AAC blocks).
-void expectDurationOfWhatWasFed(const Movie& movie, const FakeSession::Fed& fed,
+void expectDurationOfWhatWasFed(const MovieInfo& movie, const FakeSession::Fed& fed,
                                 bool withSound = true) {
     ASSERT_TRUE(GST_CLOCK_TIME_IS_VALID(fed.firstFrame));
     const double frame = 1 / 30.0;
@@ -333,10 +267,11 @@ protected:
     // Starts, records for about this long after the first frame, stops and waits for the file.
     void record(const QUrl& url, Delegate& delegate, int milliseconds) {
         start(url, delegate);
-        ASSERT_TRUE(waitUntil([&] { return delegate.starts == 1 || delegate.finishes == 1; }));
-        spin(milliseconds);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.starts == 1 || delegate.finishes == 1; },
+                                    patience));
+        QTest::qWait(milliseconds);
         stop(delegate);
-        ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.finishes == 1; }, patience));
     }
 
     QTemporaryDir folder;
@@ -375,13 +310,14 @@ TEST_F(CaptureMovieFileOutputTest, RecordsAQuickTimeMovieWithH264AndAac) {
 
         // Each clip replaces the one before.
         EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 1);
-        const Movie movie = discover(url.toLocalFile());
+        const MovieInfo movie = inspectMovie(url.toLocalFile());
         ASSERT_TRUE(movie.readable);
         EXPECT_EQ(movie.container, "video/quicktime");
-        EXPECT_EQ(movie.video, "video/x-h264");
+        EXPECT_EQ(movie.videoCodec, "video/x-h264");
         EXPECT_EQ(movie.width, row.width);
         EXPECT_EQ(movie.height, row.height);
-        EXPECT_EQ(movie.audio, row.withAudio ? "audio/mpeg.4" : "");
+        EXPECT_EQ(movie.audioCodec, row.withAudio ? "audio/mpeg" : "");
+        EXPECT_EQ(movie.audioMpegVersion, row.withAudio ? 4 : 0);
         EXPECT_EQ(movie.audioStreams, row.withAudio ? 1 : 0);
         expectDurationOfWhatWasFed(movie, session.fed(), row.withAudio);
         EXPECT_EQ(decodedFrames(url.toLocalFile()), output.framesWritten());
@@ -397,7 +333,7 @@ TEST_F(CaptureMovieFileOutputTest, StartsAndStopsOnlyWhenItMay) {
     output.sessionWillStop();
     Delegate late;
     start(fileURL(QStringLiteral("late.mov")), late);
-    ASSERT_TRUE(waitUntil([&] { return late.finishes == 1; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return late.finishes == 1; }, patience));
     ASSERT_TRUE(late.error);
     EXPECT_EQ(late.error->code(), Error::Code::sessionNotRunning);
 
@@ -407,7 +343,7 @@ TEST_F(CaptureMovieFileOutputTest, StartsAndStopsOnlyWhenItMay) {
     const QUrl emptyURL = fileURL(QStringLiteral("empty.mov"));
     EXPECT_TRUE(start(emptyURL, empty));
     stop(empty);
-    ASSERT_TRUE(waitUntil([&] { return empty.finishes == 1; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return empty.finishes == 1; }, patience));
     EXPECT_EQ(empty.starts, 0);
     ASSERT_TRUE(empty.error);
     EXPECT_EQ(empty.error->code(), Error::Code::recordingFailed);
@@ -426,20 +362,20 @@ TEST_F(CaptureMovieFileOutputTest, StartsAndStopsOnlyWhenItMay) {
     // Refused while starting and while running, before anything changes.
     EXPECT_FALSE(start(other, second));
     session.feeding = true;
-    ASSERT_TRUE(waitUntil([&] { return first.starts == 1; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return first.starts == 1; }, patience));
     EXPECT_FALSE(start(other, second));
     EXPECT_EQ(output.outputFileURL(), url);
-    spin(300);
+    QTest::qWait(300);
     stop(first);
     stop(first);
-    ASSERT_TRUE(waitUntil([&] { return first.finishes == 1; }));
-    spin(200);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return first.finishes == 1; }, patience));
+    QTest::qWait(200);
     EXPECT_EQ(first.starts, 1);
     EXPECT_EQ(first.finishes, 1);
     EXPECT_FALSE(first.error);
     EXPECT_EQ(second.starts + second.finishes, 0);
     EXPECT_FALSE(QFile::exists(other.toLocalFile()));
-    EXPECT_TRUE(discover(url.toLocalFile()).readable);
+    EXPECT_TRUE(inspectMovie(url.toLocalFile()).readable);
 }
 
 // Frames arrive a tenth of a second after they were taken: the movie still starts with the first
@@ -448,28 +384,28 @@ TEST_F(CaptureMovieFileOutputTest, StartsAndStopsOnlyWhenItMay) {
 TEST_F(CaptureMovieFileOutputTest, KeepsToTheFramesTakenBetweenStartAndStop) {
     FakeSession session(&output, 640, 360, false, 100);
     session.start();
-    spin(300);
+    QTest::qWait(300);
     const GstClockTime frame = GST_SECOND / 30;
     Delegate delegate;
     const QUrl url = fileURL(QStringLiteral("timed.mov"));
     const GstClockTime before = session.runningTime();
     ASSERT_TRUE(start(url, delegate));
     const GstClockTime after = session.runningTime();
-    ASSERT_TRUE(waitUntil([&] { return delegate.starts == 1; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.starts == 1; }, patience));
     EXPECT_GE(output.requestTime(), before);
     EXPECT_LE(output.requestTime(), after);
     EXPECT_GE(output.firstFrameTime(), output.requestTime());
     EXPECT_LE(output.firstFrameTime(), after + frame);
 
-    spin(500);
+    QTest::qWait(500);
     // A camera that delivers nothing for about ten frames.
     session.feeding = false;
-    spin(330);
+    QTest::qWait(330);
     session.feeding = true;
-    spin(500);
+    QTest::qWait(500);
     const GstClockTime stopped = session.runningTime();
     stop(delegate);
-    ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.finishes == 1; }, patience));
     ASSERT_FALSE(delegate.error);
     EXPECT_GE(output.lastFrameTime(), stopped);
     EXPECT_LE(output.lastFrameTime(), session.runningTime());
@@ -492,13 +428,13 @@ TEST_F(CaptureMovieFileOutputTest, AFullDiskEndsTheRecordingAndKeepsWhatWasWritt
     Delegate delegate;
     const QUrl url = QUrl::fromLocalFile(small + QStringLiteral("/full.mov"));
     ASSERT_TRUE(start(url, delegate));
-    ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }, 30000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.finishes == 1; }, 30000));
     ASSERT_TRUE(delegate.error);
     EXPECT_EQ(delegate.error->code(), Error::Code::diskFull);
     EXPECT_TRUE(delegate.error->localizedDescription().contains(QStringLiteral("disk is full")))
         << delegate.error->localizedDescription().toStdString();
     EXPECT_FALSE(output.isRecording());
-    const Movie movie = discover(url.toLocalFile());
+    const MovieInfo movie = inspectMovie(url.toLocalFile());
     ASSERT_TRUE(movie.readable);
     EXPECT_GT(movie.seconds, 0.5);
     EXPECT_GT(decodedFrames(url.toLocalFile()), 15);
@@ -522,7 +458,7 @@ TEST_F(CaptureMovieFileOutputTest, WritesTheConnectionsOrientationAsRotation) {
         Delegate delegate;
         const QUrl url = fileURL(QStringLiteral("%1.mov").arg(row.tag));
         record(url, delegate, 300);
-        const Movie movie = discover(url.toLocalFile());
+        const MovieInfo movie = inspectMovie(url.toLocalFile());
         // The pixels keep the camera's shape; only the player turns them.
         EXPECT_EQ(movie.width, 640);
         EXPECT_EQ(movie.height, 360);
@@ -558,7 +494,7 @@ TEST_F(CaptureMovieFileOutputTest, ReportsWhereItCannotWrite) {
             continue;
         Delegate delegate;
         start(row.url, delegate);
-        ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.finishes == 1; }, patience));
         EXPECT_LE(delegate.starts, row.code == Error::Code::diskFull ? 1 : 0);
         EXPECT_FALSE(delegate.synchronous);
         ASSERT_TRUE(delegate.error);
@@ -578,8 +514,8 @@ TEST_F(CaptureMovieFileOutputTest, SessionWillStopEndsTheMovieAndFinishesItLater
     Delegate delegate;
     const QUrl url = fileURL(QStringLiteral("closing.mov"));
     start(url, delegate);
-    ASSERT_TRUE(waitUntil([&] { return delegate.starts == 1; }));
-    spin(800);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.starts == 1; }, patience));
+    QTest::qWait(800);
     output.sessionWillStop();
     session.start();
     EXPECT_EQ(delegate.finishes, 0);
@@ -587,11 +523,11 @@ TEST_F(CaptureMovieFileOutputTest, SessionWillStopEndsTheMovieAndFinishesItLater
     Delegate refused;
     EXPECT_FALSE(start(fileURL(QStringLiteral("refused.mov")), refused));
 
-    ASSERT_TRUE(waitUntil([&] { return delegate.finishes == 1; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.finishes == 1; }, patience));
     EXPECT_FALSE(output.isRecording());
     ASSERT_FALSE(delegate.error) << delegate.error->localizedDescription().toStdString();
     EXPECT_FALSE(delegate.synchronous);
-    const Movie movie = discover(url.toLocalFile());
+    const MovieInfo movie = inspectMovie(url.toLocalFile());
     EXPECT_TRUE(movie.readable);
     expectDurationOfWhatWasFed(movie, session.fed());
 
@@ -626,10 +562,10 @@ TEST(CaptureMovieFileOutputChild, RecordsUntilKilled) {
     session.start();
     Delegate delegate;
     output.startRecordingToOutputFileURL(QUrl::fromLocalFile(path), &delegate);
-    ASSERT_TRUE(waitUntil([&] { return delegate.starts == 1; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.starts == 1; }, patience));
     std::printf("%s\n", childStartedMarker);
     std::fflush(stdout);
-    spin(30000);
+    QTest::qWait(30000);
 }
 
 TEST_F(CaptureMovieFileOutputTest, SurvivesSigkill) {
@@ -641,20 +577,22 @@ TEST_F(CaptureMovieFileOutputTest, SurvivesSigkill) {
     child.start(QCoreApplication::applicationFilePath(),
                 {QStringLiteral("--gtest_filter=CaptureMovieFileOutputChild.RecordsUntilKilled")});
     QByteArray printed;
-    ASSERT_TRUE(waitUntil([&] {
-        child.waitForReadyRead(10);
-        printed += child.readAllStandardOutput();
-        return printed.contains(childStartedMarker) || child.state() == QProcess::NotRunning;
-    }));
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] {
+            child.waitForReadyRead(10);
+            printed += child.readAllStandardOutput();
+            return printed.contains(childStartedMarker) || child.state() == QProcess::NotRunning;
+        },
+        patience));
     ASSERT_TRUE(printed.contains(childStartedMarker)) << printed.toStdString();
     QThread::msleep(2500);
     child.kill();
     ASSERT_TRUE(child.waitForFinished(5000));
     ASSERT_EQ(child.exitStatus(), QProcess::CrashExit);
 
-    const Movie movie = discover(path);
+    const MovieInfo movie = inspectMovie(path);
     ASSERT_TRUE(movie.readable);
-    EXPECT_EQ(movie.video, "video/x-h264");
+    EXPECT_EQ(movie.videoCodec, "video/x-h264");
     EXPECT_GT(movie.seconds, 1.0);
     EXPECT_LT(movie.seconds, 4.0);
     EXPECT_GE(decodedFrames(path), 30);
@@ -699,8 +637,8 @@ TEST_F(BusWatchTest, DeliversInOrderOnTheGuiThreadUntilTheHandlerDestroysIt) {
     });
     poster.join();
     EXPECT_TRUE(numbers.empty());
-    ASSERT_TRUE(waitUntil([&] { return !watch; }, 5000));
-    spin(50);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !watch; }, 5000));
+    QTest::qWait(50);
     EXPECT_FALSE(offGuiThread);
     ASSERT_EQ(numbers.size(), 100u);
     for (int i = 0; i < 100; ++i)

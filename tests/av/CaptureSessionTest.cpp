@@ -4,10 +4,9 @@
 #include "platform/av/CapturePreviewOutput.h"
 #include "platform/av/VirtualCameraDevice.h"
 #include "platform/av/VirtualMicrophoneDevice.h"
+#include "tests/MovieInfo.h"
 
 #include <QDir>
-#include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -171,13 +170,7 @@ TEST(MicrophoneLoss, theTakeSoFarIsKeptAndThePictureGoesOnWithoutSound) {
     for (CaptureInput* input : session.inputs())
         EXPECT_NE(qobject_cast<CaptureDeviceInput*>(input)->device(), &microphone);
 
-    const QString probe = QStandardPaths::findExecutable(QStringLiteral("gst-discoverer-1.0"));
-    if (!probe.isEmpty()) {
-        QProcess discoverer;
-        discoverer.start(probe, {QUrl::fromLocalFile(file).toString()});
-        ASSERT_TRUE(discoverer.waitForFinished(30000));
-        EXPECT_TRUE(discoverer.readAllStandardOutput().contains("video")) << "the clip plays";
-    }
+    EXPECT_EQ(inspectMovie(file).videoCodec, QStringLiteral("video/x-h264")) << "the clip plays";
 }
 
 } // namespace

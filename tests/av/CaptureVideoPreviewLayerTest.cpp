@@ -51,6 +51,11 @@ GstHandle<GstSample> frameOf(int width, int height, const char* colorimetry,
                                 GstRef::adopt);
 }
 
+// A grey frame in BT.601 video range.
+GstHandle<GstSample> greyFrame(int width, int height, std::uint8_t luma) {
+    return frameOf(width, height, "bt601", [luma](int, int) { return Yuv{luma, 128, 128}; });
+}
+
 // Within 6 levels of 255: GStreamer's converter works with 8-bit coefficients. A wrong matrix or
 // range is off by tens of levels, so this still tells them apart.
 void expectColour(QRgb actual, QColor expected, const std::string& what) {
@@ -153,7 +158,7 @@ TEST_F(Layer, drawsEachPointWhereThePointOfInterestSaysItIs) {
 }
 
 TEST_F(Layer, fittedPicturesHaveBarsAndFilledOnesNone) {
-    show(frameOf(64, 36, "bt601", [](int, int) { return Yuv{235, 128, 128}; }));
+    show(greyFrame(64, 36, 235));
     layer.setFrame(QRectF(0, 0, 100, 100));
     layer.setVideoGravity(Gravity::resizeAspect);
     QImage picture = layer.contents();
@@ -180,9 +185,7 @@ TEST_F(Layer, fittedPicturesHaveBarsAndFilledOnesNone) {
 TEST_F(Layer, onlyTheNewestOfTheFramesThatArrivedMeanwhileIsConverted) {
     layer.setFrame(QRectF(0, 0, 16, 16));
     for (std::uint8_t luma : {50, 100, 150, 200})
-        layer.output()->handleSample(MediaType::video, frameOf(16, 16, "bt601", [&](int, int) {
-                                                           return Yuv{luma, 128, 128};
-                                                       }).get());
+        layer.output()->handleSample(MediaType::video, greyFrame(16, 16, luma).get());
     QCoreApplication::processEvents();
     const QImage picture = layer.contents();
     EXPECT_EQ(layer.framesDisplayed(), 1u);
@@ -198,7 +201,7 @@ TEST_F(Layer, onlyTheNewestOfTheFramesThatArrivedMeanwhileIsConverted) {
 // goes while its worker draws is simply not told.
 TEST_F(Layer, drawsNewFramesAheadOnItsWorkerAndMayGoWhileItDraws) {
     layer.setFrame(QRectF(0, 0, 32, 18));
-    show(frameOf(32, 18, "bt601", [](int, int) { return Yuv{100, 128, 128}; }));
+    show(greyFrame(32, 18, 100));
     QTest::qWait(50);
     EXPECT_EQ(layer.framesConvertedInBackground(), 0u) << "nobody painted: nothing drawn ahead";
     EXPECT_FALSE(layer.contents().isNull());
@@ -206,9 +209,7 @@ TEST_F(Layer, drawsNewFramesAheadOnItsWorkerAndMayGoWhileItDraws) {
     QObject::connect(&layer, &CaptureVideoPreviewLayer::needsDisplay, [&] { ++told; });
     for (const std::uint8_t luma : {60, 180}) {
         const int before = told;
-        layer.output()->handleSample(MediaType::video, frameOf(32, 18, "bt601", [&](int, int) {
-                                                           return Yuv{luma, 128, 128};
-                                                       }).get());
+        layer.output()->handleSample(MediaType::video, greyFrame(32, 18, luma).get());
         ASSERT_TRUE(QTest::qWaitFor([&] { return told > before; }, 10000));
         EXPECT_NEAR(QColor(layer.contents().pixel(16, 9)).red(), (luma - 16) * 255 / 219, 2);
     }
@@ -218,9 +219,7 @@ TEST_F(Layer, drawsNewFramesAheadOnItsWorkerAndMayGoWhileItDraws) {
     auto* leaving = new CaptureVideoPreviewLayer(nullptr);
     leaving->setFrame(QRectF(0, 0, 640, 360));
     leaving->contents();
-    leaving->output()->handleSample(MediaType::video, frameOf(640, 360, "bt601", [](int, int) {
-                                                          return Yuv{90, 128, 128};
-                                                      }).get());
+    leaving->output()->handleSample(MediaType::video, greyFrame(640, 360, 90).get());
     QCoreApplication::processEvents();
     delete leaving;
     QTest::qWait(100);

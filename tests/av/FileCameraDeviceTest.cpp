@@ -41,6 +41,14 @@ int lumaAt(GstSample* sample, int x, int y) {
     return luma;
 }
 
+QString writeFile(const QTemporaryDir& folder, const QString& name, const QByteArray& bytes) {
+    const QString path = folder.filePath(name);
+    QFile file(path);
+    file.open(QIODevice::WriteOnly);
+    file.write(bytes);
+    return path;
+}
+
 TEST(FileCameraDevice, aVideoLoopsAtTheSessionFormatWithBlackBars) {
     QTemporaryDir folder;
     FileCameraDevice camera(makeClip(folder));
@@ -75,21 +83,8 @@ TEST(FileCameraDevice, aVideoLoopsAtTheSessionFormatWithBlackBars) {
 
 TEST(FileCameraDevice, aFileThatIsNoVideoStopsTheSessionWithAnError) {
     QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("broken.mp4"));
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray(4096, 'x'));
-    file.close();
-    FileCameraDevice camera(path);
+    FileCameraDevice camera(writeFile(folder, QStringLiteral("broken.mp4"), QByteArray(4096, 'x')));
     EXPECT_TRUE(sessionFailure(camera));
-}
-
-QString writeFile(const QTemporaryDir& folder, const QString& name, const QByteArray& bytes) {
-    const QString path = folder.filePath(name);
-    QFile file(path);
-    file.open(QIODevice::WriteOnly);
-    file.write(bytes);
-    return path;
 }
 
 // The PNG chunk checksum (CRC-32, bit by bit: a few bytes only).

@@ -210,6 +210,28 @@ private:
     GstHandle<GstElement> m_sink;
 };
 
+// A blank frame of one format and size for a renderer to draw into.
+struct Canvas {
+    Canvas(GstVideoFormat format, int width, int height) {
+        gst_video_info_set_format(&info, format, guint(width), guint(height));
+        buffer = GstHandle<GstBuffer>(gst_buffer_new_allocate(nullptr, info.size, nullptr),
+                                      GstRef::adopt);
+    }
+    bool draw(const VirtualCameraSource::Renderer& renderer, double zoom, bool torch,
+              GstClockTime time = 0) {
+        GstVideoFrame frame;
+        if (!gst_video_frame_map(&frame, &info, buffer.get(), GST_MAP_WRITE)) {
+            ADD_FAILURE() << "could not map the frame";
+            return false;
+        }
+        const bool drawn = renderer.render(&frame, zoom, torch, time);
+        gst_video_frame_unmap(&frame);
+        return drawn;
+    }
+    GstVideoInfo info;
+    GstHandle<GstBuffer> buffer;
+};
+
 const char* const caps720p60 = "video/x-raw,format=I420,width=1280,height=720,framerate=60/1";
 
 class VirtualCameraSourceTest : public ::testing::Test {
@@ -223,15 +245,9 @@ protected:
 
     static Picture render(const VirtualCameraSource::Renderer& renderer, double zoom,
                           bool torch = false, GstVideoFormat format = GST_VIDEO_FORMAT_I420) {
-        GstVideoInfo info;
-        gst_video_info_set_format(&info, format, guint(renderer.width()), guint(renderer.height()));
-        GstHandle<GstBuffer> buffer(gst_buffer_new_allocate(nullptr, info.size, nullptr),
-                                    GstRef::adopt);
-        GstVideoFrame frame;
-        gst_video_frame_map(&frame, &info, buffer.get(), GST_MAP_WRITE);
-        EXPECT_TRUE(renderer.render(&frame, zoom, torch, 0));
-        gst_video_frame_unmap(&frame);
-        return pictureOf(buffer.get(), info);
+        Canvas canvas(format, renderer.width(), renderer.height());
+        EXPECT_TRUE(canvas.draw(renderer, zoom, torch));
+        return pictureOf(canvas.buffer.get(), canvas.info);
     }
 };
 
@@ -394,16 +410,8 @@ TEST_F(VirtualCameraSourceTest, rendersNv12AsI420WithInterleavedChroma) {
 
     // Another format, or another size than the renderer's, is refused.
     for (auto [format, width, height] : {std::tuple(GST_VIDEO_FORMAT_RGBA, 1280u, 720u),
-                                         std::tuple(GST_VIDEO_FORMAT_I420, 1920u, 1080u)}) {
-        GstVideoInfo info;
-        gst_video_info_set_format(&info, format, width, height);
-        GstHandle<GstBuffer> buffer(gst_buffer_new_allocate(nullptr, info.size, nullptr),
-                                    GstRef::adopt);
-        GstVideoFrame frame;
-        ASSERT_TRUE(gst_video_frame_map(&frame, &info, buffer.get(), GST_MAP_WRITE));
-        EXPECT_FALSE(renderer.render(&frame, 1.0, false, 0)) << width;
-        gst_video_frame_unmap(&frame);
-    }
+                                         std::tuple(GST_VIDEO_FORMAT_I420, 1920u, 1080u)})
+        EXPECT_FALSE(Canvas(format, int(width), int(height)).draw(renderer, 1.0, false)) << width;
 }
 
 // While the zoom rests, frames are copied from the scene kept from the frame before and only the
@@ -413,18 +421,10 @@ TEST_F(VirtualCameraSourceTest, aRestingZoomCopiesTheSceneAndDrawsTheSameFrames)
     for (const GstVideoFormat format : {GST_VIDEO_FORMAT_I420, GST_VIDEO_FORMAT_NV12}) {
         const auto draw = [&](const VirtualCameraSource::Renderer& renderer, double zoom,
                               bool torch, double seconds) {
-            GstVideoInfo info;
-            gst_video_info_set_format(&info, format, 640, 360);
-            GstHandle<GstBuffer> buffer(gst_buffer_new_allocate(nullptr, info.size, nullptr),
-                                        GstRef::adopt);
-            GstVideoFrame frame;
-            gst_video_frame_map(&frame, &info, buffer.get(), GST_MAP_WRITE);
-            EXPECT_TRUE(renderer.render(&frame, zoom, torch, GstClockTime(seconds * GST_SECOND)));
-            gst_video_frame_unmap(&frame);
-            GstMapInfo map;
-            gst_buffer_map(buffer.get(), &map, GST_MAP_READ);
-            std::vector<std::uint8_t> bytes(map.data, map.data + map.size);
-            gst_buffer_unmap(buffer.get(), &map);
+            Canvas canvas(format, 640, 360);
+            EXPECT_TRUE(canvas.draw(renderer, zoom, torch, GstClockTime(seconds * GST_SECOND)));
+            std::vector<std::uint8_t> bytes(canvas.info.size);
+            gst_buffer_extract(canvas.buffer.get(), 0, bytes.data(), bytes.size());
             return bytes;
         };
         const VirtualCameraSource::Renderer steady(640, 360, false);

@@ -144,20 +144,27 @@ TEST_F(ZoomFilterTest, ZoomOnePassesFramesThroughBitExact) {
 // Linear ramps survive bilinear scaling, so every output sample must show the source position
 // its centre maps to, centre + (i + 0.5 - centre) / zoom - 0.5, within one level. Chroma planes
 // are zoomed at their own size, down to planes one sample wide or high, and rows just long enough
-// for the vector kernels. Every output sample is made from samples of its own plane: whatever
+// for the vector kernels. Frames of up to 16 samples each way get steep ramps, on which a sample
+// blended from its two nearest neighbours by the wrong weights shows as a wrong level that gentle
+// ramps hide within one. Every output sample is made from samples of its own plane: whatever
 // fills the padding after rows and planes (where a tap one past the last sample or row would
 // land), the picture is the same.
 TEST_F(ZoomFilterTest, ZoomShowsTheCentreOfTheFrameFromItsOwnPlanes) {
-    const Pattern ramps = [](int component, double x, double y) {
+    const Pattern gentle = [](int component, double x, double y) {
         return component == 0 ? x : component == 1 ? 2 * y : 200 - x;
+    };
+    const Pattern steep = [](int component, double x, double y) {
+        return component == 0 ? 15 * x : component == 1 ? 15 * y : 240 - 15 * x;
     };
     for (GstVideoFormat format : formats) {
         for (const Layout& layout :
              {Layout(format, 256, 128), Layout(format, 255, 127), Layout(format, 1, 1),
               Layout(format, 2, 1), Layout(format, 1, 2), Layout(format, 3, 1),
               Layout(format, 1, 3), Layout(format, 2, 2), Layout(format, 3, 3),
-              Layout(format, 5, 3), Layout(format, 35, 3), Layout(format, 67, 1),
-              Layout(format, 1, 67), Layout(format, 642, 362)}) {
+              Layout(format, 5, 3), Layout(format, 16, 16), Layout(format, 35, 3),
+              Layout(format, 67, 1), Layout(format, 1, 67), Layout(format, 642, 362)}) {
+            const bool small = layout.info.width <= 16 && layout.info.height <= 16;
+            const Pattern& ramps = small ? steep : gentle;
             for (double zoom : {2.0, 1.5, 3.7, 100.0}) {
                 SCOPED_TRACE(describe(layout) + " zoom " + std::to_string(zoom));
                 auto h = harness(layout);
@@ -165,7 +172,7 @@ TEST_F(ZoomFilterTest, ZoomShowsTheCentreOfTheFrameFromItsOwnPlanes) {
                 const Bytes output = pass(h.get(), layout.frame(ramps));
                 ASSERT_EQ(output.size(), layout.info.size);
                 int wrong = 0;
-                // The ramps fit in a byte up to 256 samples across.
+                // The gentle ramps fit in a byte up to 256 samples across.
                 layout.forEachSample([&](int component, int x, int y, int width, int height,
                                          gsize offset) {
                     if (layout.info.width > 256)
@@ -306,32 +313,6 @@ TEST_F(ZoomFilterTest, ZoomWrittenFromAnotherThreadWhileFramesFlow) {
             mismatches += output != reference[seen.back()];
         }
         EXPECT_EQ(mismatches, 0u);
-    }
-}
-
-// Each output sample blends its two nearest source samples by its distance to them: on steep
-// ramps a wrong weight shows as a wrong level, which the gentle ramps above hide within a level.
-TEST_F(ZoomFilterTest, SamplesBlendTheirNeighboursByDistance) {
-    const Pattern steep = [](int component, double x, double y) {
-        return component == 0 ? 15 * x : component == 1 ? 15 * y : 240 - 15 * x;
-    };
-    const auto source = [](double zoom, int i, int n) {
-        return n / 2.0 + (i + 0.5 - n / 2.0) / zoom - 0.5;
-    };
-    for (GstVideoFormat format : formats) {
-        const Layout layout(format, 16, 16);
-        for (double zoom : {1.5, 3.7}) {
-            SCOPED_TRACE(describe(layout) + " zoom " + std::to_string(zoom));
-            auto h = harness(layout);
-            setZoom(h.get(), zoom);
-            const Bytes output = pass(h.get(), layout.frame(steep));
-            layout.forEachSample([&](int component, int x, int y, int width, int height,
-                                     gsize offset) {
-                EXPECT_NEAR(output[offset],
-                            steep(component, source(zoom, x, width), source(zoom, y, height)), 1.0)
-                    << "component " << component << " at " << x << "," << y;
-            });
-        }
     }
 }
 

@@ -94,7 +94,6 @@ protected:
 TEST_F(VideoPreviewTest, PlaysTheClipFilledLoudAndLooping) {
     VideoPreviewViewController* preview = presentPreview(clip);
     ASSERT_TRUE(preview->player);
-    EXPECT_EQ(preview->cameraVC, camera);
     EXPECT_FALSE(preview->player->isMuted());
     EXPECT_EQ(preview->player->actionAtItemEnd(), av::Player::ActionAtItemEnd::none);
     EXPECT_EQ(preview->playerLayer->videoGravity(),

@@ -50,13 +50,13 @@ protected:
         ADD_FAILURE() << "no button " << title.toStdString();
     }
     static bool settled(ui::ViewController* presenter) {
-        return waitFor([presenter] {
+        return QTest::qWaitFor([presenter] {
             return presenter->presentedViewController() &&
                    !presenter->presentedViewController()->isBeingPresented();
         });
     }
     bool allClosed() {
-        return waitFor([this] { return !root->presentedViewController(); });
+        return QTest::qWaitFor([this] { return !root->presentedViewController(); });
     }
     static QStringList lines(ui::ViewController* dialog) {
         auto* d = static_cast<RateAppDialogViewController*>(dialog);
@@ -85,7 +85,7 @@ TEST_F(RateAppDialogsTest, EitherAnswerReplacesTheFirstCardOverTheSameScreen) {
         EXPECT_EQ(first->backgroundView->cornerRadius(), 11);
 
         tap(first, answer);
-        ASSERT_TRUE(waitFor([&] { return first.isNull() && settled(root); }));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return first.isNull() && settled(root); }));
         EXPECT_TRUE(root->presentedViewController()->inherits(next));
         EXPECT_EQ(root->presentedViewController()->modalPresentationStyle(),
                   ui::ModalPresentationStyle::overCurrentContext);
@@ -121,7 +121,7 @@ TEST_F(RateAppDialogsTest, WithoutAMailProgramTheFeedbackCardStaysAndShowsNothin
         auto* dialog = show<RateAppMailViewController>();
         tap(dialog, "Write to us");
         // The composer waits, unshown, for the answer and goes when it is no.
-        EXPECT_TRUE(waitFor(
+        EXPECT_TRUE(QTest::qWaitFor(
             [&] { return dialog->findChildren<ui::MailComposeViewController*>().isEmpty(); }));
         EXPECT_EQ(root->presentedViewController(), dialog);
         root->dismiss(false);
@@ -156,7 +156,8 @@ TEST_F(RateAppDialogsTest, LeavingTheComposerAnyWayClosesItAndTheFeedbackCard) {
         EXPECT_EQ(composer->messageBody(), "");
 
         leave(composer);
-        EXPECT_TRUE(waitFor([&] { return dialog.isNull() && !root->presentedViewController(); }));
+        EXPECT_TRUE(
+            QTest::qWaitFor([&] { return dialog.isNull() && !root->presentedViewController(); }));
     }
     const QString expected = "--subject\nTessaro CAM\n--body\nThe zoom judders.\n"
                              "support@tessaro.org\n";
@@ -164,7 +165,7 @@ TEST_F(RateAppDialogsTest, LeavingTheComposerAnyWayClosesItAndTheFeedbackCard) {
         QFile file(arguments);
         return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
     };
-    waitFor([&] { return written() == expected; });
+    (void)QTest::qWaitFor([&] { return written() == expected; });
     EXPECT_EQ(written(), expected);
 }
 

@@ -56,11 +56,6 @@ protected:
         foundation::Preferences::resetStandardForTesting();
     }
 
-    // Runs the event loop, deferred deletes included, until the condition holds.
-    static bool waitFor(const std::function<bool()>& condition) {
-        return QTest::qWaitFor(condition);
-    }
-
     QTemporaryDir folder;
     const QDateTime start = QDateTime(QDate(2026, 3, 1), QTime(12, 0), Qt::UTC);
     QDateTime clock = start;
