@@ -1,5 +1,6 @@
 #include "platform/av/CaptureMetadataOutput.h"
 
+#include "platform/av/FaceDetector.h"
 #include "platform/av/Logging.h"
 
 #include <QElapsedTimer>
@@ -16,31 +17,29 @@
 #include <unistd.h>
 
 #include <gst/video/video.h>
-#include <opencv2/imgproc.hpp>
-#include <opencv2/objdetect.hpp>
+
+#include <algorithm>
+#include <vector>
 
 namespace av {
 
 struct CaptureMetadataOutput::GreyFrame {
-    cv::Mat pixels;
+    std::vector<unsigned char> pixels;
+    int width = 0, height = 0;
     GstClockTime time = GST_CLOCK_TIME_NONE;
 };
 
 // Loaded on the worker at the first detection: parsing the model takes longer than a frame.
 struct CaptureMetadataOutput::Detector {
     std::once_flag loading;
-    cv::CascadeClassifier classifier;
+    FaceDetector faces;
     bool loaded = false;
 
     // nanoseconds: the detection's own time, without the model's loading.
     std::vector<MetadataObject> detect(const GreyFrame& frame, qint64* nanoseconds) {
         std::call_once(loading, [this] {
             const QString path = cascadePath();
-            try {
-                loaded = !path.isEmpty() && classifier.load(path.toStdString());
-            } catch (const cv::Exception& error) {
-                qCWarning(lcAv) << "face model" << path << "unreadable:" << error.what();
-            }
+            loaded = !path.isEmpty() && faces.load(path);
             if (!loaded)
                 qCWarning(lcAv) << "no face model could be loaded (install opencv-data); no "
                                    "faces are detected";
@@ -50,26 +49,9 @@ struct CaptureMetadataOutput::Detector {
             return found;
         QElapsedTimer timer;
         timer.start();
-        // Scaled by area, so that no edge aliases away.
-        cv::Mat small;
-        if (frame.pixels.cols > detectionWidth)
-            cv::resize(frame.pixels, small,
-                       cv::Size(detectionWidth, std::max(1, frame.pixels.rows * detectionWidth /
-                                                                frame.pixels.cols)),
-                       0, 0, cv::INTER_AREA);
-        else
-            small = frame.pixels;
-        cv::Mat equalized;
-        cv::equalizeHist(small, equalized);
-        std::vector<cv::Rect> faces;
-        classifier.detectMultiScale(equalized, faces, 1.1, 4, 0, cv::Size(24, 24));
-        const double width = small.cols;
-        const double height = small.rows;
-        for (const cv::Rect& face : faces)
-            found.push_back(
-                {MetadataObject::typeFace,
-                 QRectF(face.x / width, face.y / height, face.width / width, face.height / height),
-                 frame.time});
+        for (const QRectF& box : faces.detect(frame.pixels.data(), frame.width, frame.height,
+                                              frame.width, detectionWidth))
+            found.push_back({MetadataObject::typeFace, box, frame.time});
         *nanoseconds = timer.nsecsElapsed();
         return found;
     }
@@ -103,11 +85,16 @@ std::shared_ptr<CaptureMetadataOutput::GreyFrame> greyCopy(GstSample* sample) {
         return nullptr;
     const int width = GST_VIDEO_INFO_WIDTH(&info);
     const int height = GST_VIDEO_INFO_HEIGHT(&info);
-    const cv::Mat luma(height, width, CV_8UC1, map.data + GST_VIDEO_INFO_PLANE_OFFSET(&info, 0),
-                       size_t(GST_VIDEO_INFO_PLANE_STRIDE(&info, 0)));
+    const guint8* luma = map.data + GST_VIDEO_INFO_PLANE_OFFSET(&info, 0);
+    const int stride = GST_VIDEO_INFO_PLANE_STRIDE(&info, 0);
     auto frame = std::make_shared<CaptureMetadataOutput::GreyFrame>();
     frame->time = GST_BUFFER_PTS(buffer);
-    luma.copyTo(frame->pixels);
+    frame->width = width;
+    frame->height = height;
+    frame->pixels.resize(size_t(width) * size_t(height));
+    for (int row = 0; row < height; ++row)
+        std::copy_n(luma + size_t(row) * size_t(stride), width,
+                    frame->pixels.data() + size_t(row) * size_t(width));
     gst_buffer_unmap(buffer, &map);
     return frame;
 }

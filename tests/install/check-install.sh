@@ -27,6 +27,11 @@ version=$(run "$bin" --version)
 run "$bin" record --duration 1 --output "$root/home/clip.mov" >/dev/null
 [ -s "$root/home/clip.mov" ] || { echo "the installed program recorded no clip"; exit 1; }
 
+find "$root$prefix" -path '*/tessaro/tessaro-faces.so' | grep -q . ||
+    { echo "the face detector's module was not installed"; exit 1; }
+faces=$(run "$bin" photo --faces --output "$root/home/still.jpg" 2>&1)
+grep -q "^Face 1:" <<<"$faces" || { echo "the installed program found no face: $faces"; exit 1; }
+
 german=$(env -i HOME="$root/home" PATH=/usr/bin:/bin LANGUAGE=de LANG=de_DE.UTF-8 "$bin" --help)
 grep -q "Mit der Kamera NAME aufnehmen" <<<"$german" || { echo "no German: $german"; exit 1; }
 
@@ -45,4 +50,4 @@ if command -v appstreamcli >/dev/null; then
 else
     echo "appstreamcli is missing (package appstream): metainfo not checked"
 fi
-echo "installed under $prefix: runs, records, speaks German, finds its clips; desktop file and metainfo valid"
+echo "installed under $prefix: runs, records, finds faces, speaks German, finds its clips; desktop file and metainfo valid"
