@@ -355,55 +355,54 @@ TEST_F(CameraViewControllerTest, EachTakeEndsWithItsRampAndThePreviewGoesBackToT
     EXPECT_GE(take.elapsed(), 2000 - 10);
 }
 
-TEST_F(CameraViewControllerTest, AStopBeforeTheFirstFrameEndsTheTakeAndSaysWhatFailed) {
-    show();
-    CKFVideoSession* session = screen->videoSession();
-    // A paused camera sends no frame.
-    GstElement* pipeline = session->session()->pipeline();
-    gst_element_set_state(pipeline, GST_STATE_PAUSED);
-    QTest::qWait(200);
-    press();
-    press();
-    EXPECT_FALSE(screen->lastRamp()->timer);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }));
-    const QString failed =
-        foundation::Strings::localizedString("cam_recording_failed").arg(QString());
-    EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
-    EXPECT_TRUE(screen->cameraStatusLabel->text().startsWith(failed));
-    EXPECT_TRUE(controlsBack());
-    // The next press clears the message.
-    gst_element_set_state(pipeline, GST_STATE_PLAYING);
-    press();
-    EXPECT_FALSE(screen->cameraStatusLabel->isVisible());
-    press();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
-}
+// A take that fails says what failed, leaves nothing on disk and brings the controls back; once
+// the fault is mended, the next press clears the message and records.
+TEST_F(CameraViewControllerTest, AFailedTakeSaysWhyAndTheNextPressRecords) {
+    const struct {
+        const char* fault;
+        std::function<void(GstElement* pipeline, bool on)> set;
+        int presses;
+        QString says;
+    } rows[] = {
+        // A paused camera sends no frame: the stop comes before the first one.
+        {"stopped before the first frame",
+         [](GstElement* pipeline, bool on) {
+             gst_element_set_state(pipeline, on ? GST_STATE_PAUSED : GST_STATE_PLAYING);
+             if (on)
+                 QTest::qWait(200);
+         },
+         2, foundation::Strings::localizedString("cam_recording_failed").arg(QString())},
+        {"no H.264 encoder on the machine",
+         [](GstElement*, bool on) {
+             av::EncoderChoice::setVideoEncodersForTesting(on ? std::optional(QStringList{})
+                                                              : std::nullopt);
+         },
+         1, qtTrId("writer_tessaro_cannot_record_no")},
+    };
+    const QDir documents(folder.filePath(QStringLiteral("documents")));
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.fault);
+        show();
+        CKFVideoSession* session = screen->videoSession();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return screen->previewView->framesTaken() > 2; }, 10000));
+        row.set(session->session()->pipeline(), true);
+        for (int press = 0; press < row.presses; ++press)
+            this->press();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
+        row.set(session->session()->pipeline(), false);
+        EXPECT_FALSE(screen->lastRamp()->timer);
+        EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
+        EXPECT_TRUE(screen->cameraStatusLabel->text().contains(row.says))
+            << screen->cameraStatusLabel->text().toStdString();
+        EXPECT_TRUE(controlsBack());
+        EXPECT_TRUE(documents.entryList(QDir::Files | QDir::NoDotAndDotDot).isEmpty());
 
-// A machine without any H.264 encoder: the press says so and leaves nothing on disk; with
-// one back, the next press records.
-TEST_F(CameraViewControllerTest, WithoutAnEncoderThePressSaysSoAndTheControlsComeBack) {
-    show();
-    CKFVideoSession* session = screen->videoSession();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return screen->previewView->framesTaken() > 2; }, 10000));
-    av::EncoderChoice::setVideoEncodersForTesting(QStringList{});
-    press();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
-    av::EncoderChoice::setVideoEncodersForTesting(std::nullopt);
-    EXPECT_FALSE(screen->lastRamp()->timer);
-    EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
-    EXPECT_TRUE(
-        screen->cameraStatusLabel->text().contains(qtTrId("writer_tessaro_cannot_record_no")))
-        << screen->cameraStatusLabel->text().toStdString();
-    EXPECT_TRUE(controlsBack());
-    EXPECT_TRUE(QDir(folder.filePath(QStringLiteral("documents")))
-                    .entryList(QDir::Files | QDir::NoDotAndDotDot)
-                    .isEmpty());
-
-    press();
-    EXPECT_FALSE(screen->cameraStatusLabel->isVisible());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return session->hasRecordingStarted(); }, 10000));
-    press();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
+        press();
+        EXPECT_FALSE(screen->cameraStatusLabel->isVisible());
+        EXPECT_TRUE(QTest::qWaitFor([&] { return session->hasRecordingStarted(); }, 10000));
+        press();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
+    }
 }
 
 TEST_F(CameraViewControllerTest, AHeldSpaceIsOnePress) {
