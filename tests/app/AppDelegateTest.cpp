@@ -84,8 +84,12 @@ TEST_F(LaunchTest, theFirstScreenFollowsTheTutorialsState) {
     }
 }
 
-TEST_F(LaunchTest, unregisteredOrMismatchedScreensKeepThePlainRoot) {
+TEST_F(LaunchTest, noWindowOrAnUnregisteredOrMismatchedScreenKeepsThePlainRoot) {
     EXPECT_TRUE(delegate.didFinishLaunchingWithOptions(nullptr, {}));
+    EXPECT_EQ(window->rootViewController(), plainRoot);
+    registerScreen<CameraViewController>("CameraViewController");
+    AppDelegate windowless;
+    EXPECT_TRUE(windowless.didFinishLaunchingWithOptions(nullptr, {}));
     EXPECT_EQ(window->rootViewController(), plainRoot);
 
     // A scene whose class is not the one asked for is skipped and not leaked.
@@ -98,23 +102,12 @@ TEST_F(LaunchTest, unregisteredOrMismatchedScreensKeepThePlainRoot) {
     EXPECT_TRUE(wrong.isNull());
 }
 
-TEST_F(LaunchTest, noWindowSkipsRouting) {
-    registerScreen<CameraViewController>("CameraViewController");
-    AppDelegate windowless;
-    EXPECT_TRUE(windowless.didFinishLaunchingWithOptions(nullptr, {}));
-    EXPECT_EQ(window->rootViewController(), plainRoot);
-}
-
 TEST_F(LaunchTest, launchSetsThePromptDelayEveryTime) {
-    AppRating::daysUntilPrompt = 7;
-    delegate.didFinishLaunchingWithOptions(nullptr, {});
-    EXPECT_EQ(AppRating::daysUntilPrompt, 3);
-
-    // The checked setter turns zero into 10; the launch assigns directly, so 3 wins again.
-    AppRating::setDaysUntilPrompt(0);
-    EXPECT_EQ(AppRating::daysUntilPrompt, 10);
-    delegate.didFinishLaunchingWithOptions(nullptr, {});
-    EXPECT_EQ(AppRating::daysUntilPrompt, 3);
+    for (const int before : {7, 10}) {
+        AppRating::daysUntilPrompt = before;
+        delegate.didFinishLaunchingWithOptions(nullptr, {});
+        EXPECT_EQ(AppRating::daysUntilPrompt, 3) << before;
+    }
 }
 
 TEST(OrientationLock, answersAllUntilChangedThenExactlyTheLastValue) {

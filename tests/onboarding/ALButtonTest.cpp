@@ -59,7 +59,6 @@ TEST_F(ALButtonTest, FadesWhileHeldAndComesBackWhenTheTouchLeavesOrEnds) {
 }
 
 TEST_F(ALButtonTest, HighlightingNeverDarkensTheImage) {
-    EXPECT_FALSE(button->adjustsImageWhenHighlighted());
     QPixmap red(24, 24);
     red.fill(Qt::red);
     button->setImage(QIcon(red));

@@ -89,6 +89,16 @@ protected:
         screen->cameraButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
     }
 
+    // The controls hidden for a take are back, shown and taking clicks.
+    bool controlsBack() const {
+        return QTest::qWaitFor([this] {
+            return std::all_of(screen->topViews->begin(), screen->topViews->end(), [](auto& view) {
+                return !view || (ui::ViewAnimation::alpha(view) == 1.0 &&
+                                 !view->testAttribute(Qt::WA_TransparentForMouseEvents));
+            });
+        });
+    }
+
     static QImage picture(const QIcon& icon) { return icon.pixmap(32, 32).toImage(); }
     static QImage image(const char* name) {
         return picture(foundation::Bundle::main().image(QLatin1String(name)));
@@ -99,24 +109,35 @@ protected:
     QPointer<CameraViewController> screen;
 };
 
-TEST_F(CameraViewControllerTest, FirstStartShowsTheDefaults) {
-    show();
-    EXPECT_EQ(screen->hdButton->currentTitle(), QStringLiteral("HD"));
-    EXPECT_EQ(screen->durationButton->currentTitle(), QStringLiteral("5s"));
-    EXPECT_EQ(picture(screen->zoomInButton->currentImage()), image("ZoomOut"));
-    EXPECT_EQ(screen->zoomInButton->contentEdgeInsets(), QMargins(-7, 5, 0, 0));
-    EXPECT_EQ(screen->cameraInfoLabel->text(), foundation::Strings::localizedString("cam_zoom_in"));
-    EXPECT_EQ(screen->zoomInfoLabel->text(), foundation::Strings::localizedString("cam_zoom_info"));
-    EXPECT_TRUE(screen->previewView->showGrid());
-    EXPECT_TRUE(screen->changeCamButton);
-    EXPECT_EQ(screen->cameraButton->type(), CameraButtonType::video);
-    EXPECT_EQ(screen->videoSession()->flashMode(), CKFSession::FlashMode::automatic);
-    // In the zoom-out mode the preview shows the slider's zoom.
-    EXPECT_DOUBLE_EQ(screen->videoSession()->zoom(), double(screen->zoomSlider->value()));
-    // Without a real camera, the virtual one says so on the picture.
-    EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
-    EXPECT_EQ(screen->cameraStatusLabel->text(),
-              foundation::Strings::localizedString("cam_status_virtual"));
+// A zoom mode written by hand reads as the default, zoom-out, everywhere on the screen.
+TEST_F(CameraViewControllerTest, FirstStartAndAnOddZoomModeShowTheDefaults) {
+    for (const qint64 stored : {-1, 5}) {
+        SCOPED_TRACE(stored);
+        if (stored >= 0)
+            defaults().setInteger(PreferenceSchema::zoomMode, stored);
+        show();
+        EXPECT_EQ(screen->hdButton->currentTitle(), QStringLiteral("HD"));
+        EXPECT_EQ(screen->durationButton->currentTitle(), QStringLiteral("5s"));
+        EXPECT_EQ(picture(screen->zoomInButton->currentImage()), image("ZoomOut"));
+        EXPECT_EQ(screen->cameraInfoLabel->text(),
+                  foundation::Strings::localizedString("cam_zoom_in"));
+        EXPECT_TRUE(screen->previewView->showGrid());
+        EXPECT_EQ(screen->cameraButton->type(), CameraButtonType::video);
+        EXPECT_EQ(screen->videoSession()->flashMode(), CKFSession::FlashMode::automatic);
+        // In the zoom-out mode the preview shows the slider's zoom.
+        EXPECT_DOUBLE_EQ(screen->videoSession()->zoom(), double(screen->zoomSlider->value()));
+        // Without a real camera, the virtual one says so on the picture.
+        EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
+        EXPECT_EQ(screen->cameraStatusLabel->text(),
+                  foundation::Strings::localizedString("cam_status_virtual"));
+    }
+
+    screen->zoomInButton->sendActions(ui::Control::touchUpInside);
+    EXPECT_EQ(defaults().integerForKey(PreferenceSchema::zoomMode), 1);
+    EXPECT_EQ(picture(screen->zoomInButton->currentImage()), image("ZoomIn"));
+    EXPECT_EQ(screen->cameraInfoLabel->text(),
+              foundation::Strings::localizedString("cam_zoom_out"));
+    EXPECT_DOUBLE_EQ(screen->videoSession()->zoom(), 1.0);
 }
 
 TEST_F(CameraViewControllerTest, TabletsHaveNoCameraSwitchAndLandscapeEmptiesTheLabels) {
@@ -271,23 +292,6 @@ TEST_F(CameraViewControllerTest, FlashCyclesOffAutoOn) {
     }
 }
 
-// A value written by hand reads as the default, zoom-out, everywhere on the screen.
-TEST_F(CameraViewControllerTest, AnOddZoomModeReadsAsZoomOut) {
-    defaults().setInteger(PreferenceSchema::zoomMode, 5);
-    show();
-    EXPECT_EQ(picture(screen->zoomInButton->currentImage()), image("ZoomOut"));
-    EXPECT_EQ(screen->cameraInfoLabel->text(), foundation::Strings::localizedString("cam_zoom_in"));
-    EXPECT_DOUBLE_EQ(screen->videoSession()->zoom(), double(screen->zoomSlider->value()));
-
-    screen->zoomInButton->sendActions(ui::Control::touchUpInside);
-    EXPECT_EQ(defaults().integerForKey(PreferenceSchema::zoomMode), 1);
-    EXPECT_EQ(picture(screen->zoomInButton->currentImage()), image("ZoomIn"));
-    EXPECT_EQ(screen->zoomInButton->contentEdgeInsets(), QMargins(0, 0, 14, 0));
-    EXPECT_EQ(screen->cameraInfoLabel->text(),
-              foundation::Strings::localizedString("cam_zoom_out"));
-    EXPECT_DOUBLE_EQ(screen->videoSession()->zoom(), 1.0);
-}
-
 // The screen's ramp keeps to its clock: a timer that fires late runs every tick it missed, and
 // the ramp's end deselects the button; a new ramp stops the one before.
 TEST_F(CameraViewControllerTest, TheRampKeepsToItsClock) {
@@ -351,65 +355,54 @@ TEST_F(CameraViewControllerTest, EachTakeEndsWithItsRampAndThePreviewGoesBackToT
     EXPECT_GE(take.elapsed(), 2000 - 10);
 }
 
-TEST_F(CameraViewControllerTest, AStopBeforeTheFirstFrameEndsTheTakeAndSaysWhatFailed) {
-    show();
-    CKFVideoSession* session = screen->videoSession();
-    // A paused camera sends no frame.
-    GstElement* pipeline = session->session()->pipeline();
-    gst_element_set_state(pipeline, GST_STATE_PAUSED);
-    QTest::qWait(200);
-    press();
-    press();
-    EXPECT_FALSE(screen->lastRamp()->timer);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }));
-    const QString failed =
-        foundation::Strings::localizedString("cam_recording_failed").arg(QString());
-    EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
-    EXPECT_TRUE(screen->cameraStatusLabel->text().startsWith(failed));
-    // The controls are back, shown and taking clicks.
-    EXPECT_TRUE(QTest::qWaitFor([&] {
-        return std::all_of(screen->topViews->begin(), screen->topViews->end(), [](auto& view) {
-            return !view || (ui::ViewAnimation::alpha(view) == 1.0 &&
-                             !view->testAttribute(Qt::WA_TransparentForMouseEvents));
-        });
-    }));
-    // The next press clears the message.
-    gst_element_set_state(pipeline, GST_STATE_PLAYING);
-    press();
-    EXPECT_FALSE(screen->cameraStatusLabel->isVisible());
-    press();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
-}
+// A take that fails says what failed, leaves nothing on disk and brings the controls back; once
+// the fault is mended, the next press clears the message and records.
+TEST_F(CameraViewControllerTest, AFailedTakeSaysWhyAndTheNextPressRecords) {
+    const struct {
+        const char* fault;
+        std::function<void(GstElement* pipeline, bool on)> set;
+        int presses;
+        QString says;
+    } rows[] = {
+        // A paused camera sends no frame: the stop comes before the first one.
+        {"stopped before the first frame",
+         [](GstElement* pipeline, bool on) {
+             gst_element_set_state(pipeline, on ? GST_STATE_PAUSED : GST_STATE_PLAYING);
+             if (on)
+                 QTest::qWait(200);
+         },
+         2, foundation::Strings::localizedString("cam_recording_failed").arg(QString())},
+        {"no H.264 encoder on the machine",
+         [](GstElement*, bool on) {
+             av::EncoderChoice::setVideoEncodersForTesting(on ? std::optional(QStringList{})
+                                                              : std::nullopt);
+         },
+         1, qtTrId("writer_tessaro_cannot_record_no")},
+    };
+    const QDir documents(folder.filePath(QStringLiteral("documents")));
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.fault);
+        show();
+        CKFVideoSession* session = screen->videoSession();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return screen->previewView->framesTaken() > 2; }, 10000));
+        row.set(session->session()->pipeline(), true);
+        for (int press = 0; press < row.presses; ++press)
+            this->press();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
+        row.set(session->session()->pipeline(), false);
+        EXPECT_FALSE(screen->lastRamp()->timer);
+        EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
+        EXPECT_TRUE(screen->cameraStatusLabel->text().contains(row.says))
+            << screen->cameraStatusLabel->text().toStdString();
+        EXPECT_TRUE(controlsBack());
+        EXPECT_TRUE(documents.entryList(QDir::Files | QDir::NoDotAndDotDot).isEmpty());
 
-// A machine without any H.264 encoder: the press says so and leaves nothing on disk; with
-// one back, the next press records.
-TEST_F(CameraViewControllerTest, WithoutAnEncoderThePressSaysSoAndTheControlsComeBack) {
-    show();
-    CKFVideoSession* session = screen->videoSession();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return screen->previewView->framesTaken() > 2; }, 10000));
-    av::EncoderChoice::setVideoEncodersForTesting(QStringList{});
-    press();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
-    av::EncoderChoice::setVideoEncodersForTesting(std::nullopt);
-    EXPECT_FALSE(screen->lastRamp()->timer);
-    EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
-    EXPECT_TRUE(
-        screen->cameraStatusLabel->text().contains(qtTrId("writer_tessaro_cannot_record_no")))
-        << screen->cameraStatusLabel->text().toStdString();
-    EXPECT_TRUE(QTest::qWaitFor([&] {
-        return std::all_of(screen->topViews->begin(), screen->topViews->end(), [](auto& view) {
-            return !view || ui::ViewAnimation::alpha(view) == 1.0;
-        });
-    }));
-    EXPECT_TRUE(QDir(folder.filePath(QStringLiteral("documents")))
-                    .entryList(QDir::Files | QDir::NoDotAndDotDot)
-                    .isEmpty());
-
-    press();
-    EXPECT_FALSE(screen->cameraStatusLabel->isVisible());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return session->hasRecordingStarted(); }, 10000));
-    press();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
+        press();
+        EXPECT_FALSE(screen->cameraStatusLabel->isVisible());
+        EXPECT_TRUE(QTest::qWaitFor([&] { return session->hasRecordingStarted(); }, 10000));
+        press();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
+    }
 }
 
 TEST_F(CameraViewControllerTest, AHeldSpaceIsOnePress) {

@@ -80,12 +80,9 @@ INSTANTIATE_TEST_SUITE_P(
         RampCase{"TinyStep", 1.00002f, 5.0f, ZoomMode::zoomOut, 501, 1.00002f, 1.00002f, 0.0f, 1}),
     [](const auto& info) { return std::string(info.param.name); });
 
-TEST(ZoomRampTest, StepsOfTheDefaultRampAndItsSecondsLeft) {
+TEST(ZoomRampTest, TheSecondsLeftTurnOverEveryHundredTicks) {
     ZoomRamp ramp(3.0f, 5.0f, ZoomMode::zoomOut);
-    EXPECT_FLOAT_EQ(ramp.step, 0.004f);
     const RampRun result = run(ramp, ZoomMode::zoomOut, 600);
-    EXPECT_FLOAT_EQ(result.applied[1], 2.996f);
-    EXPECT_FLOAT_EQ(result.applied[2], 2.992f);
     EXPECT_EQ(result.secondsLeft[99], 5);
     EXPECT_EQ(result.secondsLeft[100], 4);
     EXPECT_EQ(result.secondsLeft[499], 1);
