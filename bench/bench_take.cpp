@@ -175,12 +175,23 @@ Take recordTake(const QString& tessaro, const Format& format, int seconds, const
     return take;
 }
 
-// The process's CPU to run a pipeline to its end.
-double pipelineCpu(const QByteArray& launch) {
+// The process's CPU to run a pipeline to its end; an element named "encoder" in it gets the
+// recorder's own settings for the format.
+double pipelineCpu(const QByteArray& launch, const Format& format) {
     av::GstHandle<GstElement> pipeline(gst_parse_launch(launch.constData(), nullptr),
                                        av::GstRef::adopt);
     if (!pipeline)
         return -1;
+    if (const av::GstHandle<GstElement> encoder(
+            gst_bin_get_by_name(GST_BIN(pipeline.get()), "encoder"), av::GstRef::adopt);
+        encoder) {
+        GstVideoInfo info;
+        gst_video_info_set_format(&info, GST_VIDEO_FORMAT_I420, guint(format.width),
+                                  guint(format.height));
+        info.fps_n = format.fps;
+        info.fps_d = 1;
+        av::EncoderChoice::configureVideo(encoder.get(), QStringLiteral("x264enc"), info);
+    }
     rusage before{}, after{};
     getrusage(RUSAGE_SELF, &before);
     gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
@@ -200,26 +211,12 @@ double pipelineCpu(const QByteArray& launch) {
            seconds(before.ru_stime);
 }
 
-// The recorder's own settings for the format: preset by pixel rate, its bit rate, a key frame
-// a second, no B-frames, a thread per core.
-QByteArray encoderSettings(const Format& format) {
-    const double pixelRate = double(format.width) * format.height * format.fps;
-    const char* preset = pixelRate <= 1280.0 * 720 * 30    ? "veryfast"
-                         : pixelRate <= 1920.0 * 1080 * 30 ? "superfast"
-                                                           : "ultrafast";
-    return QByteArray("x264enc speed-preset=") + preset + " bitrate=" +
-           QByteArray::number(
-               av::EncoderChoice::videoBitrate(format.width, format.height, format.fps)) +
-           " key-int-max=" + QByteArray::number(format.fps) +
-           " bframes=0 threads=" + QByteArray::number(std::max(1, QThread::idealThreadCount()));
-}
-
 // The encoder alone on the clip's frames: decoding and encoding, less decoding alone.
 double encoderCpu(const QString& clip, const Format& format) {
     const QByteArray decode =
         "filesrc location=\"" + clip.toUtf8() + "\" ! qtdemux ! h264parse ! avdec_h264 ! ";
-    const double decoding = pipelineCpu(decode + "fakesink");
-    const double both = pipelineCpu(decode + encoderSettings(format) + " ! fakesink");
+    const double decoding = pipelineCpu(decode + "fakesink", format);
+    const double both = pipelineCpu(decode + "x264enc name=encoder ! fakesink", format);
     return decoding < 0 || both < 0 ? -1 : both - decoding;
 }
 
