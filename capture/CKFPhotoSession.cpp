@@ -159,12 +159,7 @@ void CKFPhotoSession::didOutputMetadataObjects(av::CaptureMetadataOutput*,
 }
 
 void CKFPhotoSession::setZoom(double value) {
-    CKFSession::setZoom(value);
-    if (!cameraInput || !cameraInput->device())
-        return;
-    configureCamera(cameraInput,
-                    [value](av::CaptureDevice& device) { device.setVideoZoomFactor(value); });
-    notifyDelegate(value, QStringLiteral("zoom"));
+    zoomCamera(cameraInput, value);
 }
 
 void CKFPhotoSession::focusAt(const QPointF& point) {

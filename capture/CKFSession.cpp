@@ -177,3 +177,12 @@ void CKFSession::configureCamera(av::CaptureDeviceInput* camera,
     change(*device);
     device->unlockForConfiguration();
 }
+
+void CKFSession::zoomCamera(av::CaptureDeviceInput* camera, double value) {
+    CKFSession::setZoom(value);
+    if (!camera || !camera->device())
+        return;
+    configureCamera(camera,
+                    [value](av::CaptureDevice& device) { device.setVideoZoomFactor(value); });
+    notifyDelegate(value, QStringLiteral("zoom"));
+}

@@ -110,6 +110,9 @@ protected:
     static void configureCamera(av::CaptureDeviceInput* camera,
                                 const std::function<void(av::CaptureDevice&)>& change,
                                 const std::function<void(const av::Error&)>& onLockFailed = {});
+    // Keeps the zoom, sets it on the camera and tells the delegate; without a camera it is only
+    // kept.
+    void zoomCamera(av::CaptureDeviceInput* camera, double value);
 
 private:
     std::unique_ptr<av::CaptureSession> captureSession;

@@ -97,12 +97,7 @@ void CKFVideoSession::matchMicrophone() {
 }
 
 void CKFVideoSession::setZoom(double value) {
-    CKFSession::setZoom(value);
-    if (!cameraInput || !cameraInput->device())
-        return;
-    configureCamera(cameraInput,
-                    [value](av::CaptureDevice& device) { device.setVideoZoomFactor(value); });
-    notifyDelegate(value, QStringLiteral("zoom"));
+    zoomCamera(cameraInput, value);
 }
 
 void CKFVideoSession::setFlashMode(FlashMode value) {
