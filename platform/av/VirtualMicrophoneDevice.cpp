@@ -1,5 +1,7 @@
 #include "platform/av/VirtualMicrophoneDevice.h"
 
+#include "platform/av/Gst.h"
+
 #include <QCoreApplication>
 
 namespace av {
@@ -11,7 +13,7 @@ VirtualMicrophoneDevice::VirtualMicrophoneDevice(QObject* parent)
 }
 
 GstElement* VirtualMicrophoneDevice::createSourceElement() const {
-    GstElement* source = gst_element_factory_make("audiotestsrc", nullptr);
+    GstElement* source = Gst::make("audiotestsrc");
     g_object_set(source, "is-live", TRUE, "volume", 0.02, nullptr);
     gst_util_set_object_arg(G_OBJECT(source), "wave", "pink-noise");
     return source;
