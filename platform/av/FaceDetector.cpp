@@ -2,6 +2,7 @@
 
 #include "platform/av/Logging.h"
 #include "platform/av/faces/FaceCascade.h"
+#include "platform/foundation/Bundle.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -56,12 +57,15 @@ FaceDetector::~FaceDetector() {
 
 QString FaceDetector::modulePath() {
     const QString name = QStringLiteral("tessaro-faces.so");
+    // Found the way the data files are: what the build made, or what was installed beside the
+    // program, never the build folder's module under an installed program.
     QStringList folders;
-    if (QCoreApplication::instance())
+    if (foundation::Bundle::runsFromBuildTree())
+        folders << QStringLiteral(TESSARO_BUILD_MODULES_DIR);
+    else
         folders << QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1Char('/') +
                                    QStringLiteral(TESSARO_MODULES_FROM_BINARY));
-    folders << QStringLiteral(TESSARO_BUILD_MODULES_DIR)
-            << QStringLiteral(TESSARO_INSTALL_MODULES_DIR);
+    folders << QStringLiteral(TESSARO_INSTALL_MODULES_DIR);
     for (const QString& folder : folders)
         if (QFileInfo(folder + QLatin1Char('/') + name).isFile())
             return folder + QLatin1Char('/') + name;

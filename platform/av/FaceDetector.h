@@ -22,8 +22,8 @@ public:
     std::vector<QRectF> detect(const unsigned char* grey, int width, int height, int stride,
                                int detectionWidth) const;
 
-    // The module beside the installed program, or in the build tree for a program run from it;
-    // empty when there is none.
+    // The module the build made for a program run from its build folder, else the one installed
+    // beside the program (or under the configured prefix); empty when there is none.
     static QString modulePath();
 
 private:

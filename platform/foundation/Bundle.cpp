@@ -52,6 +52,13 @@ QString Bundle::pathForResource(const QString& name, const QString& type) const 
     return {};
 }
 
+bool Bundle::runsFromBuildTree() {
+    if (!QCoreApplication::instance())
+        return true;
+    return QDir::cleanPath(QCoreApplication::applicationDirPath())
+        .startsWith(QDir::cleanPath(QStringLiteral(TESSARO_BUILD_DIR)));
+}
+
 QStringList Bundle::resourceFolders() const {
     QStringList folders;
     const QString fromEnvironment = qEnvironmentVariable("TESSARO_DATA_DIR");
@@ -59,15 +66,10 @@ QStringList Bundle::resourceFolders() const {
         folders << fromEnvironment;
     // A program run from its build folder reads the source tree's data; an installed one reads
     // the data installed beside it, wherever the prefix is, and never the source tree.
-    const QString binaryFolder =
-        QCoreApplication::instance() ? QCoreApplication::applicationDirPath() : QString();
-    const bool inBuildTree =
-        binaryFolder.isEmpty() ||
-        QDir::cleanPath(binaryFolder).startsWith(QDir::cleanPath(QStringLiteral(TESSARO_BUILD_DIR)));
-    if (inBuildTree)
+    if (runsFromBuildTree())
         folders << QStringLiteral(TESSARO_SOURCE_DATA_DIR);
     else
-        folders << QDir::cleanPath(binaryFolder + QLatin1Char('/') +
+        folders << QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1Char('/') +
                                    QStringLiteral(TESSARO_DATA_FROM_BINARY));
     folders << QStringLiteral(TESSARO_INSTALL_DATA_DIR)
             << QStandardPaths::standardLocations(QStandardPaths::AppDataLocation);

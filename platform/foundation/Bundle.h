@@ -33,6 +33,10 @@ public:
     // application data folders of the user and the system.
     QStringList resourceFolders() const;
 
+    // Whether this program runs from the build folder (or without an application object): it
+    // then reads what the build made, an installed one only what was installed beside it.
+    static bool runsFromBuildTree();
+
 private:
     Bundle() = default;
 };
