@@ -35,7 +35,8 @@ std::vector<CaptureDeviceFormat> VirtualCameraDevice::sceneFormats() {
 
 GstElement* VirtualCameraDevice::createSourceElement() const {
     GstElement* source = VirtualCameraSource::create();
-    g_object_set(source, "front", position() == DevicePosition::front, nullptr);
+    // A capture session follows its camera with the zoom stage, which keeps only the centre.
+    g_object_set(source, "front", position() == DevicePosition::front, "zoom-crops", TRUE, nullptr);
     return source;
 }
 

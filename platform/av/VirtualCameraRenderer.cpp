@@ -76,19 +76,24 @@ Gain gainTable(double gain) {
     return table;
 }
 
+// The part of a plane that is drawn; the rest is left black.
+struct Rect {
+    int x0, x1, y0, y1;
+};
+
 template <bool withGain>
 void drawOpaqueRows(const OutputPlane& out, const uint8_t* texels, int texelsWidth,
-                    const std::vector<int>& columns, const std::vector<int>& rows,
+                    const std::vector<int>& columns, const std::vector<int>& rows, Rect drawn,
                     const uint8_t* gain) {
     const int* column = columns.data();
-    for (int y = 0; y < out.height; ++y) {
+    for (int y = drawn.y0; y < drawn.y1; ++y) {
         const uint8_t* from = texels + size_t(rows[size_t(y)]) * texelsWidth;
         uint8_t* to = out.data + size_t(y) * out.stride;
         if (out.pixelStride == 1) {
-            for (int x = 0; x < out.width; ++x)
+            for (int x = drawn.x0; x < drawn.x1; ++x)
                 to[x] = withGain ? gain[from[column[x]]] : from[column[x]];
         } else {
-            for (int x = 0; x < out.width; ++x)
+            for (int x = drawn.x0; x < drawn.x1; ++x)
                 to[x * out.pixelStride] = withGain ? gain[from[column[x]]] : from[column[x]];
         }
     }
@@ -122,9 +127,35 @@ void fillRect(const OutputPlane& out, double x0, double y0, double x1, double y1
     const int bottom = std::min(out.height, int(std::lround(y1)));
     for (int y = top; y < bottom; ++y) {
         uint8_t* to = out.data + size_t(y) * out.stride;
+        if (out.pixelStride == 1 && right > left) {
+            std::memset(to + left, value, size_t(right - left));
+            continue;
+        }
         for (int x = left; x < right; ++x)
             to[x * out.pixelStride] = value;
     }
+}
+
+// Black around the drawn part of a plane.
+void fillOutside(const OutputPlane& out, Rect drawn, uint8_t value) {
+    fillRect(out, 0, 0, out.width, drawn.y0, value);
+    fillRect(out, 0, drawn.y1, out.width, out.height, value);
+    fillRect(out, 0, drawn.y0, drawn.x0, drawn.y1, value);
+    fillRect(out, drawn.x1, drawn.y0, out.width, drawn.y1, value);
+}
+
+// The centre a zoom stage cropping to 1/zoom keeps, widened for the pixels its filter reads and
+// for a zoom that moves between the two stages; edges even, so the chroma planes halve it exactly.
+Rect keptCentre(int width, int height, double cropZoom) {
+    const double share = std::min(1.0, 1.1 / cropZoom);
+    const auto side = [share](int length) {
+        const int kept = std::min(length, (int(std::ceil(length * share)) + 8 + 3) & ~3);
+        const int start = ((length - kept) / 2) & ~1;
+        return std::pair{start, start + kept};
+    };
+    const auto [x0, x1] = side(width);
+    const auto [y0, y1] = side(height);
+    return {x0, x1, y0, y1};
 }
 
 } // namespace
@@ -132,6 +163,7 @@ void fillRect(const OutputPlane& out, double x0, double y0, double x1, double y1
 // The scene as last drawn without its clock, for frames whose zoom and torch repeat the last.
 struct VirtualCameraRenderer::Kept {
     double zoom = -1;
+    double cropZoom = -1;
     bool torch = false;
     bool repeated = false; // the last frame had the zoom and torch of the one before
     GstVideoFormat format = GST_VIDEO_FORMAT_UNKNOWN;
@@ -165,8 +197,8 @@ guint64 VirtualCameraRenderer::framesCopied() const {
     return last->copied;
 }
 
-bool VirtualCameraRenderer::render(GstVideoFrame* frame, double zoom, bool torch,
-                                   GstClockTime time) const {
+bool VirtualCameraRenderer::render(GstVideoFrame* frame, double zoom, bool torch, GstClockTime time,
+                                   double cropZoom) const {
     const GstVideoFormat format = GST_VIDEO_FRAME_FORMAT(frame);
     if ((format != GST_VIDEO_FORMAT_I420 && format != GST_VIDEO_FORMAT_NV12) ||
         GST_VIDEO_FRAME_WIDTH(frame) != frameWidth || GST_VIDEO_FRAME_HEIGHT(frame) != frameHeight)
@@ -223,10 +255,11 @@ bool VirtualCameraRenderer::render(GstVideoFrame* frame, double zoom, bool torch
         return size_t(GST_VIDEO_FRAME_PLANE_STRIDE(frame, plane)) * size_t(rows);
     };
     Kept& kept = *last;
-    kept.repeated = zoom == kept.zoom && torch == kept.torch;
+    kept.repeated = zoom == kept.zoom && torch == kept.torch && cropZoom == kept.cropZoom;
     if (!kept.repeated)
         kept.valid = false;
     kept.zoom = zoom;
+    kept.cropZoom = cropZoom;
     kept.torch = torch;
     bool fits = kept.valid && kept.format == format;
     for (guint plane = 0; fits && plane < GST_VIDEO_FRAME_N_PLANES(frame); ++plane)
@@ -246,21 +279,30 @@ bool VirtualCameraRenderer::render(GstVideoFrame* frame, double zoom, bool torch
     const Gain backgroundGain = gainTable(1.12);
     const Gain subjectGain = gainTable(1.0 + 0.4 / walker);
 
+    const Rect lumaDrawn = keptCentre(frameWidth, frameHeight, walkerZoom(cropZoom));
+    const auto drawnIn = [&](int component) {
+        return component ? Rect{lumaDrawn.x0 / 2, lumaDrawn.x1 / 2, lumaDrawn.y0 / 2,
+                                std::min(planes[component].height, lumaDrawn.y1 / 2)}
+                         : lumaDrawn;
+    };
     thread_local std::vector<int> columns, rows;
     for (int component = 0; component < 3; ++component) {
         const OutputPlane& out = planes[component];
         const VirtualCameraLayer::Texture& texture = *background.texture;
         const double scale = component ? 0.5 : 1.0;
+        const Rect drawn = drawnIn(component);
+        fillOutside(out, drawn, component ? 128 : 16);
         texelIndices(out.width, background.axisX * scale, background.stepX,
                      texture.widthOf(component), Edge::wrap, columns);
         texelIndices(out.height, background.axisY * scale, background.stepY,
                      texture.heightOf(component), Edge::clamp, rows);
         const uint8_t* texels = texture.samples[size_t(component)].data();
         if (torch && component == 0)
-            drawOpaqueRows<true>(out, texels, texture.widthOf(0), columns, rows,
+            drawOpaqueRows<true>(out, texels, texture.widthOf(0), columns, rows, drawn,
                                  backgroundGain.data());
         else
-            drawOpaqueRows<false>(out, texels, texture.widthOf(component), columns, rows, nullptr);
+            drawOpaqueRows<false>(out, texels, texture.widthOf(component), columns, rows, drawn,
+                                  nullptr);
     }
 
     for (int component = 0; component < 3; ++component) {
@@ -278,8 +320,11 @@ bool VirtualCameraRenderer::render(GstVideoFrame* frame, double zoom, bool torch
             const auto last = std::find_if(first, indices.end(), [](int k) { return k < 0; });
             return std::pair{int(first - indices.begin()), int(last - indices.begin())};
         };
-        const auto [x0, x1] = span(columns);
-        const auto [y0, y1] = span(rows);
+        const Rect drawn = drawnIn(component);
+        const auto [subjectX0, subjectX1] = span(columns);
+        const auto [subjectY0, subjectY1] = span(rows);
+        const int x0 = std::max(subjectX0, drawn.x0), x1 = std::min(subjectX1, drawn.x1);
+        const int y0 = std::max(subjectY0, drawn.y0), y1 = std::min(subjectY1, drawn.y1);
         const uint8_t* texels = texture.samples[size_t(component)].data();
         const uint8_t* alpha = texture.alphaOf(component);
         if (torch && component == 0)

@@ -31,8 +31,12 @@ public:
     // Draws the scene as seen at this zoom factor into an I420 or NV12 frame of the renderer's
     // size; the clock in the background shows time. Returns false for any other frame. While the
     // zoom and torch stay as they were for the frame before, the scene is copied from that
-    // frame's picture and only the clock is drawn anew. One thread at a time per renderer.
-    bool render(GstVideoFrame* frame, double zoom, bool torch, GstClockTime time) const;
+    // frame's picture and only the clock is drawn anew. A zoom stage downstream that crops every
+    // frame to its centre 1/zoom, with zoom at least cropZoom, sees only that centre: the rest
+    // (a margin beside) is left black and costs nothing to draw. One thread at a time per
+    // renderer.
+    bool render(GstVideoFrame* frame, double zoom, bool torch, GstClockTime time,
+                double cropZoom = 1.0) const;
     // Frames drawn from the kept picture, for tests and benchmarks.
     guint64 framesCopied() const;
 

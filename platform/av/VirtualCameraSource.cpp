@@ -27,8 +27,11 @@ struct SourceState {
     // Guarded by the object lock: the properties, the frame wait that unlock() cancels, and
     // whether it did.
     double zoom = 1.0;
+    // The lowest zoom written since the last frame was drawn (NaN for one that zooms nowhere).
+    double lowestZoom = 1.0;
     bool torch = false;
     bool front = false;
+    bool zoomCrops = false;
     GstClockID pendingWait = nullptr;
     bool flushing = false;
     // One frame's time at the negotiated rate, for latency queries from any thread; none before
@@ -52,7 +55,12 @@ struct TessaroVirtualCamClass {
     GstPushSrcClass parentClass;
 };
 
-enum { PROP_0, PROP_ZOOM, PROP_TORCH, PROP_FRONT };
+enum { PROP_0, PROP_ZOOM, PROP_TORCH, PROP_FRONT, PROP_ZOOM_CROPS };
+
+// The lower of two zooms, where NaN (which a zoom stage takes as 1) is the lowest.
+double lowerZoom(double a, double b) {
+    return b >= a ? a : b;
+}
 
 G_DEFINE_TYPE(TessaroVirtualCam, tessaro_virtual_cam, GST_TYPE_PUSH_SRC)
 
@@ -66,12 +74,16 @@ void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* spe
     switch (id) {
     case PROP_ZOOM:
         state.zoom = g_value_get_double(value);
+        state.lowestZoom = lowerZoom(state.lowestZoom, state.zoom);
         break;
     case PROP_TORCH:
         state.torch = g_value_get_boolean(value);
         break;
     case PROP_FRONT:
         state.front = g_value_get_boolean(value);
+        break;
+    case PROP_ZOOM_CROPS:
+        state.zoomCrops = g_value_get_boolean(value);
         break;
     default:
         G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
@@ -90,6 +102,9 @@ void getProperty(GObject* object, guint id, GValue* value, GParamSpec* spec) {
         break;
     case PROP_FRONT:
         g_value_set_boolean(value, state.front);
+        break;
+    case PROP_ZOOM_CROPS:
+        g_value_set_boolean(value, state.zoomCrops);
         break;
     default:
         G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
@@ -281,11 +296,14 @@ GstFlowReturn fill(GstPushSrc* pushSource, GstBuffer* buffer) {
     if (waited != GST_FLOW_OK)
         return waited;
 
-    double zoom;
+    double zoom, cropZoom;
     bool torch, front;
     {
         ObjectLock lock(element);
         zoom = state.zoom;
+        // The zoom stage gives this frame a zoom written since the last one was drawn.
+        cropZoom = state.zoomCrops ? lowerZoom(state.lowestZoom, zoom) : 1.0;
+        state.lowestZoom = zoom;
         torch = state.torch;
         front = state.front;
     }
@@ -298,7 +316,7 @@ GstFlowReturn fill(GstPushSrc* pushSource, GstBuffer* buffer) {
         GST_ELEMENT_ERROR(element, RESOURCE, WRITE, (nullptr), ("could not map the frame"));
         return GST_FLOW_ERROR;
     }
-    state.renderer->render(&frame, zoom, torch, pts);
+    state.renderer->render(&frame, zoom, torch, pts, cropZoom);
     gst_video_frame_unmap(&frame);
 
     GST_BUFFER_PTS(buffer) = pts;
@@ -329,6 +347,12 @@ void tessaro_virtual_cam_class_init(TessaroVirtualCamClass* klass) {
     g_object_class_install_property(
         objectClass, PROP_FRONT,
         g_param_spec_boolean("front", "Front", "Show the front camera's scene", FALSE, flags));
+    g_object_class_install_property(
+        objectClass, PROP_ZOOM_CROPS,
+        g_param_spec_boolean("zoom-crops", "Zoom crops",
+                             "A zoom stage downstream crops every frame to its centre 1/zoom: "
+                             "only that centre is drawn, the rest is black",
+                             FALSE, flags));
 
     GstElementClass* elementClass = GST_ELEMENT_CLASS(klass);
     gst_element_class_set_static_metadata(
