@@ -140,13 +140,8 @@ bool CKFVideoSession::record(const std::optional<QUrl>& url, RecordCallback onRe
     started = false;
     recordCallback = std::move(onRecorded);
     errorCallback = std::move(onError);
-    QUrl target;
-    if (url) {
-        target = *url;
-    } else {
-        target = defaultFileURL();
-        foundation::FileManager::removeItem(target.toLocalFile());
-    }
+    // The movie output keeps the previous clip aside until the new one has frames.
+    const QUrl target = url ? *url : defaultFileURL();
     if (av::CaptureConnection* connection =
             movieOutput->connectionWithMediaType(av::MediaType::video)) {
         connection->setVideoOrientation(

@@ -46,8 +46,15 @@ qint64 missingFrames(GstClockTime previous, GstClockTime captured, GstClockTime 
     return qint64((captured - previous + frame / 2) / frame) - 1;
 }
 
-// The folder is made if missing; an old file is removed rather than overwritten, so whoever is
-// still reading the previous clip (a copy to the photo library) keeps reading it whole.
+// Where the file a recording replaces waits until the new one has a frame: hidden beside it.
+QString asidePath(const QString& path) {
+    const QFileInfo info(path);
+    return info.dir().filePath(QLatin1Char('.') + info.fileName() + QStringLiteral(".previous"));
+}
+
+// The folder is made if missing; an old file is moved aside rather than overwritten, so whoever
+// is still reading the previous clip (a copy to the photo library) keeps reading it whole, and a
+// recording that never gets a frame can put it back.
 QString prepareFile(const QUrl& url) {
     if (!url.isLocalFile())
         throw Error(Error::Code::fileNotWritable,
@@ -57,8 +64,12 @@ QString prepareFile(const QUrl& url) {
     if (!QDir().mkpath(folder))
         throw Error(Error::Code::fileNotWritable,
                     qtTrId("movie_recording_cannot_saved_folder").arg(folder));
-    if (QFileInfo(path).isFile())
-        foundation::FileManager::removeItem(path);
+    if (QFileInfo(path).isFile()) {
+        const QString aside = asidePath(path);
+        foundation::FileManager::removeItem(aside);
+        if (!QFile::rename(path, aside))
+            foundation::FileManager::removeItem(path);
+    }
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         throw Error(Error::Code::fileNotWritable,
@@ -184,9 +195,9 @@ bool CaptureMovieFileOutput::startRecordingToOutputFileURL(const QUrl& fileURL,
             videoConnection->rotationDegrees(),
             [this](GstMessage* message) { handleWriterMessage(message); });
     } catch (const Error& error) {
-        // A recording that never started leaves no empty file behind.
+        // A recording that never started leaves no empty file behind, and the previous clip.
         if (!path.isEmpty())
-            QFile::remove(path);
+            restorePrevious(path);
         qCWarning(lcAv).noquote() << error.localizedDescription();
         state = State::finished;
         finishError = error;
@@ -311,13 +322,22 @@ void CaptureMovieFileOutput::finish(std::optional<Error> error) {
     const QString path = url.toLocalFile();
     // Without a frame there is no movie, only a header; never a device such as /dev/full.
     if (!hadFrames && QFileInfo(path).isFile())
-        QFile::remove(path);
+        restorePrevious(path);
+    else if (hadFrames)
+        foundation::FileManager::removeItem(asidePath(path));
     qCDebug(lcAv).noquote() << "recorded" << path << "with" << encoder << ":" << written.load()
                             << "frames," << dropped.load() << "dropped";
     state = State::finished;
     finishError = error;
     awake.reset();
     deliverFinish(clip, error);
+}
+
+void CaptureMovieFileOutput::restorePrevious(const QString& path) {
+    QFile::remove(path);
+    const QString aside = asidePath(path);
+    if (QFileInfo::exists(aside) && !QFile::rename(aside, path))
+        qCWarning(lcAv).noquote() << "could not put the previous clip back from" << aside;
 }
 
 void CaptureMovieFileOutput::deliverStart(const std::shared_ptr<Clip>& started) {

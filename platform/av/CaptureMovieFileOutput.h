@@ -46,14 +46,16 @@ public:
     ~CaptureMovieFileOutput() override;
 
     // Starts recording to a local file, replacing it if it exists and creating its folder if
-    // missing. The movie begins with the first frame captured at or after this call; frames the
-    // camera took earlier are left out. The delegate must outlive the recording's did-finish.
-    // Problems (no running session, a file that cannot be written) arrive as did-finish with an
-    // error. Returns false, touching nothing (no file, no notice), while another recording is
-    // starting, running or finishing: isRecording() tells when a start will be taken.
+    // missing; a recording that ends without a frame puts the replaced file back. The movie begins
+    // with the first frame captured at or after this call; frames the camera took earlier are left
+    // out. The delegate must outlive the recording's did-finish. Problems (no running session, a
+    // file that cannot be written) arrive as did-finish with an error. Returns false, touching
+    // nothing (no file, no notice), while another recording is starting, running or finishing:
+    // isRecording() tells when a start will be taken.
     bool startRecordingToOutputFileURL(const QUrl& url, RecordingDelegate* delegate);
     // Finishes the movie; did-finish follows once the file is complete. Stopped before its first
-    // frame, the recording ends with an error and leaves no file. Does nothing when idle.
+    // frame, the recording ends with an error and leaves no file of its own. Does nothing when
+    // idle.
     void stopRecording();
 
     // True from the start request until did-finish has been delivered.
@@ -105,6 +107,8 @@ private:
     // Takes the writer from the streaming threads, tears it down and queues did-finish.
     void finish(std::optional<Error> error);
     Error nothingRecorded() const;
+    // Removes the file of a recording that got no frame and puts back the one it replaced.
+    static void restorePrevious(const QString& path);
     GstClockTime sessionRunningTime() const;
     void deliverStart(const std::shared_ptr<Clip>& clip);
     void deliverFinish(const std::shared_ptr<Clip>& clip, const std::optional<Error>& error);
