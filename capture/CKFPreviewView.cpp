@@ -73,6 +73,7 @@ void CKFPreviewView::setGridView(CKFGridView* value) {
         grid->setParent(this);
         grid->raise();
         grid->show();
+        placeGrid();
     }
 }
 
@@ -158,6 +159,8 @@ void CKFPreviewView::paintEvent(QPaintEvent*) {
 void CKFPreviewView::placeGrid() {
     if (!grid)
         return;
+    // A camera that shows nothing (held by another program, refused) has no thirds to mark.
+    grid->setVisible(!layer || layer->hasPicture());
     // The thirds of the picture, not of the bars beside it.
     const QRect picture =
         layer ? layer->pictureFrame().toAlignedRect().intersected(rect()) : rect();

@@ -65,6 +65,8 @@ public:
     // The capture time (running time) of the frame in contents(), or GST_CLOCK_TIME_NONE.
     GstClockTime contentsTimestamp() const { return shownTimestamp; }
     quint64 framesDisplayed() const { return displayed; }
+    // A frame has arrived since the session first ran (the camera shows something).
+    bool hasPicture() const { return current || !picture.isNull(); }
     // Frames whose picture the worker drew, so that the owner's thread did not have to.
     quint64 framesConvertedInBackground() const { return convertedInBackground; }
 

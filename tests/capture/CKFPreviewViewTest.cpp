@@ -319,6 +319,13 @@ TEST_F(PreviewViewTest, theGridIsMadeOnceAndFollowsTheView) {
     view.setShowGrid(false);
     view.setShowGrid(true);
     EXPECT_EQ(view.findChildren<CKFGridView*>().size(), 1);
+
+    // Over a camera that shows nothing there are no thirds to mark; its first picture brings them.
+    grid = view.gridView();
+    view.setSession(std::make_shared<ProbeSession>());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return grid->isHidden(); }, 1000));
+    view.setSession(backCamera());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return grid->isVisible(); }, 10000));
 }
 
 TEST_F(PreviewViewTest, autorotateOffHoldsPortraitAndOnFollowsTheDevice) {
