@@ -285,8 +285,8 @@ CameraViewController::controlGeometry(QSize window, int topButtons, int recordin
 }
 
 QRect CameraViewController::ControlGeometry::status(int textHeight) const {
-    return QRect((window.width() - statusWidth) / 2, (window.height() - textHeight) / 2 - 40,
-                 statusWidth, std::max(textHeight, 48));
+    return QRect((window.width() - statusWidth) / 2, recordingTimer.y() + 42, statusWidth,
+                 std::max(textHeight, 48));
 }
 
 void CameraViewController::layoutControls() {

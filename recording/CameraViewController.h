@@ -99,7 +99,8 @@ public:
         QPoint recordingTimer;
         QRect cameraButton, zoomSlider, zoomValueLabel, cameraInfoLabel, zoomInfoLabel;
         int statusWidth = 0;
-        // The status message, centred a little above the middle, for its text's height.
+        // The status message for its text's height: under the recording timer, clear of the
+        // subject in the middle of the picture.
         QRect status(int textHeight) const;
     };
     static ControlGeometry controlGeometry(QSize window, int topButtons, int recordingTimerWidth);

@@ -156,7 +156,11 @@ TEST(ControlGeometryTest, EveryWindowShapeHoldsTheControls) {
             EXPECT_LE(geometry.zoomInfoLabel.width(), 440);
             EXPECT_NEAR(geometry.zoomSlider.center().x(), window.center().x(), 1);
             EXPECT_NEAR(geometry.cameraButton.center().x(), window.center().x(), 1);
+            // The message keeps off the subject in the middle and off the recording timer.
+            const QRect status = geometry.status(60);
             EXPECT_TRUE(window.contains(geometry.status(200)));
+            EXPECT_LT(status.bottom(), window.center().y());
+            EXPECT_GT(status.top(), geometry.recordingTimer.y() + 32);
             EXPECT_TRUE(geometry.bottomScrim.contains(geometry.cameraButton));
         }
     }
