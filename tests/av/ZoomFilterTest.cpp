@@ -115,8 +115,10 @@ std::string describe(const Layout& layout) {
 }
 
 // Bit-exact at zoom 1, also after leaving it and coming back, which switches passthrough and
-// renegotiates the output buffers; the same zoom again gives the same picture.
-TEST_F(ZoomFilterTest, ZoomOnePassesFramesThroughBitExact) {
+// renegotiates the output buffers; the same zoom again gives the same picture. Steps of a
+// thousandth move a full-size picture by fractions of a pixel instead of snapping to whole-pixel
+// crops, so each changes it.
+TEST_F(ZoomFilterTest, ZoomOnePassesFramesThroughBitExactAndEveryStepShows) {
     for (GstVideoFormat format : formats) {
         for (const Layout& layout :
              {Layout(format, 640, 360), Layout(format, 642, 362), Layout(format, 1, 1),
@@ -125,17 +127,21 @@ TEST_F(ZoomFilterTest, ZoomOnePassesFramesThroughBitExact) {
             auto h = harness(layout);
             av::GstHandle<GstBuffer> input(layout.frame(noise), av::GstRef::adopt);
             const Bytes original = layout.picture(bytes(input.get()));
+            Bytes previous;
             std::map<double, Bytes> seen;
-            for (double zoom : {1.0, 2.0, 1.0, 1.5, 2.0, 1.0}) {
+            for (double zoom : {1.0, 2.0, 1.0, 1.5, 2.0, 1.001, 1.002, 1.003, 1.0}) {
+                const bool large = layout.info.width >= 640;
+                if (zoom != 1.0 && zoom < 1.01 && !large)
+                    continue; // a step of a thousandth shows only on a full-size picture
                 setZoom(h.get(), zoom);
                 const Bytes output = layout.picture(pass(h.get(), gst_buffer_ref(input.get())));
                 // A single pixel is its own centre at any zoom.
                 const bool onePixel = layout.info.width == 1 && layout.info.height == 1;
                 EXPECT_EQ(output == original, zoom == 1.0 || onePixel) << zoom;
-                if (seen.contains(zoom)) {
-                    EXPECT_EQ(output, seen[zoom]) << zoom;
-                }
+                EXPECT_TRUE(!seen.contains(zoom) || output == seen[zoom]) << zoom;
+                EXPECT_TRUE(!large || output != previous) << zoom;
                 seen.emplace(zoom, output);
+                previous = output;
             }
         }
     }
@@ -185,33 +191,10 @@ TEST_F(ZoomFilterTest, ZoomShowsTheCentreOfTheFrameFromItsOwnPlanes) {
                         ADD_FAILURE() << "component " << component << " at " << x << "," << y
                                       << ": " << int(output[offset]) << ", expected " << expected;
                 });
-                if (zoom == 2.0 && layout.info.width == 256) {
-                    // The corners show the edges of the centre half.
-                    EXPECT_NEAR(output[0], 64, 1);
-                    EXPECT_NEAR(output[255], 191, 1);
-                }
                 const Bytes clear = layout.picture(pass(h.get(), layout.frame(noise, 0, 0x00)));
                 const Bytes filled = layout.picture(pass(h.get(), layout.frame(noise, 0, 0xff)));
                 EXPECT_EQ(clear, filled);
             }
-        }
-    }
-}
-
-// A slow ramp must move the picture by fractions of a pixel, not snap to whole-pixel crops.
-TEST_F(ZoomFilterTest, FractionalZoomStepsChangeThePicture) {
-    for (GstVideoFormat format : formats) {
-        const Layout layout(format, 642, 362);
-        SCOPED_TRACE(describe(layout));
-        auto h = harness(layout);
-        av::GstHandle<GstBuffer> input(layout.frame(checkerboard), av::GstRef::adopt);
-        Bytes previous = layout.picture(bytes(input.get()));
-        for (double zoom : {1.001, 1.002, 1.003}) {
-            setZoom(h.get(), zoom);
-            const Bytes output = layout.picture(pass(h.get(), gst_buffer_ref(input.get())));
-            ASSERT_EQ(output.size(), previous.size());
-            EXPECT_NE(output, previous) << zoom;
-            previous = output;
         }
     }
 }
@@ -245,9 +228,7 @@ TEST_F(ZoomFilterTest, WriteLandsOnTheNextFrameShownClamped) {
         const Bytes output = layout.picture(pass(h.get(), layout.frame(noise, i * GST_MSECOND)));
         ASSERT_EQ(shown.size(), i + 1);
         EXPECT_EQ(shown[i], std::pair(i * GST_MSECOND, expected));
-        if (outputs.contains(expected)) {
-            EXPECT_EQ(output, outputs[expected]);
-        }
+        EXPECT_TRUE(!outputs.contains(expected) || output == outputs[expected]);
         outputs.emplace(expected, output);
     }
     ZoomFilter::setFrameObserver(h->element, {});
@@ -266,13 +247,10 @@ TEST_F(ZoomFilterTest, LiveFramesCarryTheZoomWrittenBeforeTheirCapture) {
     ZoomFilter::setFrameObserver(h->element,
                                  [&](GstClockTime, double zoom) { seen.push_back(zoom); });
     const GstClockTime base = gst_element_get_base_time(h->element);
-    auto writeAt = [&](GstClockTime when, double zoom) {
-        gst_harness_set_time(h.get(), base + when);
-        setZoom(h.get(), zoom);
-    };
-    writeAt(10 * GST_MSECOND, 2.0);
-    writeAt(20 * GST_MSECOND, 3.0);
-    writeAt(30 * GST_MSECOND, 4.0);
+    for (int i = 1; i <= 3; ++i) { // 2, 3 and 4 written at 10, 20 and 30 ms
+        gst_harness_set_time(h.get(), base + i * 10 * GST_MSECOND);
+        setZoom(h.get(), i + 1.0);
+    }
     // Frames captured at 5, 15, 25 and 35 ms, all arriving after the last write.
     for (GstClockTime captured : {5, 15, 25, 35})
         pass(h.get(), layout.frame(noise, captured * GST_MSECOND));
@@ -288,16 +266,12 @@ TEST_F(ZoomFilterTest, ZoomWrittenFromAnotherThreadWhileFramesFlow) {
         const Layout layout(format, 320, 180);
         SCOPED_TRACE(describe(layout));
         av::GstHandle<GstBuffer> input(layout.frame(noise), av::GstRef::adopt);
-        std::map<double, Bytes> reference;
-        {
-            auto h = harness(layout);
-            for (double zoom : values) {
-                setZoom(h.get(), zoom);
-                reference[zoom] = layout.picture(pass(h.get(), gst_buffer_ref(input.get())));
-            }
-        }
-
         auto h = harness(layout);
+        std::map<double, Bytes> reference;
+        for (double zoom : values) {
+            setZoom(h.get(), zoom);
+            reference[zoom] = layout.picture(pass(h.get(), gst_buffer_ref(input.get())));
+        }
         std::vector<double> seen; // the harness streams on the pushing thread
         ZoomFilter::setFrameObserver(h->element,
                                      [&](GstClockTime, double zoom) { seen.push_back(zoom); });
