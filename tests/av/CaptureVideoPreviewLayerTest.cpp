@@ -22,11 +22,10 @@ using Yuv = std::array<std::uint8_t, 3>;
 GstHandle<GstSample> frameOf(int width, int height, const char* colorimetry,
                              const std::function<Yuv(int x, int y)>& yuv) {
     Gst::ensureInitialized();
-    GstHandle<GstCaps> caps(gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, "I420",
-                                                "width", G_TYPE_INT, width, "height", G_TYPE_INT,
-                                                height, "framerate", GST_TYPE_FRACTION, 30, 1,
-                                                "colorimetry", G_TYPE_STRING, colorimetry, nullptr),
-                            GstRef::adopt);
+    const QString description = QString::asprintf(
+        "video/x-raw,format=I420,width=%d,height=%d,framerate=30/1,colorimetry=%s", width, height,
+        colorimetry);
+    GstHandle<GstCaps> caps(gst_caps_from_string(description.toUtf8().constData()), GstRef::adopt);
     GstVideoInfo info;
     EXPECT_TRUE(gst_video_info_from_caps(&info, caps.get()));
     GstHandle<GstBuffer> buffer(gst_buffer_new_allocate(nullptr, info.size, nullptr),
