@@ -2,6 +2,7 @@
 #include "platform/av/BusWatch.h"
 #include "platform/av/MovieWriter.h"
 #include "tests/MovieInfo.h"
+#include "tests/av/Frames.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -83,10 +84,7 @@ public:
                                 pipeline.get());
     }
 
-    GstClockTime runningTime() const {
-        GstHandle<GstClock> clock(gst_element_get_clock(pipeline.get()), GstRef::adopt);
-        return gst_clock_get_time(clock.get()) - gst_element_get_base_time(pipeline.get());
-    }
+    GstClockTime runningTime() const { return ::runningTime(pipeline.get()); }
 
     Fed fed() const {
         std::lock_guard lock(fedLock);
@@ -97,8 +95,7 @@ public:
 
 private:
     GstHandle<GstElement> connect(const char* name) {
-        GstHandle<GstElement> sink(gst_bin_get_by_name(GST_BIN(pipeline.get()), name),
-                                   GstRef::adopt);
+        GstHandle<GstElement> sink = child(pipeline.get(), name);
         GstAppSinkCallbacks callbacks{};
         callbacks.new_sample = [](GstAppSink* appSink, gpointer data) {
             auto* session = static_cast<FakeSession*>(data);
@@ -197,8 +194,7 @@ int decodedFrames(const QString& path) {
                                     .arg(path);
     GstHandle<GstElement> pipeline(gst_parse_launch(description.toUtf8().constData(), nullptr),
                                    GstRef::adopt);
-    GstHandle<GstElement> sink(gst_bin_get_by_name(GST_BIN(pipeline.get()), "frames"),
-                               GstRef::adopt);
+    GstHandle<GstElement> sink = child(pipeline.get(), "frames");
     gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
     int frames = 0;
     while (GstHandle<GstSample>(

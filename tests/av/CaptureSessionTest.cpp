@@ -7,6 +7,7 @@
 #include "platform/av/VirtualCameraDevice.h"
 #include "platform/av/VirtualMicrophoneDevice.h"
 #include "tests/MovieInfo.h"
+#include "tests/av/Frames.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -151,17 +152,6 @@ TEST(SessionOutputs, aRemovedOutputIsHandedNothingMore) {
     session.stopRunning();
 }
 
-int lumaAt(GstSample* sample, int x, int y) {
-    GstVideoInfo info;
-    gst_video_info_from_caps(&info, gst_sample_get_caps(sample));
-    GstVideoFrame frame;
-    gst_video_frame_map(&frame, &info, gst_sample_get_buffer(sample), GST_MAP_READ);
-    const int luma = static_cast<const guint8*>(
-        GST_VIDEO_FRAME_PLANE_DATA(&frame, 0))[y * GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 0) + x];
-    gst_video_frame_unmap(&frame);
-    return luma;
-}
-
 // A one-second 4:3 clip of still colour bars, with sound, which the camera leaves out, plays on
 // past its end, at the session's size and rate with black bars at the sides.
 TEST(FileCameraDevice, aVideoLoopsAtTheSessionFormatWithBlackBars) {
@@ -188,12 +178,13 @@ TEST(FileCameraDevice, aVideoLoopsAtTheSessionFormatWithBlackBars) {
 
     GstVideoInfo info;
     ASSERT_TRUE(gst_video_info_from_caps(&info, gst_sample_get_caps(frame.get())));
-    EXPECT_EQ(info.width, 1280);
-    EXPECT_EQ(info.height, 720);
     EXPECT_EQ(info.fps_n, 30);
+    const Picture picture = pictureOf(frame.get());
+    ASSERT_EQ(picture.width, 1280);
+    ASSERT_EQ(picture.height, 720);
     // Black at the sides, the bars (light grey at the left) in the middle.
-    EXPECT_LT(lumaAt(frame.get(), 20, 360), 24);
-    EXPECT_GT(lumaAt(frame.get(), 170, 100), 120);
+    EXPECT_LT(picture.at(0, 20, 360), 24);
+    EXPECT_GT(picture.at(0, 170, 100), 120);
 }
 
 } // namespace

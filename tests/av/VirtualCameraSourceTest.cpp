@@ -1,6 +1,7 @@
 #include "platform/av/VirtualCameraSource.h"
 #include "platform/av/Gst.h"
 #include "platform/av/GstHandle.h"
+#include "tests/av/Frames.h"
 
 #include <gst/app/gstappsink.h>
 #include <gst/video/video.h>
@@ -23,48 +24,6 @@ namespace {
 using av::GstHandle;
 using av::GstRef;
 using av::VirtualCameraSource;
-
-// A frame's planes, copied out: Y at full size, U and V at half size each way.
-struct Picture {
-    int width = 0;
-    int height = 0;
-    std::vector<std::uint8_t> planes[3];
-
-    int widthOf(int plane) const { return plane ? width / 2 : width; }
-    int heightOf(int plane) const { return plane ? height / 2 : height; }
-    std::uint8_t at(int plane, int x, int y) const {
-        return planes[plane][size_t(y) * widthOf(plane) + x];
-    }
-    double meanLuma() const {
-        double sum = 0;
-        for (std::uint8_t v : planes[0])
-            sum += v;
-        return sum / double(planes[0].size());
-    }
-};
-
-Picture pictureOf(GstBuffer* buffer, const GstVideoInfo& info) {
-    Picture picture;
-    picture.width = GST_VIDEO_INFO_WIDTH(&info);
-    picture.height = GST_VIDEO_INFO_HEIGHT(&info);
-    GstVideoFrame frame;
-    if (!gst_video_frame_map(&frame, &info, buffer, GST_MAP_READ)) {
-        ADD_FAILURE() << "could not map the frame";
-        return picture;
-    }
-    for (int plane = 0; plane < 3; ++plane) {
-        const auto* data =
-            static_cast<const std::uint8_t*>(GST_VIDEO_FRAME_COMP_DATA(&frame, plane));
-        const int stride = GST_VIDEO_FRAME_COMP_STRIDE(&frame, plane);
-        const int pixelStride = GST_VIDEO_FRAME_COMP_PSTRIDE(&frame, plane);
-        for (int y = 0; y < picture.heightOf(plane); ++y) {
-            for (int x = 0; x < picture.widthOf(plane); ++x)
-                picture.planes[plane].push_back(data[y * stride + x * pixelStride]);
-        }
-    }
-    gst_video_frame_unmap(&frame);
-    return picture;
-}
 
 // What the zoom stage shows: the centre 1/zoom, scaled back up (nearest).
 Picture centreCrop(const Picture& source, double zoom) {
@@ -141,11 +100,12 @@ public:
                                         " ! appsink name=sink max-buffers=1 sync=false";
         m_pipeline =
             GstHandle<GstElement>(gst_parse_launch(description.c_str(), nullptr), GstRef::adopt);
-        m_camera = child("camera");
-        m_sink = child("sink");
+        m_camera = child(m_pipeline.get(), "camera");
+        m_sink = child(m_pipeline.get(), "sink");
         if (!caps.empty()) {
             GstHandle<GstCaps> filterCaps(gst_caps_from_string(caps.c_str()), GstRef::adopt);
-            g_object_set(child("filter").get(), "caps", filterCaps.get(), nullptr);
+            g_object_set(child(m_pipeline.get(), "filter").get(), "caps", filterCaps.get(),
+                         nullptr);
         }
         gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING);
     }
@@ -159,16 +119,7 @@ public:
             gst_app_sink_try_pull_sample(GST_APP_SINK(m_sink.get()), 10 * GST_SECOND),
             GstRef::adopt);
     }
-    Picture picture() {
-        GstHandle<GstSample> sample = pull();
-        if (!sample) {
-            ADD_FAILURE() << "no frame";
-            return {};
-        }
-        GstVideoInfo info;
-        gst_video_info_from_caps(&info, gst_sample_get_caps(sample.get()));
-        return pictureOf(gst_sample_get_buffer(sample.get()), info);
-    }
+    Picture picture() { return pictureOf(pull().get()); }
 
     // The error the pipeline posted within five seconds, or "".
     std::string error() {
@@ -179,17 +130,7 @@ public:
         return message ? "error: " + av::Gst::errorOf(message.get()).message.toStdString() : "";
     }
 
-    GstClockTime runningTime() const {
-        GstHandle<GstClock> clock(gst_element_get_clock(m_pipeline.get()), GstRef::adopt);
-        return gst_clock_get_time(clock.get()) - gst_element_get_base_time(m_pipeline.get());
-    }
-
 private:
-    GstHandle<GstElement> child(const char* name) const {
-        return GstHandle<GstElement>(gst_bin_get_by_name(GST_BIN(m_pipeline.get()), name),
-                                     GstRef::adopt);
-    }
-
     GstHandle<GstElement> m_pipeline, m_camera, m_sink;
 };
 
@@ -285,7 +226,7 @@ TEST_F(VirtualCameraSourceTest, framesComeOnWholeSlotsNeverEarlyAndNeverInAHurry
             const GstBuffer* buffer = gst_sample_get_buffer(sample.get());
             const GstClockTime pts = GST_BUFFER_PTS(buffer);
             EXPECT_TRUE(GST_CLOCK_TIME_IS_VALID(pts));
-            EXPECT_LE(pts, camera.runningTime());
+            EXPECT_LE(pts, runningTime(camera.pipeline()));
             EXPECT_NEAR(double(GST_BUFFER_DURATION(buffer)), double(frame), 1.0);
             if (GST_CLOCK_TIME_IS_VALID(previous)) {
                 gaps.push_back(double(GST_CLOCK_DIFF(previous, pts)) / double(frame));
@@ -309,7 +250,7 @@ TEST_F(VirtualCameraSourceTest, framesComeOnWholeSlotsNeverEarlyAndNeverInAHurry
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     const std::vector<double> afterStall = pull(7);
     EXPECT_TRUE(std::any_of(afterStall.begin(), afterStall.end(), [](double g) { return g > 2; }));
-    EXPECT_LT(camera.runningTime() - previous, 4 * frame);
+    EXPECT_LT(runningTime(camera.pipeline()) - previous, 4 * frame);
 
     gst_element_set_state(camera.pipeline(), GST_STATE_PAUSED);
     gst_element_get_state(camera.pipeline(), nullptr, nullptr, 5 * GST_SECOND);
