@@ -327,7 +327,7 @@ TEST_F(CaptureMovieFileOutputTest, RecordsAQuickTimeMovieWithH264AndAacTurnedAsT
 
 // Stop and session end with nothing recording do nothing; a start without a session, or a stop
 // before the first frame, fails without a file; a second start while one runs is ignored.
-TEST_F(CaptureMovieFileOutputTest, StartsAndStopsOnlyWhenItMay) {
+TEST_F(CaptureMovieFileOutputTest, StartsAndStopsOnlyWhenItMayAndEndsWithTheSession) {
     FakeSession& session = startSession();
     output.stopRecording();
     output.sessionWillStop();
@@ -374,6 +374,32 @@ TEST_F(CaptureMovieFileOutputTest, StartsAndStopsOnlyWhenItMay) {
     EXPECT_EQ(second.starts + second.finishes, 0);
     EXPECT_FALSE(QFile::exists(other.toLocalFile()));
     EXPECT_TRUE(inspectMovie(url.toLocalFile()).readable);
+
+    // The session stopping (or restarting in another format) ends the movie without waiting for
+    // the encoder: the file completes afterwards, and no new recording starts until did-finish.
+    Delegate delegate;
+    const QUrl closing = fileURL(QStringLiteral("closing.mov"));
+    start(closing, delegate);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.starts == 1; }, patience));
+    QTest::qWait(800);
+    output.sessionWillStop();
+    session.start();
+    EXPECT_EQ(delegate.finishes, 0);
+    EXPECT_TRUE(output.isRecording());
+    Delegate refused;
+    EXPECT_FALSE(start(fileURL(QStringLiteral("refused.mov")), refused));
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.finishes == 1; }, patience));
+    EXPECT_FALSE(output.isRecording());
+    ASSERT_FALSE(delegate.error) << delegate.said();
+    EXPECT_FALSE(delegate.synchronous);
+    const MovieInfo movie = inspectMovie(closing.toLocalFile());
+    EXPECT_TRUE(movie.readable);
+    expectDurationOfWhatWasFed(movie, session.fed());
+
+    Delegate next;
+    record(fileURL(QStringLiteral("next.mov")), next, 500);
+    EXPECT_FALSE(next.error);
 }
 
 // Frames arrive a tenth of a second after they were taken: the movie still starts with the first
@@ -465,35 +491,6 @@ TEST_F(CaptureMovieFileOutputTest, ReportsWhereItCannotWriteAndKeepsWhatADiskFul
         EXPECT_GT(movie.seconds, 0.5);
         EXPECT_GT(decodedFrames(row.url.toLocalFile()), 15);
     }
-}
-
-// The session stopping (or restarting in another format) ends the movie without waiting for the
-// encoder: the file completes afterwards, and no new recording starts until did-finish.
-TEST_F(CaptureMovieFileOutputTest, SessionWillStopEndsTheMovieAndFinishesItLater) {
-    FakeSession& session = startSession();
-    Delegate delegate;
-    const QUrl url = fileURL(QStringLiteral("closing.mov"));
-    start(url, delegate);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.starts == 1; }, patience));
-    QTest::qWait(800);
-    output.sessionWillStop();
-    session.start();
-    EXPECT_EQ(delegate.finishes, 0);
-    EXPECT_TRUE(output.isRecording());
-    Delegate refused;
-    EXPECT_FALSE(start(fileURL(QStringLiteral("refused.mov")), refused));
-
-    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.finishes == 1; }, patience));
-    EXPECT_FALSE(output.isRecording());
-    ASSERT_FALSE(delegate.error) << delegate.said();
-    EXPECT_FALSE(delegate.synchronous);
-    const MovieInfo movie = inspectMovie(url.toLocalFile());
-    EXPECT_TRUE(movie.readable);
-    expectDurationOfWhatWasFed(movie, session.fed());
-
-    Delegate next;
-    record(fileURL(QStringLiteral("next.mov")), next, 500);
-    EXPECT_FALSE(next.error);
 }
 
 TEST(MovieWriterTest, QueueRidesOutAQuarterSecondWithinItsMemory) {

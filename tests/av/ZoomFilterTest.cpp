@@ -29,9 +29,6 @@ const GstVideoFormat formats[] = {GST_VIDEO_FORMAT_I420, GST_VIDEO_FORMAT_NV12};
 const Pattern noise = [](int component, double x, double y) {
     return double((component * 7919 + int(x) * 131 + int(y) * 977 + int(x * y)) % 251);
 };
-const Pattern checkerboard = [](int, double x, double y) {
-    return (int(x) / 8 + int(y) / 8) % 2 ? 235.0 : 16.0;
-};
 
 // One video frame's layout, and every sample of it visited with its component and position.
 struct Layout {
