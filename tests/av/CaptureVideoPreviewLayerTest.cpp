@@ -197,41 +197,17 @@ TEST_F(Layer, onlyTheNewestOfTheFramesThatArrivedMeanwhileIsConverted) {
 
 // A placed layer whose owner paints has each new frame drawn by its worker before the owner hears
 // of it, so painting finds the picture ready; one nobody paints draws nothing ahead; a layer that
-// goes while its worker draws is simply not told.
-TEST_F(Layer, drawsNewFramesAheadOnItsWorkerAndMayGoWhileItDraws) {
+// goes while its worker draws is simply not told. The worker lets a frame go once drawn, not when
+// the GUI thread gets round to the picture: while a recording's frames wait for the encoder, every
+// frame held is megabytes.
+TEST_F(Layer, drawsNewFramesAheadOnItsWorkerLetsThemGoAndMayGoWhileItDraws) {
     layer.setFrame(QRectF(0, 0, 32, 18));
     show(greyFrame(32, 18, 100));
     QTest::qWait(50);
     EXPECT_EQ(layer.framesConvertedInBackground(), 0u) << "nobody painted: nothing drawn ahead";
     EXPECT_FALSE(layer.contents().isNull());
-    int told = 0;
-    QObject::connect(&layer, &CaptureVideoPreviewLayer::needsDisplay, [&] { ++told; });
-    for (const std::uint8_t luma : {60, 180}) {
-        const int before = told;
-        layer.output()->handleSample(MediaType::video, greyFrame(32, 18, luma).get());
-        ASSERT_TRUE(QTest::qWaitFor([&] { return told > before; }, 10000));
-        EXPECT_NEAR(QColor(layer.contents().pixel(16, 9)).red(), (luma - 16) * 255 / 219, 2);
-    }
-    EXPECT_EQ(layer.framesConvertedInBackground(), 2u);
-    EXPECT_EQ(layer.framesDisplayed(), 3u);
 
-    auto* leaving = new CaptureVideoPreviewLayer(nullptr);
-    leaving->setFrame(QRectF(0, 0, 640, 360));
-    leaving->contents();
-    leaving->output()->handleSample(MediaType::video, greyFrame(640, 360, 90).get());
-    QCoreApplication::processEvents();
-    delete leaving;
-    QTest::qWait(100);
-}
-
-// A frame drawn ahead is let go by the worker once drawn, not when the GUI thread gets round to
-// the picture: while a recording's frames wait for the encoder, every frame held is megabytes.
-TEST_F(Layer, theWorkerLetsItsFrameGoOnceDrawn) {
-    layer.setFrame(QRectF(0, 0, 32, 18));
-    layer.contents();
-    const GstHandle<GstSample> frame = frameOf(32, 18, "bt601", [](int, int) {
-        return Yuv{120, 128, 128};
-    });
+    const GstHandle<GstSample> frame = greyFrame(32, 18, 120);
     show(frame);
     // The GUI thread stays busy here: the drawn picture cannot reach the layer meanwhile.
     const auto references = [&] { return GST_MINI_OBJECT_REFCOUNT_VALUE(frame.get()); };
@@ -241,6 +217,25 @@ TEST_F(Layer, theWorkerLetsItsFrameGoOnceDrawn) {
     EXPECT_EQ(layer.framesConvertedInBackground(), 0u);
     ASSERT_TRUE(QTest::qWaitFor([&] { return layer.framesConvertedInBackground() == 1; }, 10000));
     EXPECT_NEAR(QColor(layer.contents().pixel(16, 9)).red(), (120 - 16) * 255 / 219, 2);
+
+    int told = 0;
+    QObject::connect(&layer, &CaptureVideoPreviewLayer::needsDisplay, [&] { ++told; });
+    for (const std::uint8_t luma : {60, 180}) {
+        const int before = told;
+        layer.output()->handleSample(MediaType::video, greyFrame(32, 18, luma).get());
+        ASSERT_TRUE(QTest::qWaitFor([&] { return told > before; }, 10000));
+        EXPECT_NEAR(QColor(layer.contents().pixel(16, 9)).red(), (luma - 16) * 255 / 219, 2);
+    }
+    EXPECT_EQ(layer.framesConvertedInBackground(), 3u);
+    EXPECT_EQ(layer.framesDisplayed(), 4u);
+
+    auto* leaving = new CaptureVideoPreviewLayer(nullptr);
+    leaving->setFrame(QRectF(0, 0, 640, 360));
+    leaving->contents();
+    leaving->output()->handleSample(MediaType::video, greyFrame(640, 360, 90).get());
+    QCoreApplication::processEvents();
+    delete leaving;
+    QTest::qWait(100);
 }
 
 } // namespace
