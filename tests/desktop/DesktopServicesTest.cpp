@@ -107,6 +107,7 @@ protected:
         daemon.start(program, {"--session", "--nofork", "--print-address"});
         ASSERT_TRUE(daemon.waitForReadyRead(5000));
         address = QString::fromUtf8(daemon.readLine().trimmed());
+        ASSERT_FALSE(address.isEmpty());
     }
     void TearDown() override {
         for (const QString& name : names)
