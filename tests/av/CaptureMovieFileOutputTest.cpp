@@ -506,16 +506,13 @@ TEST(MovieWriterTest, QueueRidesOutAQuarterSecondWithinItsMemory) {
 }
 
 // Runs only as the child of SurvivesSigkill: records until it is killed.
-TEST(CaptureMovieFileOutputChild, RecordsUntilKilled) {
+TEST_F(CaptureMovieFileOutputTest, RecordsUntilKilledAsTheChildOfSurvivesSigkill) {
     const QString path = qEnvironmentVariable(childVariable);
     if (path.isEmpty())
-        GTEST_SKIP() << "the child half of CaptureMovieFileOutputTest.SurvivesSigkill";
-    gst_init(nullptr, nullptr);
-    CaptureMovieFileOutput output;
-    FakeSession session(&output, 640, 360, true, 0, "ball");
-    session.start();
+        GTEST_SKIP() << "the child half of SurvivesSigkill";
+    startSession();
     Delegate delegate;
-    output.startRecordingToOutputFileURL(QUrl::fromLocalFile(path), &delegate);
+    start(QUrl::fromLocalFile(path), delegate);
     ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.starts == 1; }, patience));
     std::printf("%s\n", childStartedMarker);
     std::fflush(stdout);
@@ -529,7 +526,7 @@ TEST_F(CaptureMovieFileOutputTest, SurvivesSigkill) {
     environment.insert(QString::fromUtf8(childVariable), path);
     child.setProcessEnvironment(environment);
     child.start(QCoreApplication::applicationFilePath(),
-                {QStringLiteral("--gtest_filter=CaptureMovieFileOutputChild.RecordsUntilKilled")});
+                {QStringLiteral("--gtest_filter=*.RecordsUntilKilledAsTheChildOfSurvivesSigkill")});
     QByteArray printed;
     ASSERT_TRUE(QTest::qWaitFor(
         [&] {
