@@ -27,6 +27,7 @@ struct Picture {
             sum += v;
         return sum / double(planes[0].size());
     }
+    bool operator==(const Picture&) const = default;
 };
 
 inline Picture pictureOf(GstBuffer* buffer, const GstVideoInfo& info) {
