@@ -1,7 +1,6 @@
 #include "platform/av/CaptureDevice.h"
 #include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/CaptureDeviceInput.h"
-#include "platform/av/CapturePreviewOutput.h"
 #include "platform/av/CaptureSession.h"
 #include "platform/av/FileCameraDevice.h"
 #include "platform/av/Gst.h"
@@ -18,7 +17,6 @@
 #include <QTest>
 #include <QtEndian>
 
-#include <gst/video/video.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
