@@ -2,6 +2,7 @@
 #include "platform/av/CapturePreviewOutput.h"
 #include "platform/av/Gst.h"
 #include "platform/av/VideoFrameConverter.h"
+#include "tests/av/Frames.h"
 
 #include <QCoreApplication>
 #include <QTest>
@@ -26,26 +27,12 @@ GstHandle<GstSample> frameOf(int width, int height, const char* colorimetry,
         "video/x-raw,format=I420,width=%d,height=%d,framerate=30/1,colorimetry=%s", width, height,
         colorimetry);
     GstHandle<GstCaps> caps(gst_caps_from_string(description.toUtf8().constData()), GstRef::adopt);
-    GstVideoInfo info;
-    EXPECT_TRUE(gst_video_info_from_caps(&info, caps.get()));
-    GstHandle<GstBuffer> buffer(gst_buffer_new_allocate(nullptr, info.size, nullptr),
-                                GstRef::adopt);
-    GstVideoFrame frame;
-    gst_video_frame_map(&frame, &info, buffer.get(), GST_MAP_WRITE);
-    auto plane = [&](int index, int x, int y) {
-        return static_cast<std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, index)) +
-               y * GST_VIDEO_FRAME_PLANE_STRIDE(&frame, index) + x;
-    };
-    for (int y = 0; y < height; y += 2)
-        for (int x = 0; x < width; x += 2) {
-            const Yuv colour = yuv(x, y);
-            for (int dy = 0; dy < 2; ++dy)
-                for (int dx = 0; dx < 2; ++dx)
-                    *plane(0, x + dx, y + dy) = colour[0];
-            *plane(1, x / 2, y / 2) = colour[1];
-            *plane(2, x / 2, y / 2) = colour[2];
-        }
-    gst_video_frame_unmap(&frame);
+    const GstHandle<GstBuffer> buffer(
+        Layout(GST_VIDEO_FORMAT_I420, width, height).frame([&](int component, double x, double y) {
+            const int scale = component ? 2 : 1; // a chroma sample covers 2x2 pixels
+            return yuv(int(x) * scale & ~1, int(y) * scale & ~1)[size_t(component)];
+        }),
+        GstRef::adopt);
     return GstHandle<GstSample>(gst_sample_new(buffer.get(), caps.get(), nullptr, nullptr),
                                 GstRef::adopt);
 }

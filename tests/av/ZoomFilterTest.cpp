@@ -1,5 +1,6 @@
 #include "platform/av/ZoomFilter.h"
 #include "platform/av/GstHandle.h"
+#include "tests/av/Frames.h"
 
 #include <gst/check/gstharness.h>
 #include <gst/video/video.h>
@@ -7,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <functional>
 #include <limits>
 #include <map>
@@ -19,56 +19,12 @@
 namespace {
 
 using av::ZoomFilter;
-using Bytes = std::vector<std::uint8_t>;
 using HarnessHandle = std::unique_ptr<GstHarness, decltype(&gst_harness_teardown)>;
-// A picture as a function of component (Y, U, V) and sample position in its plane.
-using Pattern = std::function<double(int component, double x, double y)>;
 
 const GstVideoFormat formats[] = {GST_VIDEO_FORMAT_I420, GST_VIDEO_FORMAT_NV12};
 
 const Pattern noise = [](int component, double x, double y) {
     return double((component * 7919 + int(x) * 131 + int(y) * 977 + int(x * y)) % 251);
-};
-
-// One video frame's layout, and every sample of it visited with its component and position.
-struct Layout {
-    Layout(GstVideoFormat format, int width, int height) {
-        gst_video_info_set_format(&info, format, guint(width), guint(height));
-    }
-    template <typename Visit> void forEachSample(Visit visit) const {
-        for (guint plane = 0; plane < GST_VIDEO_INFO_N_PLANES(&info); ++plane) {
-            const int pixelStride = GST_VIDEO_INFO_COMP_PSTRIDE(&info, plane);
-            const int width = GST_VIDEO_INFO_COMP_WIDTH(&info, plane);
-            const int height = GST_VIDEO_INFO_COMP_HEIGHT(&info, plane);
-            for (int y = 0; y < height; ++y) {
-                for (int byte = 0; byte < width * pixelStride; ++byte)
-                    visit(int(plane) + byte % pixelStride, byte / pixelStride, y, width, height,
-                          info.offset[plane] + gsize(y * info.stride[plane] + byte));
-            }
-        }
-    }
-    // The padding after rows and planes is set to `padding`, so that a frame never holds
-    // uninitialised bytes and a read outside a plane shows.
-    GstBuffer* frame(const Pattern& pattern, GstClockTime pts = 0, std::uint8_t padding = 0) const {
-        GstBuffer* buffer = gst_buffer_new_allocate(nullptr, info.size, nullptr);
-        GstMapInfo map;
-        gst_buffer_map(buffer, &map, GST_MAP_WRITE);
-        std::memset(map.data, padding, map.size);
-        forEachSample([&](int component, int x, int y, int, int, gsize offset) {
-            map.data[offset] = std::uint8_t(std::lround(pattern(component, x, y)));
-        });
-        gst_buffer_unmap(buffer, &map);
-        GST_BUFFER_PTS(buffer) = pts;
-        return buffer;
-    }
-    // A frame's samples without its padding, which the element leaves as its buffer pool made it.
-    Bytes picture(const Bytes& frame) const {
-        Bytes samples;
-        forEachSample(
-            [&](int, int, int, int, int, gsize offset) { samples.push_back(frame.at(offset)); });
-        return samples;
-    }
-    GstVideoInfo info;
 };
 
 class ZoomFilterTest : public ::testing::Test {
