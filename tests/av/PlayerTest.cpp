@@ -56,8 +56,12 @@ struct SeamSound {
         auto* sound = static_cast<SeamSound*>(data);
         GstBuffer* buffer = GST_PAD_PROBE_INFO_BUFFER(info);
         GstMapInfo map;
-        if (!gst_buffer_map(buffer, &map, GST_MAP_READ) || map.size < 2 * sizeof(float))
+        if (!gst_buffer_map(buffer, &map, GST_MAP_READ))
             return GST_PAD_PROBE_OK;
+        if (map.size < 2 * sizeof(float)) {
+            gst_buffer_unmap(buffer, &map);
+            return GST_PAD_PROBE_OK;
+        }
         // Interleaved F32; the first channel is enough.
         const auto* samples = reinterpret_cast<const float*>(map.data);
         const size_t count = map.size / sizeof(float);
