@@ -2,9 +2,12 @@
 #include "platform/av/CaptureDeviceInput.h"
 #include "platform/av/CaptureMovieFileOutput.h"
 #include "platform/av/CapturePreviewOutput.h"
+#include "platform/av/FileCameraDevice.h"
+#include "platform/av/Gst.h"
 #include "platform/av/VirtualCameraDevice.h"
 #include "platform/av/VirtualMicrophoneDevice.h"
 #include "tests/MovieInfo.h"
+#include "tests/av/Frames.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -14,6 +17,7 @@
 #include <chrono>
 #include <thread>
 
+#include <gst/video/video.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -41,55 +45,53 @@ struct Finish : CaptureMovieFileOutput::RecordingDelegate {
     std::optional<Error> error;
 };
 
-// A running session on the virtual camera and microphone with a preview and a movie output.
-struct Running {
-    Running() {
-        session.setSessionPreset(CaptureSession::preset1280x720);
-        session.addInput(new CaptureDeviceInput(&camera));
-        session.addInput(new CaptureDeviceInput(&microphone));
-        session.addOutput(&preview);
-        session.addOutput(&movie);
-        session.startRunning();
-    }
-    ~Running() { session.stopRunning(); }
+// Starts the session at 1280x720 on these devices, handing it these outputs.
+void run(CaptureSession& session, std::initializer_list<CaptureDevice*> devices,
+         std::initializer_list<CaptureOutput*> outputs) {
+    session.setSessionPreset(CaptureSession::preset1280x720);
+    for (CaptureDevice* device : devices)
+        session.addInput(new CaptureDeviceInput(device));
+    for (CaptureOutput* output : outputs)
+        session.addOutput(output);
+    session.startRunning();
+}
+
+// A take that kept its pipeline would keep its streaming and encoder threads and the movie's
+// open file, so the process's own thread and descriptor counts tell whether one was left behind.
+// The first take warms GStreamer's and Qt's thread pools; from then on the counts must hold.
+// Then a headset unplugged mid-take: the take so far is finished into a playable file, the user
+// is told, and the camera goes on without sound instead of the whole session stopping.
+TEST(Takes, leaveNoThreadOrDescriptorBehindAndOutliveTheMicrophone) {
+    QTemporaryDir folder;
+    ASSERT_TRUE(folder.isValid());
     VirtualCameraDevice camera{DevicePosition::back};
     VirtualMicrophoneDevice microphone;
     CaptureSession session;
     CapturePreviewOutput preview;
     CaptureMovieFileOutput movie;
-};
-
-// A take that kept its pipeline would keep its streaming and encoder threads and the movie's
-// open file, so the process's own thread and descriptor counts tell whether one was left behind.
-// The first take warms GStreamer's and Qt's thread pools; from then on the counts must hold.
-TEST(TakeResources, aTakeLeavesNoThreadOrDescriptorBehind) {
-    QTemporaryDir folder;
-    ASSERT_TRUE(folder.isValid());
-    Running running;
-    CaptureSession& session = running.session;
-    CapturePreviewOutput& preview = running.preview;
-    CaptureMovieFileOutput& movie = running.movie;
+    run(session, {&camera, &microphone}, {&preview, &movie});
     ASSERT_TRUE(session.isRunning());
     ASSERT_TRUE(QTest::qWaitFor([&] { return preview.framesReceived() > 5; }, 15000));
 
-    const QUrl url = QUrl::fromLocalFile(folder.filePath(QStringLiteral("take.mov")));
-    const auto take = [&] {
+    const QString file = folder.filePath(QStringLiteral("take.mov"));
+    // Records for this long, or until whatever `during` does ends the take.
+    const auto take = [&](int milliseconds, const std::function<void()>& during = {}) {
         Finish delegate;
-        ASSERT_TRUE(movie.startRecordingToOutputFileURL(url, &delegate));
+        ASSERT_TRUE(movie.startRecordingToOutputFileURL(QUrl::fromLocalFile(file), &delegate));
         ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.starts == 1; }, 15000));
-        QTest::qWait(300);
-        movie.stopRecording();
+        QTest::qWait(milliseconds);
+        during ? during() : movie.stopRecording();
         ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.finishes == 1; }, 15000));
         EXPECT_FALSE(delegate.error) << delegate.error->localizedDescription().toStdString();
     };
 
-    take();
+    take(300);
     // Threads that end with the take need a moment to be gone from /proc, longer on a loaded
     // machine; what a take leaks never goes.
     QTest::qWait(500);
     const Counts warm;
     for (int next = 2; next <= 4; ++next) {
-        take();
+        take(300);
         // One of slack: a pool thread may be between two jobs; one per take shows by the third.
         const auto settled = [&] {
             const Counts now;
@@ -100,6 +102,21 @@ TEST(TakeResources, aTakeLeavesNoThreadOrDescriptorBehind) {
         EXPECT_LE(now.threads, warm.threads + 1) << "after take " << next;
         EXPECT_LE(now.descriptors, warm.descriptors + 1) << "after take " << next;
     }
+
+    QString said;
+    int errors = 0;
+    QObject::connect(&session, &CaptureSession::microphoneLost,
+                     [&](const QString& description) { said = description; });
+    QObject::connect(&session, &CaptureSession::runtimeError, [&](const Error&) { ++errors; });
+    take(500, [&] { microphone.setDisconnected(); });
+    EXPECT_TRUE(said.contains(microphone.localizedName())) << said.toStdString();
+    EXPECT_EQ(errors, 0);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return session.isRunning(); }, 15000));
+    const quint64 frames = preview.framesReceived();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return preview.framesReceived() > frames + 5; }, 15000));
+    for (CaptureInput* input : session.inputs())
+        EXPECT_NE(qobject_cast<CaptureDeviceInput*>(input)->device(), &microphone);
+    EXPECT_EQ(inspectMovie(file).videoCodec, QStringLiteral("video/x-h264")) << "the clip plays";
     session.stopRunning();
 }
 
@@ -117,11 +134,8 @@ TEST(SessionOutputs, aRemovedOutputIsHandedNothingMore) {
     };
     VirtualCameraDevice camera(DevicePosition::back);
     CaptureSession session;
-    session.setSessionPreset(CaptureSession::preset1280x720);
-    session.addInput(new CaptureDeviceInput(&camera));
     Watched watched;
-    session.addOutput(&watched);
-    session.startRunning();
+    run(session, {&camera}, {&watched});
     ASSERT_TRUE(QTest::qWaitFor([&] { return watched.framesReceived() > 3; }, 15000));
     for (int round = 0; round < 3; ++round) {
         session.removeOutput(&watched);
@@ -138,39 +152,39 @@ TEST(SessionOutputs, aRemovedOutputIsHandedNothingMore) {
     session.stopRunning();
 }
 
-// A headset unplugged mid-take: the take so far is finished into a playable file, the user is
-// told, and the camera goes on without sound instead of the whole session stopping.
-TEST(MicrophoneLoss, theTakeSoFarIsKeptAndThePictureGoesOnWithoutSound) {
+// A one-second 4:3 clip of still colour bars, with sound, which the camera leaves out, plays on
+// past its end, at the session's size and rate with black bars at the sides.
+TEST(FileCameraDevice, aVideoLoopsAtTheSessionFormatWithBlackBars) {
     QTemporaryDir folder;
-    ASSERT_TRUE(folder.isValid());
-    Running running;
-    CaptureSession& session = running.session;
-    CapturePreviewOutput& preview = running.preview;
-    VirtualMicrophoneDevice& microphone = running.microphone;
-    QString said;
-    int errors = 0;
-    QObject::connect(&session, &CaptureSession::microphoneLost,
-                     [&](const QString& description) { said = description; });
-    QObject::connect(&session, &CaptureSession::runtimeError, [&](const Error&) { ++errors; });
+    Gst::ensureInitialized();
+    const QString clip = folder.filePath(QStringLiteral("clip.mp4"));
+    ASSERT_TRUE(Gst::runToEnd("videotestsrc num-buffers=30 pattern=smpte ! video/x-raw,width=320,"
+                              "height=240,framerate=30/1 ! x264enc ! mp4mux name=mux ! filesink "
+                              "location=" +
+                                  clip.toUtf8() + " audiotestsrc num-buffers=47 ! avenc_aac ! mux.",
+                              std::chrono::seconds(20)));
+    FileCameraDevice camera(clip);
+    EXPECT_FALSE(camera.isStillPicture());
+    CaptureSession session;
+    CapturePreviewOutput preview;
+    run(session, {&camera}, {&preview});
     ASSERT_TRUE(session.isRunning());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return preview.framesReceived() > 45; }, 15000));
+    const quint64 early = preview.framesReceived();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return preview.framesReceived() > early + 5; }, 15000));
+    GstHandle<GstSample> frame = preview.takeLatestFrame();
+    session.stopRunning();
+    ASSERT_TRUE(frame);
 
-    const QString file = folder.filePath(QStringLiteral("take.mov"));
-    Finish delegate;
-    ASSERT_TRUE(running.movie.startRecordingToOutputFileURL(QUrl::fromLocalFile(file), &delegate));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.starts == 1; }, 15000));
-    QTest::qWait(500);
-    microphone.setDisconnected();
-
-    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.finishes == 1; }, 15000));
-    EXPECT_TRUE(said.contains(microphone.localizedName())) << said.toStdString();
-    EXPECT_EQ(errors, 0);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return session.isRunning(); }, 15000));
-    const quint64 frames = preview.framesReceived();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return preview.framesReceived() > frames + 5; }, 15000));
-    for (CaptureInput* input : session.inputs())
-        EXPECT_NE(qobject_cast<CaptureDeviceInput*>(input)->device(), &microphone);
-
-    EXPECT_EQ(inspectMovie(file).videoCodec, QStringLiteral("video/x-h264")) << "the clip plays";
+    GstVideoInfo info;
+    ASSERT_TRUE(gst_video_info_from_caps(&info, gst_sample_get_caps(frame.get())));
+    EXPECT_EQ(info.fps_n, 30);
+    const Picture picture = pictureOf(frame.get());
+    ASSERT_EQ(picture.width, 1280);
+    ASSERT_EQ(picture.height, 720);
+    // Black at the sides, the bars (light grey at the left) in the middle.
+    EXPECT_LT(picture.at(0, 20, 360), 24);
+    EXPECT_GT(picture.at(0, 170, 100), 120);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "platform/av/CapturePreviewOutput.h"
 #include "platform/av/Gst.h"
 #include "platform/av/VideoFrameConverter.h"
+#include "tests/av/Frames.h"
 
 #include <QCoreApplication>
 #include <QTest>
@@ -22,31 +23,16 @@ using Yuv = std::array<std::uint8_t, 3>;
 GstHandle<GstSample> frameOf(int width, int height, const char* colorimetry,
                              const std::function<Yuv(int x, int y)>& yuv) {
     Gst::ensureInitialized();
-    GstHandle<GstCaps> caps(gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, "I420",
-                                                "width", G_TYPE_INT, width, "height", G_TYPE_INT,
-                                                height, "framerate", GST_TYPE_FRACTION, 30, 1,
-                                                "colorimetry", G_TYPE_STRING, colorimetry, nullptr),
-                            GstRef::adopt);
-    GstVideoInfo info;
-    EXPECT_TRUE(gst_video_info_from_caps(&info, caps.get()));
-    GstHandle<GstBuffer> buffer(gst_buffer_new_allocate(nullptr, info.size, nullptr),
-                                GstRef::adopt);
-    GstVideoFrame frame;
-    gst_video_frame_map(&frame, &info, buffer.get(), GST_MAP_WRITE);
-    auto plane = [&](int index, int x, int y) {
-        return static_cast<std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, index)) +
-               y * GST_VIDEO_FRAME_PLANE_STRIDE(&frame, index) + x;
-    };
-    for (int y = 0; y < height; y += 2)
-        for (int x = 0; x < width; x += 2) {
-            const Yuv colour = yuv(x, y);
-            for (int dy = 0; dy < 2; ++dy)
-                for (int dx = 0; dx < 2; ++dx)
-                    *plane(0, x + dx, y + dy) = colour[0];
-            *plane(1, x / 2, y / 2) = colour[1];
-            *plane(2, x / 2, y / 2) = colour[2];
-        }
-    gst_video_frame_unmap(&frame);
+    const QString description = QString::asprintf(
+        "video/x-raw,format=I420,width=%d,height=%d,framerate=30/1,colorimetry=%s", width, height,
+        colorimetry);
+    GstHandle<GstCaps> caps(gst_caps_from_string(description.toUtf8().constData()), GstRef::adopt);
+    const GstHandle<GstBuffer> buffer(
+        Layout(GST_VIDEO_FORMAT_I420, width, height).frame([&](int component, double x, double y) {
+            const int scale = component ? 2 : 1; // a chroma sample covers 2x2 pixels
+            return yuv(int(x) * scale & ~1, int(y) * scale & ~1)[size_t(component)];
+        }),
+        GstRef::adopt);
     return GstHandle<GstSample>(gst_sample_new(buffer.get(), caps.get(), nullptr, nullptr),
                                 GstRef::adopt);
 }
@@ -198,41 +184,17 @@ TEST_F(Layer, onlyTheNewestOfTheFramesThatArrivedMeanwhileIsConverted) {
 
 // A placed layer whose owner paints has each new frame drawn by its worker before the owner hears
 // of it, so painting finds the picture ready; one nobody paints draws nothing ahead; a layer that
-// goes while its worker draws is simply not told.
-TEST_F(Layer, drawsNewFramesAheadOnItsWorkerAndMayGoWhileItDraws) {
+// goes while its worker draws is simply not told. The worker lets a frame go once drawn, not when
+// the GUI thread gets round to the picture: while a recording's frames wait for the encoder, every
+// frame held is megabytes.
+TEST_F(Layer, drawsNewFramesAheadOnItsWorkerLetsThemGoAndMayGoWhileItDraws) {
     layer.setFrame(QRectF(0, 0, 32, 18));
     show(greyFrame(32, 18, 100));
     QTest::qWait(50);
     EXPECT_EQ(layer.framesConvertedInBackground(), 0u) << "nobody painted: nothing drawn ahead";
     EXPECT_FALSE(layer.contents().isNull());
-    int told = 0;
-    QObject::connect(&layer, &CaptureVideoPreviewLayer::needsDisplay, [&] { ++told; });
-    for (const std::uint8_t luma : {60, 180}) {
-        const int before = told;
-        layer.output()->handleSample(MediaType::video, greyFrame(32, 18, luma).get());
-        ASSERT_TRUE(QTest::qWaitFor([&] { return told > before; }, 10000));
-        EXPECT_NEAR(QColor(layer.contents().pixel(16, 9)).red(), (luma - 16) * 255 / 219, 2);
-    }
-    EXPECT_EQ(layer.framesConvertedInBackground(), 2u);
-    EXPECT_EQ(layer.framesDisplayed(), 3u);
 
-    auto* leaving = new CaptureVideoPreviewLayer(nullptr);
-    leaving->setFrame(QRectF(0, 0, 640, 360));
-    leaving->contents();
-    leaving->output()->handleSample(MediaType::video, greyFrame(640, 360, 90).get());
-    QCoreApplication::processEvents();
-    delete leaving;
-    QTest::qWait(100);
-}
-
-// A frame drawn ahead is let go by the worker once drawn, not when the GUI thread gets round to
-// the picture: while a recording's frames wait for the encoder, every frame held is megabytes.
-TEST_F(Layer, theWorkerLetsItsFrameGoOnceDrawn) {
-    layer.setFrame(QRectF(0, 0, 32, 18));
-    layer.contents();
-    const GstHandle<GstSample> frame = frameOf(32, 18, "bt601", [](int, int) {
-        return Yuv{120, 128, 128};
-    });
+    const GstHandle<GstSample> frame = greyFrame(32, 18, 120);
     show(frame);
     // The GUI thread stays busy here: the drawn picture cannot reach the layer meanwhile.
     const auto references = [&] { return GST_MINI_OBJECT_REFCOUNT_VALUE(frame.get()); };
@@ -242,6 +204,25 @@ TEST_F(Layer, theWorkerLetsItsFrameGoOnceDrawn) {
     EXPECT_EQ(layer.framesConvertedInBackground(), 0u);
     ASSERT_TRUE(QTest::qWaitFor([&] { return layer.framesConvertedInBackground() == 1; }, 10000));
     EXPECT_NEAR(QColor(layer.contents().pixel(16, 9)).red(), (120 - 16) * 255 / 219, 2);
+
+    int told = 0;
+    QObject::connect(&layer, &CaptureVideoPreviewLayer::needsDisplay, [&] { ++told; });
+    for (const std::uint8_t luma : {60, 180}) {
+        const int before = told;
+        layer.output()->handleSample(MediaType::video, greyFrame(32, 18, luma).get());
+        ASSERT_TRUE(QTest::qWaitFor([&] { return told > before; }, 10000));
+        EXPECT_NEAR(QColor(layer.contents().pixel(16, 9)).red(), (luma - 16) * 255 / 219, 2);
+    }
+    EXPECT_EQ(layer.framesConvertedInBackground(), 3u);
+    EXPECT_EQ(layer.framesDisplayed(), 4u);
+
+    auto* leaving = new CaptureVideoPreviewLayer(nullptr);
+    leaving->setFrame(QRectF(0, 0, 640, 360));
+    leaving->contents();
+    leaving->output()->handleSample(MediaType::video, greyFrame(640, 360, 90).get());
+    QCoreApplication::processEvents();
+    delete leaving;
+    QTest::qWait(100);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "platform/av/ZoomFilter.h"
 #include "platform/av/GstHandle.h"
+#include "tests/av/Frames.h"
 
 #include <gst/check/gstharness.h>
 #include <gst/video/video.h>
@@ -7,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <functional>
 #include <limits>
 #include <map>
@@ -19,59 +19,12 @@
 namespace {
 
 using av::ZoomFilter;
-using Bytes = std::vector<std::uint8_t>;
 using HarnessHandle = std::unique_ptr<GstHarness, decltype(&gst_harness_teardown)>;
-// A picture as a function of component (Y, U, V) and sample position in its plane.
-using Pattern = std::function<double(int component, double x, double y)>;
 
 const GstVideoFormat formats[] = {GST_VIDEO_FORMAT_I420, GST_VIDEO_FORMAT_NV12};
 
 const Pattern noise = [](int component, double x, double y) {
     return double((component * 7919 + int(x) * 131 + int(y) * 977 + int(x * y)) % 251);
-};
-const Pattern checkerboard = [](int, double x, double y) {
-    return (int(x) / 8 + int(y) / 8) % 2 ? 235.0 : 16.0;
-};
-
-// One video frame's layout, and every sample of it visited with its component and position.
-struct Layout {
-    Layout(GstVideoFormat format, int width, int height) {
-        gst_video_info_set_format(&info, format, guint(width), guint(height));
-    }
-    template <typename Visit> void forEachSample(Visit visit) const {
-        for (guint plane = 0; plane < GST_VIDEO_INFO_N_PLANES(&info); ++plane) {
-            const int pixelStride = GST_VIDEO_INFO_COMP_PSTRIDE(&info, plane);
-            const int width = GST_VIDEO_INFO_COMP_WIDTH(&info, plane);
-            const int height = GST_VIDEO_INFO_COMP_HEIGHT(&info, plane);
-            for (int y = 0; y < height; ++y) {
-                for (int byte = 0; byte < width * pixelStride; ++byte)
-                    visit(int(plane) + byte % pixelStride, byte / pixelStride, y, width, height,
-                          info.offset[plane] + gsize(y * info.stride[plane] + byte));
-            }
-        }
-    }
-    // The padding after rows and planes is set to `padding`, so that a frame never holds
-    // uninitialised bytes and a read outside a plane shows.
-    GstBuffer* frame(const Pattern& pattern, GstClockTime pts = 0, std::uint8_t padding = 0) const {
-        GstBuffer* buffer = gst_buffer_new_allocate(nullptr, info.size, nullptr);
-        GstMapInfo map;
-        gst_buffer_map(buffer, &map, GST_MAP_WRITE);
-        std::memset(map.data, padding, map.size);
-        forEachSample([&](int component, int x, int y, int, int, gsize offset) {
-            map.data[offset] = std::uint8_t(std::lround(pattern(component, x, y)));
-        });
-        gst_buffer_unmap(buffer, &map);
-        GST_BUFFER_PTS(buffer) = pts;
-        return buffer;
-    }
-    // A frame's samples without its padding, which the element leaves as its buffer pool made it.
-    Bytes picture(const Bytes& frame) const {
-        Bytes samples;
-        forEachSample(
-            [&](int, int, int, int, int, gsize offset) { samples.push_back(frame.at(offset)); });
-        return samples;
-    }
-    GstVideoInfo info;
 };
 
 class ZoomFilterTest : public ::testing::Test {
@@ -115,8 +68,10 @@ std::string describe(const Layout& layout) {
 }
 
 // Bit-exact at zoom 1, also after leaving it and coming back, which switches passthrough and
-// renegotiates the output buffers; the same zoom again gives the same picture.
-TEST_F(ZoomFilterTest, ZoomOnePassesFramesThroughBitExact) {
+// renegotiates the output buffers; the same zoom again gives the same picture. Steps of a
+// thousandth move a full-size picture by fractions of a pixel instead of snapping to whole-pixel
+// crops, so each changes it.
+TEST_F(ZoomFilterTest, ZoomOnePassesFramesThroughBitExactAndEveryStepShows) {
     for (GstVideoFormat format : formats) {
         for (const Layout& layout :
              {Layout(format, 640, 360), Layout(format, 642, 362), Layout(format, 1, 1),
@@ -125,17 +80,21 @@ TEST_F(ZoomFilterTest, ZoomOnePassesFramesThroughBitExact) {
             auto h = harness(layout);
             av::GstHandle<GstBuffer> input(layout.frame(noise), av::GstRef::adopt);
             const Bytes original = layout.picture(bytes(input.get()));
+            Bytes previous;
             std::map<double, Bytes> seen;
-            for (double zoom : {1.0, 2.0, 1.0, 1.5, 2.0, 1.0}) {
+            for (double zoom : {1.0, 2.0, 1.0, 1.5, 2.0, 1.001, 1.002, 1.003, 1.0}) {
+                const bool large = layout.info.width >= 640;
+                if (zoom != 1.0 && zoom < 1.01 && !large)
+                    continue; // a step of a thousandth shows only on a full-size picture
                 setZoom(h.get(), zoom);
                 const Bytes output = layout.picture(pass(h.get(), gst_buffer_ref(input.get())));
                 // A single pixel is its own centre at any zoom.
                 const bool onePixel = layout.info.width == 1 && layout.info.height == 1;
                 EXPECT_EQ(output == original, zoom == 1.0 || onePixel) << zoom;
-                if (seen.contains(zoom)) {
-                    EXPECT_EQ(output, seen[zoom]) << zoom;
-                }
+                EXPECT_TRUE(!seen.contains(zoom) || output == seen[zoom]) << zoom;
+                EXPECT_TRUE(!large || output != previous) << zoom;
                 seen.emplace(zoom, output);
+                previous = output;
             }
         }
     }
@@ -185,33 +144,10 @@ TEST_F(ZoomFilterTest, ZoomShowsTheCentreOfTheFrameFromItsOwnPlanes) {
                         ADD_FAILURE() << "component " << component << " at " << x << "," << y
                                       << ": " << int(output[offset]) << ", expected " << expected;
                 });
-                if (zoom == 2.0 && layout.info.width == 256) {
-                    // The corners show the edges of the centre half.
-                    EXPECT_NEAR(output[0], 64, 1);
-                    EXPECT_NEAR(output[255], 191, 1);
-                }
                 const Bytes clear = layout.picture(pass(h.get(), layout.frame(noise, 0, 0x00)));
                 const Bytes filled = layout.picture(pass(h.get(), layout.frame(noise, 0, 0xff)));
                 EXPECT_EQ(clear, filled);
             }
-        }
-    }
-}
-
-// A slow ramp must move the picture by fractions of a pixel, not snap to whole-pixel crops.
-TEST_F(ZoomFilterTest, FractionalZoomStepsChangeThePicture) {
-    for (GstVideoFormat format : formats) {
-        const Layout layout(format, 642, 362);
-        SCOPED_TRACE(describe(layout));
-        auto h = harness(layout);
-        av::GstHandle<GstBuffer> input(layout.frame(checkerboard), av::GstRef::adopt);
-        Bytes previous = layout.picture(bytes(input.get()));
-        for (double zoom : {1.001, 1.002, 1.003}) {
-            setZoom(h.get(), zoom);
-            const Bytes output = layout.picture(pass(h.get(), gst_buffer_ref(input.get())));
-            ASSERT_EQ(output.size(), previous.size());
-            EXPECT_NE(output, previous) << zoom;
-            previous = output;
         }
     }
 }
@@ -245,9 +181,7 @@ TEST_F(ZoomFilterTest, WriteLandsOnTheNextFrameShownClamped) {
         const Bytes output = layout.picture(pass(h.get(), layout.frame(noise, i * GST_MSECOND)));
         ASSERT_EQ(shown.size(), i + 1);
         EXPECT_EQ(shown[i], std::pair(i * GST_MSECOND, expected));
-        if (outputs.contains(expected)) {
-            EXPECT_EQ(output, outputs[expected]);
-        }
+        EXPECT_TRUE(!outputs.contains(expected) || output == outputs[expected]);
         outputs.emplace(expected, output);
     }
     ZoomFilter::setFrameObserver(h->element, {});
@@ -266,13 +200,10 @@ TEST_F(ZoomFilterTest, LiveFramesCarryTheZoomWrittenBeforeTheirCapture) {
     ZoomFilter::setFrameObserver(h->element,
                                  [&](GstClockTime, double zoom) { seen.push_back(zoom); });
     const GstClockTime base = gst_element_get_base_time(h->element);
-    auto writeAt = [&](GstClockTime when, double zoom) {
-        gst_harness_set_time(h.get(), base + when);
-        setZoom(h.get(), zoom);
-    };
-    writeAt(10 * GST_MSECOND, 2.0);
-    writeAt(20 * GST_MSECOND, 3.0);
-    writeAt(30 * GST_MSECOND, 4.0);
+    for (int i = 1; i <= 3; ++i) { // 2, 3 and 4 written at 10, 20 and 30 ms
+        gst_harness_set_time(h.get(), base + i * 10 * GST_MSECOND);
+        setZoom(h.get(), i + 1.0);
+    }
     // Frames captured at 5, 15, 25 and 35 ms, all arriving after the last write.
     for (GstClockTime captured : {5, 15, 25, 35})
         pass(h.get(), layout.frame(noise, captured * GST_MSECOND));
@@ -288,16 +219,12 @@ TEST_F(ZoomFilterTest, ZoomWrittenFromAnotherThreadWhileFramesFlow) {
         const Layout layout(format, 320, 180);
         SCOPED_TRACE(describe(layout));
         av::GstHandle<GstBuffer> input(layout.frame(noise), av::GstRef::adopt);
-        std::map<double, Bytes> reference;
-        {
-            auto h = harness(layout);
-            for (double zoom : values) {
-                setZoom(h.get(), zoom);
-                reference[zoom] = layout.picture(pass(h.get(), gst_buffer_ref(input.get())));
-            }
-        }
-
         auto h = harness(layout);
+        std::map<double, Bytes> reference;
+        for (double zoom : values) {
+            setZoom(h.get(), zoom);
+            reference[zoom] = layout.picture(pass(h.get(), gst_buffer_ref(input.get())));
+        }
         std::vector<double> seen; // the harness streams on the pushing thread
         ZoomFilter::setFrameObserver(h->element,
                                      [&](GstClockTime, double zoom) { seen.push_back(zoom); });
