@@ -8,12 +8,15 @@
 namespace foundation {
 namespace {
 
-TEST(BundleTest, InfoDictionaryCarriesNameAndProjectVersion) {
+TEST(BundleTest, InfoDictionaryCarriesNameAndProjectVersionAndMissingEntriesAreNull) {
     const Bundle& bundle = Bundle::main();
     EXPECT_EQ(bundle.objectForInfoDictionaryKey("CFBundleShortVersionString").toString(),
               TESSARO_EXPECTED_VERSION);
     EXPECT_EQ(bundle.infoDictionary().value("CFBundleName").toString(), "Tessaro");
     EXPECT_FALSE(bundle.objectForInfoDictionaryKey("NoSuchKey").isValid());
+    EXPECT_TRUE(bundle.image("NoSuchImage").isNull());
+    EXPECT_TRUE(bundle.pixmap("NoSuchImage", QSize(16, 16)).isNull());
+    EXPECT_TRUE(bundle.image(QString()).isNull());
 }
 
 TEST(BundleTest, ResourcesAreFoundInTheDataFolderFromTheEnvironment) {
@@ -37,12 +40,6 @@ TEST(BundleTest, ResourcesAreFoundInTheDataFolderFromTheEnvironment) {
 
     qunsetenv("TESSARO_DATA_DIR");
     EXPECT_NE(bundle.pathForResource("1", "mov"), data.filePath("1.mov"));
-}
-
-TEST(BundleTest, MissingImageIsNull) {
-    EXPECT_TRUE(Bundle::main().image("NoSuchImage").isNull());
-    EXPECT_TRUE(Bundle::main().pixmap("NoSuchImage", QSize(16, 16)).isNull());
-    EXPECT_TRUE(Bundle::main().image(QString()).isNull());
 }
 
 } // namespace
