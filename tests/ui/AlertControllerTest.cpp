@@ -12,12 +12,14 @@ namespace {
 
 class AlertTest : public ::testing::Test {
 protected:
-    // An alert with a standard and a cancel action over a shown screen; each handler notes its
-    // action's title.
-    AlertController* showAlert() {
+    void SetUp() override {
         window.setRootViewController(screen);
         window.resize(390, 844);
         window.show();
+    }
+    // An alert with a standard and a cancel action over the screen; each handler notes its
+    // action's title.
+    AlertController* showAlert() {
         auto* alert = new AlertController(QStringLiteral("Error"), QStringLiteral("Disk full."),
                                           AlertController::Style::alert);
         alert->addAction({QStringLiteral("Retry"), AlertAction::Style::standard,
@@ -35,20 +37,17 @@ protected:
         new test::ProbeViewController(QStringLiteral("s"), &journal);
 };
 
-TEST_F(AlertTest, AnActionClosesTheAlertThenRunsOnceEvenWhenChosenTwice) {
+TEST_F(AlertTest, AnActionClosesTheAlertThenRunsOnceEvenWhenChosenTwiceAndEscCancels) {
     AlertController* alert = showAlert();
     alert->performAction(0);
     alert->performAction(1);
     EXPECT_TRUE(chosen.isEmpty()); // not before the alert has gone
     ASSERT_TRUE(QTest::qWaitFor([&] { return screen->presentedViewController() == nullptr; }));
     EXPECT_EQ(chosen, QStringList{QStringLiteral("Retry")});
-}
 
-TEST_F(AlertTest, EscChoosesTheCancelAction) {
-    AlertController* alert = showAlert();
-    QTest::keyClick(alert->view(), Qt::Key_Escape);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !chosen.isEmpty(); }));
-    EXPECT_EQ(chosen, QStringList{QStringLiteral("OK")});
+    QTest::keyClick(showAlert()->view(), Qt::Key_Escape);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return chosen.size() == 2; }));
+    EXPECT_EQ(chosen.last(), QStringLiteral("OK"));
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include "platform/ui/Button.h"
-#include "platform/ui/Label.h"
 #include "platform/ui/Slider.h"
 #include "platform/ui/View.h"
 #include "platform/ui/ViewController.h"
@@ -28,14 +27,7 @@ protected:
         view()->setPalette(palette);
 
         QPixmap dot(24, 24);
-        dot.fill(Qt::transparent);
-        QPainter painter(&dot);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setBrush(Qt::red);
-        painter.setPen(Qt::NoPen);
-        painter.drawEllipse(0, 0, 24, 24);
-        painter.end();
-
+        dot.fill(Qt::red);
         button = new Button(view());
         button->setImage(QIcon(dot));
         button->setTitle("Record");

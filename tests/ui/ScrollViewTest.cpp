@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include "platform/ui/ScrollView.h"
-#include "tests/ui/ProbeViewController.h"
 
 namespace ui::test {
 namespace {
@@ -48,11 +47,10 @@ public:
                             std::max(1, pauseBeforeRelease));
     }
 
-    void wheel(QPoint pixels, QPoint angle, Qt::ScrollPhase phase) {
+    void wheel(QPoint pixels, QPoint angle, Qt::ScrollPhase phase = Qt::NoScrollPhase) {
         QWheelEvent event(QPointF(150, 200), pager.mapToGlobal(QPointF(150, 200)), pixels, angle,
                           Qt::NoButton, Qt::NoModifier, phase, false);
-        wheelTime += 10;
-        event.setTimestamp(wheelTime);
+        event.setTimestamp(wheelTime += 10);
         QApplication::sendEvent(&pager, &event);
     }
     quint64 wheelTime = 0;
@@ -62,55 +60,42 @@ public:
 };
 
 TEST_F(ScrollViewTest, EveryKindOfInputRestsOnAWholePage) {
-    struct Row {
+    auto key = [this](Qt::Key key) { return [this, key] { QTest::keyClick(&pager, key); }; };
+    const struct {
         const char* input;
         double startPage;
-        std::function<void(ScrollViewTest&)> act;
+        std::function<void()> act;
         double page;
-    };
-    const std::vector<Row> rows{
-        {"slow drag past half a page", 0, [](ScrollViewTest& t) { t.drag(250, 80, 10, 150); }, 1},
-        {"slow drag under half a page springs back", 1,
-         [](ScrollViewTest& t) { t.drag(200, 120, 10, 150); }, 1},
-        {"quick short flick goes on", 1, [](ScrollViewTest& t) { t.drag(200, 120, 2, 0); }, 2},
-        {"a flick backwards goes back", 2, [](ScrollViewTest& t) { t.drag(100, 160, 3, 0); }, 1},
-        {"a long flick moves one page only", 0, [](ScrollViewTest& t) { t.drag(290, -200, 3, 0); },
-         1},
-        {"right arrow", 0, [](ScrollViewTest& t) { QTest::keyClick(&t.pager, Qt::Key_Right); }, 1},
-        {"left arrow", 2, [](ScrollViewTest& t) { QTest::keyClick(&t.pager, Qt::Key_Left); }, 1},
-        {"page down", 1, [](ScrollViewTest& t) { QTest::keyClick(&t.pager, Qt::Key_PageDown); }, 2},
-        {"page up", 1, [](ScrollViewTest& t) { QTest::keyClick(&t.pager, Qt::Key_PageUp); }, 0},
-        {"end", 0, [](ScrollViewTest& t) { QTest::keyClick(&t.pager, Qt::Key_End); }, 3},
-        {"home", 3, [](ScrollViewTest& t) { QTest::keyClick(&t.pager, Qt::Key_Home); }, 0},
-        {"wheel notch down", 0,
-         [](ScrollViewTest& t) {
-             t.wheel({}, {0, -120}, Qt::NoScrollPhase);
-         },
-         1},
-        {"wheel notch up", 2,
-         [](ScrollViewTest& t) {
-             t.wheel({}, {0, 120}, Qt::NoScrollPhase);
-         },
-         1},
+    } rows[] = {
+        {"slow drag past half a page", 0, [&] { drag(250, 80, 10, 150); }, 1},
+        {"slow drag under half a page springs back", 1, [&] { drag(200, 120, 10, 150); }, 1},
+        {"quick short flick goes on", 1, [&] { drag(200, 120, 2, 0); }, 2},
+        {"a flick backwards goes back", 2, [&] { drag(100, 160, 3, 0); }, 1},
+        {"a long flick moves one page only", 0, [&] { drag(290, -200, 3, 0); }, 1},
+        {"right arrow", 0, key(Qt::Key_Right), 1},
+        {"left arrow", 2, key(Qt::Key_Left), 1},
+        {"page down", 1, key(Qt::Key_PageDown), 2},
+        {"page up", 1, key(Qt::Key_PageUp), 0},
+        {"end", 0, key(Qt::Key_End), 3},
+        {"home", 3, key(Qt::Key_Home), 0},
+        {"wheel notch down", 0, [&] { wheel(QPoint(), QPoint(0, -120)); }, 1},
+        {"wheel notch up", 2, [&] { wheel(QPoint(), QPoint(0, 120)); }, 1},
         {"touchpad swipe left with phases", 0,
-         [](ScrollViewTest& t) {
-             t.wheel({}, {}, Qt::ScrollBegin);
+         [&] {
+             wheel({}, {}, Qt::ScrollBegin);
              for (int i = 0; i < 6; ++i)
-                 t.wheel({-30, 0}, {-30, 0}, Qt::ScrollUpdate);
-             t.wheel({}, {}, Qt::ScrollEnd);
+                 wheel({-30, 0}, {-30, 0}, Qt::ScrollUpdate);
+             wheel({}, {}, Qt::ScrollEnd);
          },
          1},
         {"touchpad nudge without phases springs back", 2,
-         [](ScrollViewTest& t) {
-             t.wheel({20, 0}, {20, 0}, Qt::NoScrollPhase);
-         },
-         2},
+         [&] { wheel(QPoint(20, 0), QPoint(20, 0)); }, 2},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.input);
         pager.setContentOffset(QPointF(row.startPage * pageWidth, 0));
         const int before = int(rests.offsets.size());
-        row.act(*this);
+        row.act();
         EXPECT_DOUBLE_EQ(restedPage(before), row.page);
         // One notice per scroll, and it comes once the pager rests.
         QTest::qWait(50);

@@ -65,29 +65,26 @@ TEST_F(ViewControllerTest, FullScreenPresentationHidesThePresenterAndDismissalRe
     EXPECT_TRUE(QTest::qWaitFor([&] { return b.isNull(); }));
 }
 
-TEST_F(ViewControllerTest, OverCurrentContextLeavesThePresenterShownWithoutAppearanceCalls) {
+// Over the current context the presenter stays shown and is told nothing; in the current context
+// only the presenter's own area is covered, here a controller's view embedded in the root's.
+TEST_F(ViewControllerTest, ContextStylesCoverOnlyThePresentersArea) {
     QPointer<ProbeViewController> b = probe("B", Style::overCurrentContext);
     root->present(b, false, noting("presented"));
     EXPECT_EQ(journal, QStringList({"B.didLoad", "B.willAppear", "B.didAppear", "presented"}));
     EXPECT_TRUE(root->view()->isVisible());
     EXPECT_FALSE(b->view()->autoFillBackground());
     EXPECT_EQ(b->view()->geometry(), root->view()->geometry());
-
     journal.clear();
     b->dismiss(false, noting("dismissed"));
     EXPECT_EQ(journal, QStringList({"B.willDisappear", "B.didDisappear", "dismissed"}));
     EXPECT_TRUE(root->view()->isVisible());
-}
 
-TEST_F(ViewControllerTest, CurrentContextCoversOnlyThePresentersViewAndHidesIt) {
-    // A controller whose view is embedded in the root's presents within that area.
     auto* embedded = new ProbeViewController("E", &journal);
     embedded->setParent(root);
     embedded->view()->setParent(root->view());
     embedded->view()->setGeometry(50, 40, 100, 80);
     embedded->view()->show();
     journal.clear();
-
     QPointer<ProbeViewController> f = probe("F", Style::currentContext);
     embedded->present(f, false);
     EXPECT_EQ(f->view()->geometry(), QRect(50, 40, 100, 80));
@@ -96,46 +93,37 @@ TEST_F(ViewControllerTest, CurrentContextCoversOnlyThePresentersViewAndHidesIt) 
     EXPECT_EQ(journal, QStringList({"F.didLoad", "F.willAppear", "F.didAppear"}));
 }
 
-TEST_F(ViewControllerTest, DismissingWhatIsGoneOrLeavingDoesNothing) {
+TEST_F(ViewControllerTest, PresentingOrDismissingOutOfTurnIsRefused) {
     int completions = 0;
     auto count = [&] { ++completions; };
-    ProbeViewController lone("L", &journal);
-    lone.dismiss(false, count);
+    ProbeViewController outside("O", &journal);
+    outside.dismiss(false, count);
     root->dismiss(false, count);
+    QPointer<ProbeViewController> d = probe("D");
+    outside.present(d, false, count);
+    EXPECT_FALSE(outside.presentedViewController());
+    EXPECT_FALSE(d->isViewLoaded());
 
     QPointer<ProbeViewController> b = probe("B");
     root->present(b, false);
+    QPointer<ProbeViewController> c = probe("C");
+    root->present(c, false, count);
+    EXPECT_EQ(root->presentedViewController(), b);
+    EXPECT_FALSE(c->presentingViewController());
+    EXPECT_FALSE(c->isViewLoaded());
+    EXPECT_EQ(c->parent(), root) << "a refused controller is owned, not leaked";
+
     root->dismiss(true, count);
     b->dismiss(true, count);     // already leaving
     root->dismiss(false, count); // likewise
     EXPECT_TRUE(b->isBeingDismissed());
     ASSERT_TRUE(QTest::qWaitFor([&] { return b.isNull(); }));
     ASSERT_EQ(completions, 1);
-
     journal.clear();
     root->dismiss(false, count); // presents nothing any more
     QTest::qWait(20);
     EXPECT_EQ(completions, 1);
     EXPECT_TRUE(journal.isEmpty()) << journal.join(", ").toStdString();
-}
-
-TEST_F(ViewControllerTest, PresentingWhilePresentingOrOutsideAWindowIsRefused) {
-    QPointer<ProbeViewController> b = probe("B");
-    root->present(b, false);
-    QPointer<ProbeViewController> c = probe("C");
-    bool called = false;
-    root->present(c, false, [&] { called = true; });
-    ProbeViewController outside("O", &journal);
-    QPointer<ProbeViewController> d = probe("D");
-    outside.present(d, false, [&] { called = true; });
-
-    EXPECT_FALSE(called);
-    EXPECT_EQ(root->presentedViewController(), b);
-    EXPECT_FALSE(c->presentingViewController());
-    EXPECT_FALSE(c->isViewLoaded());
-    EXPECT_EQ(c->parent(), root) << "a refused controller is owned, not leaked";
-    EXPECT_FALSE(outside.presentedViewController());
-    EXPECT_FALSE(d->isViewLoaded());
 }
 
 TEST_F(ViewControllerTest, AnimatedTransitionsCompleteAfterTheFade) {
