@@ -12,17 +12,16 @@ using foundation::PreferenceSchema;
 using rating::test::RatingFixture;
 
 QString firstUseLine(const char* used, const char* left) {
-    return QString::fromUtf8("[AppRating] 🕑 User has just used the app for only %1. AppRating "
-                             "will be prompted in the next %2.")
+    return QString("[AppRating] 🕑 User has just used the app for only %1. AppRating will be "
+                   "prompted in the next %2.")
         .arg(used, left);
 }
 QString remindLine(const char* since, const char* left) {
-    return QString::fromUtf8("[AppRating] 🕙 AppRating was just prompted last %1 ago. AppRating "
-                             "will be prompted again in the next %2.")
+    return QString("[AppRating] 🕙 AppRating was just prompted last %1 ago. AppRating will be "
+                   "prompted again in the next %2.")
         .arg(since, left);
 }
-const QString ratedLine =
-    QString::fromUtf8("[AppRating] 🙂 User has already rated this version.");
+const QString ratedLine("[AppRating] 🙂 User has already rated this version.");
 constexpr std::nullopt_t never = std::nullopt;
 
 class AppRatingTest : public RatingFixture {
@@ -36,9 +35,7 @@ protected:
              {PreferenceSchema::appRatingFirstUsed, PreferenceSchema::appRatingLastRemind,
               PreferenceSchema::appRatingLastVersionRated})
             Preferences::standard().removeObjectForKey(key);
-        AppRating::resetForTesting();
-        AppRating::now = [this] { return clock; };
-        AppRating::writeLine = [this](const QString& line) { lines.append(line); };
+        resetScheduler();
     }
     void expectDecision(bool prompts, const QString& line) {
         lines.clear();
@@ -145,14 +142,10 @@ TEST_F(AppRatingTest, SettersRefuseZeroDaysOnlyAndDebugModeWarnsWhenSwitchedOn) 
     EXPECT_EQ(AppRating::minuteUntilPrompt(), 0);
     EXPECT_EQ(AppRating::minuteRemindPeriod(), 0);
     EXPECT_EQ(AppRating::appVersion(), "9.9");
-    EXPECT_EQ(lines,
-              QStringList({
-                  QString::fromUtf8("[AppRating] ‼️ Days until prompt shouldn't be 0."),
-                  QString::fromUtf8("[AppRating] ‼️ Remind period shouldn't be 0."),
-                  QString::fromUtf8("[AppRating] ‼️ Debug mode is now on. Don't forget to "
-                                    "set it back to be 'false' before uploading to the "
-                                    "App Store."),
-              }));
+    EXPECT_EQ(lines, QStringList({"[AppRating] ‼️ Days until prompt shouldn't be 0.",
+                                  "[AppRating] ‼️ Remind period shouldn't be 0.",
+                                  "[AppRating] ‼️ Debug mode is now on. Don't forget to set it "
+                                  "back to be 'false' before uploading to the App Store."}));
 }
 
 TEST(AppRatingArithmetic, WholeMinutesTruncateTowardZeroAndVersionJunkCountsAsZero) {

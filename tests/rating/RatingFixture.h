@@ -8,7 +8,6 @@
 #include <ostream>
 
 #include "platform/foundation/Preferences.h"
-#include "platform/foundation/Strings.h"
 #include "platform/ui/Storyboard.h"
 #include "platform/ui/ViewController.h"
 #include "platform/ui/Window.h"
@@ -32,10 +31,7 @@ protected:
         ASSERT_TRUE(folder.isValid());
         qputenv("TESSARO_CONFIG_DIR", folder.path().toUtf8());
         foundation::Preferences::resetStandardForTesting();
-        foundation::Strings::install();
-        AppRating::resetForTesting();
-        AppRating::now = [this] { return clock; };
-        AppRating::writeLine = [this](const QString& line) { lines.append(line); };
+        resetScheduler();
 
         const QString main = QStringLiteral("Main");
         ui::Storyboard::unregisterAll(main);
@@ -54,6 +50,13 @@ protected:
         AppRating::resetForTesting();
         ui::Storyboard::unregisterAll(QStringLiteral("Main"));
         foundation::Preferences::resetStandardForTesting();
+    }
+
+    // As after launch, with the clock that stands still and the lines caught.
+    void resetScheduler() {
+        AppRating::resetForTesting();
+        AppRating::now = [this] { return clock; };
+        AppRating::writeLine = [this](const QString& line) { lines.append(line); };
     }
 
     QTemporaryDir folder;
