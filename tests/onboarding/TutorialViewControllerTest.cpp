@@ -8,7 +8,6 @@
 #include "platform/av/PlayerLayer.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/Preferences.h"
-#include "platform/foundation/Strings.h"
 #include "platform/ui/ImageView.h"
 #include "platform/ui/Label.h"
 #include "platform/ui/PageControl.h"
@@ -16,9 +15,7 @@
 #include "platform/ui/Window.h"
 #include "playback/VideoContainerView.h"
 #include "tests/av/TestClip.h"
-#include "tests/ui/ProbeViewController.h"
 
-#include <QDir>
 #include <QPointer>
 #include <QTemporaryDir>
 #include <QTest>
@@ -39,7 +36,6 @@ QImage picture(const QIcon& icon) {
 class TutorialTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        foundation::Strings::install();
         clips = new QTemporaryDir;
         for (const char* name : {"1", "2", "3", "4"})
             ASSERT_TRUE(
@@ -79,61 +75,51 @@ protected:
         ASSERT_TRUE(QTest::qWaitFor([&] { return !tutorial->scrollView->isDecelerating(); }));
     }
 
-    static QTemporaryDir* clips;
+    static inline QTemporaryDir* clips = nullptr;
     QTemporaryDir work;
     AppDelegate delegate;
     QPointer<ui::Window> window = new ui::Window;
     QPointer<TutorialViewController> tutorial = new TutorialViewController;
 };
 
-QTemporaryDir* TutorialTest::clips = nullptr;
-
-// The pages are built on the first appearance only: covered and shown again, they stay.
-TEST_F(TutorialTest, StartsOnTheFirstCaptionWithFourPagesOfMutedClipsBuiltOnce) {
-    EXPECT_EQ(tutorial->texts.size(), 4);
+// The pages are built on the first appearance only: covered and shown again, they stay. The window
+// is portrait only while the tutorial is shown; the start button on the last page remembers the
+// tutorial and hands the window over (the launch table in AppDelegateTest shows it skipped then).
+TEST_F(TutorialTest, FourPagesOfMutedClipsWalkedToTheStartButton) {
+    ASSERT_EQ(tutorial->texts.size(), 4);
     for (const QString& text : tutorial->texts)
         EXPECT_FALSE(text.startsWith(QLatin1String("tutorial_"))) << "every caption has a text";
-
+    EXPECT_EQ(delegate.orientationLock(), ui::allOrientationsMask);
     show();
-    EXPECT_EQ(tutorial->infoLabel->text(), tutorial->texts.first());
-    EXPECT_TRUE(tutorial->startButton->isHidden());
-    EXPECT_TRUE(tutorial->zoomInOutImageView->isHidden());
+    EXPECT_EQ(delegate.orientationLock(), ui::portraitMask);
     EXPECT_EQ(tutorial->pageControl->numberOfPages(), 4);
-    EXPECT_EQ(tutorial->pageControl->currentPage(), 0);
     EXPECT_EQ(tutorial->scrollView->contentSize(), QSizeF(4 * phone.width(), 1.0));
-    ASSERT_EQ(tutorial->players().size(), 4);
-    for (av::Player* player : tutorial->players()) {
+    const QList<av::Player*> players = tutorial->players();
+    ASSERT_EQ(players.size(), 4);
+    for (av::Player* player : players) {
         EXPECT_TRUE(player->isMuted());
         EXPECT_EQ(player->rate(), 1.0f);
     }
-
-    const QList<av::Player*> first = tutorial->players();
     auto* cover = new ui::ViewController;
     tutorial->present(cover, false);
     ASSERT_TRUE(QTest::qWaitFor([&] { return !cover->isBeingPresented(); }));
     tutorial->dismiss(false);
     ASSERT_TRUE(QTest::qWaitFor([&] { return !tutorial->presentedViewController(); }));
     EXPECT_EQ(pageViews(), 4);
-    EXPECT_EQ(tutorial->players(), first);
-}
+    EXPECT_EQ(tutorial->players(), players);
 
-TEST_F(TutorialTest, EachPageShowsItsCaptionIconAndStartButton) {
-    show();
     const QImage zoomIn = picture(foundation::Bundle::main().image(QStringLiteral("ZoomIn")));
     const QImage zoomOut = picture(foundation::Bundle::main().image(QStringLiteral("ZoomOut")));
-    struct Row {
+    const struct {
         Qt::Key key;
         int page;
         const QImage* icon;
         bool startButton;
-    };
-    // Back from the last page too: the button goes again.
-    const std::vector<Row> rows{{Qt::Key_Right, 1, &zoomIn, false},
-                                {Qt::Key_Right, 2, &zoomOut, false},
-                                {Qt::Key_Right, 3, nullptr, true},
-                                {Qt::Key_Left, 2, &zoomOut, false},
-                                {Qt::Key_Home, 0, nullptr, false}};
-    for (const Row& row : rows) {
+    } rows[] = {{Qt::Key_Home, 0, nullptr, false},   {Qt::Key_Right, 1, &zoomIn, false},
+                {Qt::Key_Right, 2, &zoomOut, false}, {Qt::Key_Right, 3, nullptr, true},
+                {Qt::Key_Home, 0, nullptr, false},   {Qt::Key_End, 3, nullptr, true},
+                {Qt::Key_Left, 2, &zoomOut, false}}; // back from the last page: the button goes
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.page);
         pageWithKey(row.key);
         EXPECT_EQ(tutorial->scrollView->contentOffset().x(), row.page * phone.width());
@@ -145,25 +131,29 @@ TEST_F(TutorialTest, EachPageShowsItsCaptionIconAndStartButton) {
             EXPECT_EQ(picture(tutorial->zoomInOutImageView->image()), *row.icon);
         }
     }
-}
 
-TEST_F(TutorialTest, AResizedWindowKeepsThePageAndItsWholeWidth) {
-    show();
-    pageWithKey(Qt::Key_Right);
-    pageWithKey(Qt::Key_Right);
+    // Resized, the window keeps the page at its whole width.
     const QSize desktop(1280, 720);
     window->resize(desktop);
     ASSERT_TRUE(QTest::qWaitFor([&] { return tutorial->scrollView->width() == desktop.width(); }));
     EXPECT_EQ(tutorial->scrollView->contentOffset(), QPointF(2 * desktop.width(), 0));
     EXPECT_EQ(tutorial->scrollView->contentSize(), QSizeF(4 * desktop.width(), 1.0));
     EXPECT_EQ(tutorial->infoLabel->text(), tutorial->texts.at(2));
-    const QObjectList pages = tutorial->scrollView->contentView()->children();
-    ASSERT_EQ(pages.size(), 4);
-    auto* page = qobject_cast<VideoContainerView*>(pages.at(2));
+    auto* page =
+        qobject_cast<VideoContainerView*>(tutorial->scrollView->contentView()->children().at(2));
     ASSERT_TRUE(page && page->playerLayer());
     EXPECT_EQ(page->geometry(), QRect(QPoint(2 * desktop.width(), 0), desktop));
     // A portrait clip is shown whole in a landscape window, not cropped to the subject's chest.
     EXPECT_EQ(page->playerLayer()->videoGravity(), av::PlayerLayer::VideoGravity::resizeAspect);
+
+    pageWithKey(Qt::Key_End);
+    ASSERT_TRUE(tutorial->startButton->isVisible());
+    QTest::mouseClick(tutorial->startButton, Qt::LeftButton);
+    EXPECT_TRUE(foundation::Preferences::standard().boolForKey(QStringLiteral("tutorialShowed")));
+    ASSERT_TRUE(window->rootViewController());
+    EXPECT_STREQ(window->rootViewController()->metaObject()->className(), "CameraViewController");
+    EXPECT_EQ(delegate.orientationLock(), ui::allOrientationsMask);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return tutorial.isNull(); })) << "released with its players";
 }
 
 TEST_F(TutorialTest, EveryClipLoopsOnItsOwn) {
@@ -201,11 +191,20 @@ TEST_F(TutorialTest, EveryClipLoopsOnItsOwn) {
         15000));
 }
 
-TEST_F(TutorialTest, AMissingClipStopsThePagesThereAndThePagerStaysPut) {
+// A missing clip stops the pages there and the pager stays put. Esc remembers the tutorial even
+// when no window is key (the key window closed), and hands the window over once it is key.
+TEST_F(TutorialTest, AMissingClipStopsThePagesAndEscRemembersTheTutorialWithoutAKeyWindow) {
     tutorial->videos[2] = QStringLiteral("absent");
+    auto* other = new ui::Window;
+    other->makeKeyAndVisible();
+    delete other;
+    ASSERT_EQ(ui::Window::keyWindow(), nullptr);
     testing::internal::CaptureStdout();
-    show();
+    window->setRootViewController(tutorial);
+    window->show();
+    const bool shown = QTest::qWaitFor([&] { return tutorial->firstRun; });
     const std::string printed = testing::internal::GetCapturedStdout();
+    ASSERT_TRUE(shown);
     EXPECT_NE(printed.find("\"video.m4v not found\"\n"), std::string::npos) << printed;
     EXPECT_EQ(pageViews(), 2);
     EXPECT_EQ(tutorial->scrollView->contentSize(), QSizeF());
@@ -216,40 +215,12 @@ TEST_F(TutorialTest, AMissingClipStopsThePagesThereAndThePagerStaysPut) {
     EXPECT_EQ(tutorial->scrollView->contentOffset(), QPointF());
     EXPECT_EQ(tutorial->infoLabel->text(), tutorial->texts.first());
 
-    // Esc still leaves for the recording screen, for good.
     QTest::keyClick(tutorial->scrollView, Qt::Key_Escape);
-    EXPECT_STREQ(window->rootViewController()->metaObject()->className(), "CameraViewController");
-    EXPECT_TRUE(foundation::Preferences::standard().boolForKey(QStringLiteral("tutorialShowed")));
-}
-
-// Portrait only while it is shown; the start button remembers it and hands the window over (the
-// launch table in AppDelegateTest shows the remembered tutorial skipped).
-TEST_F(TutorialTest, StartRemembersTheTutorialAndHandsTheWindowToTheRecordingScreen) {
-    EXPECT_EQ(delegate.orientationLock(), ui::allOrientationsMask);
-    show();
-    EXPECT_EQ(delegate.orientationLock(), ui::portraitMask);
-    pageWithKey(Qt::Key_End);
-    ASSERT_TRUE(tutorial->startButton->isVisible());
-    QTest::mouseClick(tutorial->startButton, Qt::LeftButton);
-    EXPECT_TRUE(foundation::Preferences::standard().boolForKey(QStringLiteral("tutorialShowed")));
-    ASSERT_TRUE(window->rootViewController());
-    EXPECT_STREQ(window->rootViewController()->metaObject()->className(), "CameraViewController");
-    EXPECT_EQ(delegate.orientationLock(), ui::allOrientationsMask);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return tutorial.isNull(); })) << "released with its players";
-}
-
-TEST_F(TutorialTest, StartWithoutAKeyWindowStillRemembersTheTutorial) {
-    // The key window closes; none is left.
-    auto* other = new ui::Window;
-    other->makeKeyAndVisible();
-    delete other;
-    ASSERT_EQ(ui::Window::keyWindow(), nullptr);
-    window->setRootViewController(tutorial);
-    window->show();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return tutorial->firstRun; }));
-    tutorial->start(nullptr);
     EXPECT_TRUE(foundation::Preferences::standard().boolForKey(QStringLiteral("tutorialShowed")));
     EXPECT_EQ(window->rootViewController(), tutorial);
+    window->makeKeyAndVisible();
+    QTest::keyClick(tutorial->scrollView, Qt::Key_Escape);
+    EXPECT_STREQ(window->rootViewController()->metaObject()->className(), "CameraViewController");
 }
 
 } // namespace
