@@ -21,8 +21,6 @@ protected:
         window.show();
     }
 
-    qreal alpha() const { return ui::ViewAnimation::alpha(button); }
-
     QWidget window;
     ALButton* button = nullptr;
     int actions = 0;
@@ -51,7 +49,7 @@ TEST_F(ALButtonTest, FadesWhileHeldAndComesBackWhenTheTouchLeavesOrEnds) {
     for (const Step& step : steps) {
         SCOPED_TRACE(step.what);
         step.act();
-        EXPECT_DOUBLE_EQ(alpha(), step.alpha);
+        EXPECT_DOUBLE_EQ(ui::ViewAnimation::alpha(button), step.alpha);
         // Immediate, never animated.
         EXPECT_FALSE(ui::ViewAnimation::isAnimating(button));
     }

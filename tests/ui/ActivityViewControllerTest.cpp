@@ -21,9 +21,7 @@ class ActivityTest : public ::testing::Test {
 protected:
     void SetUp() override {
         QFile file(clip);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("clip bytes");
-        file.close();
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("clip bytes") > 0);
         ActivityViewController::Services& s = ActivityViewController::services();
         s.openUrl = [this](const QUrl& url) {
             calls << QStringLiteral("open ") + url.toString();

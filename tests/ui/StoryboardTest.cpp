@@ -1,6 +1,5 @@
 #include <memory>
 
-#include <QPointer>
 #include <gtest/gtest.h>
 
 #include "platform/ui/Storyboard.h"
@@ -33,10 +32,9 @@ TEST(StoryboardTest, InstantiatesTheLatestFactoryOfItsOwnStoryboard) {
     Storyboard::registerFactory("StoryboardTest", "SceneController",
                                 [] { return new ViewController; });
     // The later factory wins; asked by type, its controller of another class is no answer.
-    QPointer<ViewController> replaced(storyboard.instantiate("SceneController"));
+    std::unique_ptr<ViewController> replaced(storyboard.instantiate("SceneController"));
     ASSERT_TRUE(replaced);
-    EXPECT_FALSE(qobject_cast<SceneController*>(replaced.data()));
-    delete replaced.data();
+    EXPECT_FALSE(qobject_cast<SceneController*>(replaced.get()));
     EXPECT_EQ(storyboard.instantiate<SceneController>(), nullptr);
     Storyboard::registerFactory("StoryboardTest", "SceneController",
                                 [] { return new SceneController; });

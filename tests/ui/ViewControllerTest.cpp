@@ -36,33 +36,54 @@ protected:
     ProbeViewController* root = nullptr;
 };
 
+// Animated, each half waits for its fade: the presenter stays until the fade in ends and is
+// revealed as the fade out starts.
 TEST_F(ViewControllerTest, FullScreenPresentationHidesThePresenterAndDismissalRestoresIt) {
-    QPointer<ProbeViewController> b = probe("B");
-    root->present(b, false, noting("presented"));
+    for (const bool animated : {false, true}) {
+        SCOPED_TRACE(animated);
+        journal.clear();
+        QPointer<ProbeViewController> b = probe("B");
+        QElapsedTimer clock;
+        clock.start();
+        root->present(b, animated, noting("presented"));
+        if (animated) {
+            EXPECT_EQ(journal, QStringList({"B.didLoad", "B.willAppear", "A.willDisappear"}));
+            EXPECT_LT(ViewAnimation::alpha(b->view()), 0.5);
+            EXPECT_TRUE(root->view()->isVisible());
+            ASSERT_TRUE(QTest::qWaitFor([&] { return journal.contains("presented"); }));
+            EXPECT_GE(clock.elapsed(), 250);
+        }
+        EXPECT_EQ(journal, QStringList({"B.didLoad", "B.willAppear", "A.willDisappear",
+                                        "B.didAppear", "A.didDisappear", "presented"}));
+        EXPECT_EQ(root->presentedViewController(), b);
+        EXPECT_EQ(b->presentingViewController(), root);
+        EXPECT_EQ(b->parent(), root);
+        EXPECT_EQ(b->window(), &window);
+        EXPECT_TRUE(root->view()->isHidden());
+        EXPECT_TRUE(b->view()->isVisible());
+        EXPECT_EQ(b->view()->geometry(), window.rect());
+        EXPECT_TRUE(b->view()->autoFillBackground());
 
-    EXPECT_EQ(journal, QStringList({"B.didLoad", "B.willAppear", "A.willDisappear", "B.didAppear",
-                                    "A.didDisappear", "presented"}));
-    EXPECT_EQ(root->presentedViewController(), b);
-    EXPECT_EQ(b->presentingViewController(), root);
-    EXPECT_EQ(b->parent(), root);
-    EXPECT_EQ(b->window(), &window);
-    EXPECT_TRUE(root->view()->isHidden());
-    EXPECT_TRUE(b->view()->isVisible());
-    EXPECT_EQ(b->view()->geometry(), window.rect());
-    EXPECT_TRUE(b->view()->autoFillBackground());
-
-    journal.clear();
-    bool aliveInCompletion = false;
-    root->dismiss(false, [&] {
-        journal.append("dismissed");
-        aliveInCompletion = !b.isNull() && !b->presentingViewController();
-    });
-    EXPECT_EQ(journal, QStringList({"B.willDisappear", "A.willAppear", "B.didDisappear",
-                                    "A.didAppear", "dismissed"}));
-    EXPECT_TRUE(aliveInCompletion);
-    EXPECT_FALSE(root->presentedViewController());
-    EXPECT_TRUE(root->view()->isVisible());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return b.isNull(); }));
+        journal.clear();
+        clock.restart();
+        bool aliveInCompletion = false;
+        root->dismiss(animated, [&] {
+            journal.append("dismissed");
+            aliveInCompletion = !b.isNull() && !b->presentingViewController();
+        });
+        if (animated) {
+            EXPECT_EQ(journal, QStringList({"B.willDisappear", "A.willAppear"}));
+            EXPECT_TRUE(root->view()->isVisible());
+            ASSERT_TRUE(QTest::qWaitFor([&] { return journal.contains("dismissed"); }));
+            EXPECT_GE(clock.elapsed(), 250);
+        }
+        EXPECT_EQ(journal, QStringList({"B.willDisappear", "A.willAppear", "B.didDisappear",
+                                        "A.didAppear", "dismissed"}));
+        EXPECT_TRUE(aliveInCompletion);
+        EXPECT_FALSE(root->presentedViewController());
+        EXPECT_TRUE(root->view()->isVisible());
+        EXPECT_TRUE(QTest::qWaitFor([&] { return b.isNull(); }));
+    }
 }
 
 // Over the current context the presenter stays shown and is told nothing; in the current context
@@ -126,33 +147,7 @@ TEST_F(ViewControllerTest, PresentingOrDismissingOutOfTurnIsRefused) {
     EXPECT_TRUE(journal.isEmpty()) << journal.join(", ").toStdString();
 }
 
-TEST_F(ViewControllerTest, AnimatedTransitionsCompleteAfterTheFade) {
-    QPointer<ProbeViewController> b = probe("B");
-    bool presented = false;
-    QElapsedTimer clock;
-    clock.start();
-    root->present(b, true, [&] { presented = true; });
-
-    EXPECT_EQ(journal, QStringList({"B.didLoad", "B.willAppear", "A.willDisappear"}));
-    EXPECT_LT(ViewAnimation::alpha(b->view()), 0.5);
-    EXPECT_TRUE(root->view()->isVisible()) << "the presenter stays until the fade ends";
-    ASSERT_TRUE(QTest::qWaitFor([&] { return presented; }));
-    EXPECT_GE(clock.elapsed(), 250);
-    EXPECT_EQ(journal.mid(3), QStringList({"B.didAppear", "A.didDisappear"}));
-    EXPECT_TRUE(root->view()->isHidden());
-
-    journal.clear();
-    bool dismissed = false;
-    clock.restart();
-    root->dismiss(true, [&] { dismissed = true; });
-    EXPECT_EQ(journal, QStringList({"B.willDisappear", "A.willAppear"}));
-    EXPECT_TRUE(root->view()->isVisible()) << "the presenter is revealed by the fade";
-    ASSERT_TRUE(QTest::qWaitFor([&] { return dismissed; }));
-    EXPECT_GE(clock.elapsed(), 250);
-    EXPECT_EQ(journal.mid(2), QStringList({"B.didDisappear", "A.didAppear"}));
-}
-
-TEST_F(ViewControllerTest, DismissalDuringAnAnimatedPresentationFinishesItFirst) {
+TEST_F(ViewControllerTest, DismissalOrANewRootDuringAnAnimatedPresentationEndsItOnce) {
     QPointer<ProbeViewController> b = probe("B");
     root->present(b, true, noting("presented"));
     root->dismiss(false, noting("dismissed"));
@@ -161,6 +156,15 @@ TEST_F(ViewControllerTest, DismissalDuringAnAnimatedPresentationFinishesItFirst)
                                     "A.willAppear", "B.didDisappear", "A.didAppear", "dismissed"}));
     QTest::qWait(400);
     EXPECT_EQ(journal.size(), 11) << "the stopped fade must not complete again";
+
+    // A root replaced mid-transition drops the transition safely.
+    QPointer<ProbeViewController> c = probe("C");
+    root->present(c, true, noting("never"));
+    QPointer<ProbeViewController> oldRoot = root;
+    window.setRootViewController(probe("N"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return oldRoot.isNull() && c.isNull(); }));
+    QTest::qWait(400);
+    EXPECT_FALSE(journal.contains("never"));
 }
 
 TEST_F(ViewControllerTest, DismissingTheBottomOfAStackRemovesEverythingAboveIt) {
@@ -190,17 +194,6 @@ TEST_F(ViewControllerTest, ViewLoadsOnceBeforeTheFirstAppearance) {
     other.show();
     EXPECT_EQ(journal, QStringList({"V.didLoad", "V.willAppear", "V.didAppear", "V.willDisappear",
                                     "V.didDisappear", "V.willAppear", "V.didAppear"}));
-}
-
-TEST_F(ViewControllerTest, ReplacingTheRootMidTransitionDropsTheTransitionSafely) {
-    QPointer<ProbeViewController> b = probe("B");
-    bool called = false;
-    root->present(b, true, [&] { called = true; });
-    QPointer<ProbeViewController> oldRoot = root;
-    window.setRootViewController(probe("N"));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return oldRoot.isNull() && b.isNull(); }));
-    QTest::qWait(400);
-    EXPECT_FALSE(called);
 }
 
 } // namespace
