@@ -1,7 +1,10 @@
 #include <QElapsedTimer>
 #include <QPointer>
+#include <QSignalSpy>
 #include <gtest/gtest.h>
+#include <memory>
 
+#include "platform/ui/Storyboard.h"
 #include "platform/ui/ViewAnimation.h"
 #include "platform/ui/Window.h"
 #include "tests/ui/ProbeViewController.h"
@@ -11,11 +14,11 @@ namespace {
 
 using Style = ModalPresentationStyle;
 
+// A shown 400 × 300 window whose root "A" writes into the journal, as do the probes it presents.
 class ViewControllerTest : public ::testing::Test {
 protected:
     void SetUp() override {
         window.resize(400, 300);
-        root = new ProbeViewController("A", &journal);
         window.setRootViewController(root);
         window.show();
         journal.clear();
@@ -26,14 +29,13 @@ protected:
         controller->setModalPresentationStyle(style);
         return controller;
     }
-
     std::function<void()> noting(const QString& what) {
         return [this, what] { journal.append(what); };
     }
 
     QStringList journal;
     Window window;
-    ProbeViewController* root = nullptr;
+    QPointer<ProbeViewController> root = new ProbeViewController("A", &journal);
 };
 
 // Animated, each half waits for its fade: the presenter stays until the fade in ends and is
@@ -183,18 +185,117 @@ TEST_F(ViewControllerTest, DismissingTheBottomOfAStackRemovesEverythingAboveIt) 
     EXPECT_TRUE(QTest::qWaitFor([&] { return b.isNull() && c.isNull(); }));
 }
 
-TEST_F(ViewControllerTest, ViewLoadsOnceBeforeTheFirstAppearance) {
-    Window other;
-    auto* controller = new ProbeViewController("V", &journal);
-    EXPECT_FALSE(controller->isViewLoaded());
-    EXPECT_EQ(controller->window(), nullptr);
-    other.setRootViewController(controller);
-    other.show();
-    other.hide();
-    other.show();
-    EXPECT_EQ(journal, QStringList({"V.didLoad", "V.willAppear", "V.didAppear", "V.willDisappear",
-                                    "V.didDisappear", "V.willAppear", "V.didAppear"}));
+TEST_F(ViewControllerTest, ReplacingTheRootOfAVisibleWindowSwapsAppearanceAndDeletesTheOldRoot) {
+    QPointer<ProbeViewController> shown = probe("S");
+    root->present(shown, false);
+    journal.clear();
+
+    auto* second = probe("N");
+    window.setRootViewController(second);
+    EXPECT_EQ(journal, QStringList({"S.willDisappear", "N.didLoad", "N.willAppear",
+                                    "S.didDisappear", "N.didAppear"}))
+        << "A was already hidden under the full-screen S";
+    EXPECT_EQ(window.rootViewController(), second);
+    EXPECT_EQ(second->parent(), &window);
+    EXPECT_EQ(second->view()->geometry(), window.rect());
+    EXPECT_TRUE(root->view()->isHidden());
+    EXPECT_TRUE(shown->view()->isHidden());
+    EXPECT_EQ(window.topViewController(), second);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return root.isNull() && shown.isNull(); }));
+}
+
+// The top controller's status bar preference rules, and a resize reaches every controller before
+// its view is laid out.
+TEST_F(ViewControllerTest, TheWindowTellsItsControllersOfResizesAndFollowsTheTopOnesStatusBar) {
+    QSignalSpy changes(&window, &Window::statusBarHiddenChanged);
+    EXPECT_FALSE(window.prefersStatusBarHidden());
+    ProbeViewController* dialog = probe("B", Style::overCurrentContext);
+    dialog->statusBarHidden = true;
+    root->present(dialog, false);
+    EXPECT_TRUE(window.prefersStatusBarHidden());
+    journal.clear();
+    window.resize(500, 350);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return journal.size() == 2; }));
+    EXPECT_EQ(journal, QStringList({"A.transition 500x350", "B.transition 500x350"}));
+    EXPECT_EQ(root->sizeAtTransition, QSize(400, 300));
+    EXPECT_EQ(dialog->sizeAtTransition, QSize(400, 300));
+    EXPECT_EQ(root->view()->geometry(), QRect(0, 0, 500, 350));
+    EXPECT_EQ(dialog->view()->geometry(), QRect(0, 0, 500, 350));
+
+    root->dismiss(false);
+    EXPECT_FALSE(window.prefersStatusBarHidden());
+    ASSERT_EQ(changes.size(), 2);
+    EXPECT_TRUE(changes[0][0].toBool());
+    EXPECT_FALSE(changes[1][0].toBool());
+    window.setFullScreenWhenStatusBarHidden(true);
+    root->statusBarHidden = true;
+    root->setNeedsStatusBarAppearanceUpdate();
+    EXPECT_TRUE(window.isFullScreen());
+    root->statusBarHidden = false;
+    root->setNeedsStatusBarAppearanceUpdate();
+    EXPECT_FALSE(window.isFullScreen());
+}
+
+// Another window loads its root's view once, before the first appearance; the key window is the
+// one last made key, and none once it has gone.
+TEST_F(ViewControllerTest, AnotherWindowLoadsItsRootOnceAndTheLastMadeKeyIsTheKeyWindow) {
+    EXPECT_EQ(Window::keyWindow(), nullptr);
+    {
+        Window other, second;
+        auto* controller = new ProbeViewController("V", &journal);
+        EXPECT_FALSE(controller->isViewLoaded());
+        EXPECT_EQ(controller->window(), nullptr);
+        other.setRootViewController(controller);
+        other.show();
+        other.hide();
+        other.show();
+        EXPECT_EQ(journal,
+                  QStringList({"V.didLoad", "V.willAppear", "V.didAppear", "V.willDisappear",
+                               "V.didDisappear", "V.willAppear", "V.didAppear"}));
+        second.makeKeyAndVisible();
+        EXPECT_TRUE(second.isVisible() && second.isKeyWindow());
+        other.makeKeyAndVisible();
+        EXPECT_EQ(Window::keyWindow(), &other);
+        EXPECT_FALSE(second.isKeyWindow());
+    }
+    EXPECT_EQ(Window::keyWindow(), nullptr);
+}
+
+class SceneController : public ViewController {
+    Q_OBJECT
+};
+
+TEST(StoryboardTest, InstantiatesTheLatestFactoryOfItsOwnStoryboard) {
+    Storyboard::registerFactory("StoryboardTest", "SceneController",
+                                [] { return new SceneController; });
+    const Storyboard storyboard("StoryboardTest");
+    const Storyboard other("StoryboardTestOther");
+
+    EXPECT_TRUE(storyboard.contains("SceneController"));
+    EXPECT_FALSE(other.contains("SceneController"));
+    EXPECT_EQ(other.instantiate("SceneController"), nullptr);
+    EXPECT_EQ(storyboard.instantiate("Missing"), nullptr);
+
+    std::unique_ptr<ViewController> first(storyboard.instantiate("SceneController"));
+    std::unique_ptr<ViewController> second(storyboard.instantiate("SceneController"));
+    ASSERT_TRUE(qobject_cast<SceneController*>(first.get()));
+    EXPECT_NE(first, second);
+    EXPECT_EQ(first->objectName(), "SceneController");
+
+    Storyboard::registerFactory("StoryboardTest", "SceneController",
+                                [] { return new ViewController; });
+    // The later factory wins; asked by type, its controller of another class is no answer.
+    std::unique_ptr<ViewController> replaced(storyboard.instantiate("SceneController"));
+    ASSERT_TRUE(replaced);
+    EXPECT_FALSE(qobject_cast<SceneController*>(replaced.get()));
+    EXPECT_EQ(storyboard.instantiate<SceneController>(), nullptr);
+    Storyboard::registerFactory("StoryboardTest", "SceneController",
+                                [] { return new SceneController; });
+    std::unique_ptr<SceneController> typed(storyboard.instantiate<SceneController>());
+    EXPECT_TRUE(typed);
 }
 
 } // namespace
 } // namespace ui::test
+
+#include "ViewControllerTest.moc"

@@ -1,4 +1,5 @@
 #include "platform/ui/ActivityViewController.h"
+#include "platform/ui/AlertController.h"
 #include "platform/ui/Window.h"
 
 #include <QClipboard>
@@ -16,10 +17,13 @@
 namespace ui {
 namespace {
 
-// Replaces what the activities start with recorders, so no program runs.
-class ActivityTest : public ::testing::Test {
+// Sheets over a shown phone-sized window; what the activities start is replaced with recorders,
+// so no program runs.
+class SheetTest : public ::testing::Test {
 protected:
     void SetUp() override {
+        window.resize(390, 844);
+        window.show();
         QFile file(clip);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("clip bytes") > 0);
         ActivityViewController::Services& s = ActivityViewController::services();
@@ -39,12 +43,15 @@ protected:
     }
     void TearDown() override { ActivityViewController::resetServices(); }
 
-    // A sheet for the clip over a shown screen; its completion lands in result.
-    ActivityViewController* showSheet(std::optional<std::pair<QString, bool>>& result) {
+    // A new screen as the window's root.
+    test::ProbeViewController* newScreen() {
         auto* screen = new test::ProbeViewController(QStringLiteral("screen"), &journal);
         window.setRootViewController(screen);
-        window.resize(390, 844);
-        window.show();
+        return screen;
+    }
+    // A sheet for the clip over a new screen; its completion lands in result.
+    ActivityViewController* showSheet(std::optional<std::pair<QString, bool>>& result) {
+        test::ProbeViewController* screen = newScreen();
         auto* sheet = new ActivityViewController({QUrl::fromLocalFile(clip)});
         sheet->setCompletionWithItemsHandler(
             [&result](const QString& t, bool completed) { result.emplace(t, completed); });
@@ -70,7 +77,7 @@ protected:
     Window window;
 };
 
-TEST_F(ActivityTest, EachActivityReachesItsProgramOrTheClipboardAndReportsCompletion) {
+TEST_F(SheetTest, EachActivityReachesItsProgramOrTheClipboardAndReportsCompletion) {
     const QString url = QUrl::fromLocalFile(clip).toString();
     const QString open = QStringLiteral("open "), show = QStringLiteral("show ");
     const QString openFolder = open + QUrl::fromLocalFile(folder.path()).toString();
@@ -106,7 +113,7 @@ TEST_F(ActivityTest, EachActivityReachesItsProgramOrTheClipboardAndReportsComple
               "copy\n" + QUrl::fromLocalFile(clip).toEncoded());
 }
 
-TEST_F(ActivityTest, SaveAsCopiesWhereTheUserChoseOrNothingOnCancel) {
+TEST_F(SheetTest, SaveAsCopiesWhereTheUserChoseOrNothingOnCancel) {
     const QString kept = folder.filePath(QStringLiteral("kept.mov"));
     // The clip itself as the target, or a cancelled dialog: nothing is written.
     for (const auto& [target, completed] :
@@ -121,7 +128,7 @@ TEST_F(ActivityTest, SaveAsCopiesWhereTheUserChoseOrNothingOnCancel) {
     }
 }
 
-TEST_F(ActivityTest, ExcludedActivitiesAreNotOfferedNorPerformed) {
+TEST_F(SheetTest, ExcludedActivitiesAreNotOfferedNorPerformed) {
     ActivityViewController sheet({QUrl::fromLocalFile(clip)});
     EXPECT_FALSE(sheet.availableActivityTypes().contains(ActivityType::addToReadingList));
     EXPECT_FALSE(sheet.availableActivityTypes().contains(ActivityType::assignToContact));
@@ -135,7 +142,7 @@ TEST_F(ActivityTest, ExcludedActivitiesAreNotOfferedNorPerformed) {
     EXPECT_TRUE(calls.isEmpty());
 }
 
-TEST_F(ActivityTest, EscAndAClickBesideTheCardCancel) {
+TEST_F(SheetTest, EscAndAClickBesideTheCardCancel) {
     for (bool byKey : {true, false}) {
         std::optional<std::pair<QString, bool>> result;
         ActivityViewController* sheet = showSheet(result);
@@ -150,6 +157,29 @@ TEST_F(ActivityTest, EscAndAClickBesideTheCardCancel) {
         EXPECT_EQ(*result, std::make_pair(QString(), false));
         EXPECT_TRUE(calls.isEmpty());
     }
+}
+
+// An action closes the alert, then runs once even when chosen twice; Esc chooses the cancel action.
+TEST_F(SheetTest, AnAlertActionRunsOnceAfterTheAlertHasGoneAndEscCancels) {
+    test::ProbeViewController* screen = newScreen();
+    QStringList chosen;
+    const auto showAlert = [&] {
+        auto* alert = new AlertController("Error", "Disk full.", AlertController::Style::alert);
+        alert->addAction({"Retry", AlertAction::Style::standard, [&] { chosen << "Retry"; }});
+        alert->addAction({"OK", AlertAction::Style::cancel, [&] { chosen << "OK"; }});
+        screen->present(alert, false);
+        return alert;
+    };
+    AlertController* alert = showAlert();
+    alert->performAction(0);
+    alert->performAction(1);
+    EXPECT_TRUE(chosen.isEmpty()) << "not before the alert has gone";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return screen->presentedViewController() == nullptr; }));
+    EXPECT_EQ(chosen, QStringList{"Retry"});
+
+    QTest::keyClick(showAlert()->view(), Qt::Key_Escape);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return chosen.size() == 2; }));
+    EXPECT_EQ(chosen.last(), "OK");
 }
 
 } // namespace
