@@ -161,35 +161,27 @@ TEST_F(TutorialTest, EveryClipLoopsOnItsOwn) {
     show();
     const QList<av::Player*> players = tutorial->players();
     ASSERT_EQ(players.size(), 4);
-    ASSERT_TRUE(QTest::qWaitFor([&] {
-        return std::all_of(players.begin(), players.end(),
-                           [](av::Player* player) { return player->passes() >= 1; });
-    }));
-    // Paused clips stop going round while the others go on. A pass that was ending as the pause
-    // came may still be counted, so the count is taken once the others have gone round again.
-    players.at(1)->pause();
-    players.at(3)->pause();
-    const auto roundsOfTheOthers = [&](int passes) {
+    // Waits until the players at a and b have gone past those counts of passes.
+    const auto past = [&](int a, int b, int passesOfA, int passesOfB) {
         return QTest::qWaitFor(
-            [&] { return players.at(0)->passes() >= passes && players.at(2)->passes() >= passes; },
+            [&] { return players[a]->passes() > passesOfA && players[b]->passes() > passesOfB; },
             15000);
     };
-    const int start = std::max(players.at(0)->passes(), players.at(2)->passes());
-    ASSERT_TRUE(roundsOfTheOthers(start + 1));
-    const int pausedPasses[] = {players.at(1)->passes(), players.at(3)->passes()};
-    EXPECT_TRUE(roundsOfTheOthers(start + 3));
-    EXPECT_EQ(players.at(1)->passes(), pausedPasses[0]);
-    EXPECT_EQ(players.at(3)->passes(), pausedPasses[1]);
-
+    ASSERT_TRUE(past(0, 2, 0, 0) && past(1, 3, 0, 0));
+    // Paused clips stop going round while the others go on. A pass that was ending as the pause
+    // came may still be counted, so the count is taken once the others have gone round again.
+    players[1]->pause();
+    players[3]->pause();
+    const int start = std::max(players[0]->passes(), players[2]->passes());
+    ASSERT_TRUE(past(0, 2, start, start));
+    const int paused[] = {players[1]->passes(), players[3]->passes()};
+    EXPECT_TRUE(past(0, 2, start + 2, start + 2));
+    EXPECT_EQ(players[1]->passes(), paused[0]);
+    EXPECT_EQ(players[3]->passes(), paused[1]);
     // Played again, they go round once more: the pass the pause held back was not lost.
-    players.at(1)->play();
-    players.at(3)->play();
-    EXPECT_TRUE(QTest::qWaitFor(
-        [&] {
-            return players.at(1)->passes() > pausedPasses[0] &&
-                   players.at(3)->passes() > pausedPasses[1];
-        },
-        15000));
+    players[1]->play();
+    players[3]->play();
+    EXPECT_TRUE(past(1, 3, paused[0], paused[1]));
 }
 
 // A missing clip stops the pages there and the pager stays put. Esc remembers the tutorial even
@@ -245,12 +237,11 @@ TEST_F(ALButtonTest, FadesWhileHeldAndComesBackWhenTheTouchLeavesOrEnds) {
     const QPoint inside(100, 25);
     // Beyond the tracking margin the platform gives a touch before it counts as outside.
     const QPoint outside(100, 25 + ui::Control::defaultTrackingMargin + 60);
-    struct Step {
+    const struct {
         const char* what;
         std::function<void()> act;
         qreal alpha;
-    };
-    const std::vector<Step> steps{
+    } steps[] = {
         {"down", [&] { QTest::mousePress(button, Qt::LeftButton, {}, inside); }, 0.4},
         {"drag out", [&] { QTest::mouseMove(button, outside); }, 1.0},
         {"drag in", [&] { QTest::mouseMove(button, inside); }, 0.4},
@@ -261,7 +252,7 @@ TEST_F(ALButtonTest, FadesWhileHeldAndComesBackWhenTheTouchLeavesOrEnds) {
         // An alert taking the pointer cancels the touch, as disabling the button does.
         {"cancelled", [&] { button->setEnabled(false); }, 1.0},
     };
-    for (const Step& step : steps) {
+    for (const auto& step : steps) {
         SCOPED_TRACE(step.what);
         step.act();
         EXPECT_DOUBLE_EQ(ui::ViewAnimation::alpha(button), step.alpha);

@@ -285,8 +285,6 @@ TEST_F(AppRatingTest, ADuePromptShowsTheFirstDialogAtOnceOverTheScreenAndRemembe
     EXPECT_EQ(storedDate(PreferenceSchema::appRatingFirstUsed), minutesAgo(20000));
 }
 
-// The dialogs over a root screen, with the review link caught and xdg-utils replaced by small
-// scripts in a folder that is the whole PATH.
 TEST_F(RateAppDialogsTest, EitherAnswerReplacesTheFirstCardOverTheSameScreen) {
     const std::pair<const char*, const char*> rows[] = {
         {"Yes, I like it", "RateAppLikedViewController"},
