@@ -27,10 +27,8 @@ TEST(BundleTest, InfoDictionaryCarriesNameAndProjectVersionAndMissingEntriesAreN
 TEST(BundleTest, ResourcesAreFoundInTheDataFolderFromTheEnvironment) {
     QTemporaryDir data;
     ASSERT_TRUE(data.isValid());
-    for (const char* name : {"1.mov", "notes"}) {
-        QFile file(data.filePath(QString::fromLatin1(name)));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    }
+    for (const char* name : {"1.mov", "notes"})
+        ASSERT_TRUE(QFile(data.filePath(name)).open(QIODevice::WriteOnly));
     // Named apart from the source tree's clips, which are looked up after this folder.
     ASSERT_TRUE(QDir(data.path()).mkdir("folder.mov"));
     qputenv("TESSARO_DATA_DIR", data.path().toUtf8());
@@ -61,12 +59,10 @@ TEST(StringsTest, EveryProductKeyHasAnEnglishTextAndAMissingOneShowsTheKey) {
     Strings::install(); // installing twice must not stack or drop tables
     for (const QString& key : productKeys) {
         const QString text = Strings::localizedString(key.toLatin1().constData());
-        EXPECT_FALSE(text.isEmpty()) << key.toStdString();
-        EXPECT_NE(text, key) << key.toStdString() << " has no text";
+        EXPECT_TRUE(!text.isEmpty() && text != key) << key.toStdString() << " has no text";
     }
     EXPECT_EQ(Strings::localizedString("cam_duration"), "Duration");
     EXPECT_EQ(Strings::localizedString("tutorial_ready"), "Start");
-    // A missing key shows the key.
     EXPECT_EQ(Strings::localizedString("cam_no_such_text"), "cam_no_such_text");
     EXPECT_EQ(Strings::localizedString("RateAppUnknownLabel"), "RateAppUnknownLabel");
 }
@@ -82,9 +78,7 @@ TEST(FileManagerTest, RemoveItemRemovesTheNameOnlyAndAReaderKeepsTheFileWhole) {
     const QString inner = folder.filePath(QStringLiteral("inner"));
     const QByteArray content(3 << 20, 'c');
     QFile writer(clip);
-    ASSERT_TRUE(writer.open(QIODevice::WriteOnly));
-    writer.write(content);
-    writer.close();
+    ASSERT_TRUE(writer.open(QIODevice::WriteOnly) && writer.write(content) > 0 && writer.flush());
     ASSERT_TRUE(QFile::link(clip, link));
     ASSERT_TRUE(QDir().mkdir(inner));
 
@@ -108,13 +102,12 @@ using FormFactor = Device::FormFactor;
 using Orientation = Device::Orientation;
 
 TEST(DeviceTest, FormFactorFromOverrideThenChassis) {
-    struct Row {
+    const struct {
         const char* overrideName;
         std::optional<QByteArray> deviceTree; // nullopt: no such file
         std::optional<QByteArray> dmi;
         FormFactor expected;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"", QByteArray("handset\0", 8), std::nullopt, FormFactor::phone},
         {"", QByteArray("tablet\0", 7), std::nullopt, FormFactor::tablet},
         {"", QByteArray("convertible\0", 12), std::nullopt, FormFactor::tablet},
@@ -135,7 +128,7 @@ TEST(DeviceTest, FormFactorFromOverrideThenChassis) {
         {"desktop", "handset", "30\n", FormFactor::desktop},
         {"watch", "handset", std::nullopt, FormFactor::phone},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         QTemporaryDir folder;
         const QString deviceTree = folder.filePath("chassis-type");
         const QString dmi = folder.filePath("chassis_type");

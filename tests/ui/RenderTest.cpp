@@ -104,18 +104,17 @@ TEST(ImageViewTest, ContentModesPlaceTheImageAsThePlatformDoes) {
     // A 40 × 20 red image in a 100 × 100 view.
     QPixmap red(40, 20);
     red.fill(Qt::red);
-    struct Row {
+    const struct {
         ImageView::ContentMode mode;
         QPoint covered;
         QPoint bare;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {ImageView::ContentMode::scaleToFill, {2, 2}, {-1, -1}},
         {ImageView::ContentMode::scaleAspectFit, {2, 50}, {50, 20}}, // 100 × 50, centred
         {ImageView::ContentMode::scaleAspectFill, {2, 2}, {-1, -1}}, // 200 × 100, cropped
         {ImageView::ContentMode::center, {31, 41}, {29, 50}},        // 40 × 20 at (30, 40)
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         ImageView view;
         view.resize(100, 100);
         view.setImage(red);

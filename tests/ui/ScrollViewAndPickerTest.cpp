@@ -28,28 +28,24 @@ void turn(QWidget* widget, QPoint angle, QPoint pixels = {},
 constexpr int pageWidth = 300;
 constexpr int pages = 4;
 
-// Counts the rests and notes where each came.
-struct RestJournal : ScrollViewDelegate {
-    QList<double> offsets;
-    void scrollViewDidEndDecelerating(ScrollView* view) override {
-        offsets.append(view->contentOffset().x());
-    }
-};
-
-// A shown 300 × 400 pager of four pages, one point high, as the tutorial builds it.
-class ScrollViewTest : public ::testing::Test {
+// A shown 300 × 400 pager of four pages, one point high, as the tutorial builds it, noting where
+// each rest came.
+class ScrollViewTest : public ::testing::Test, public ScrollViewDelegate {
 public:
     void SetUp() override {
         pager.resize(pageWidth, 400);
         pager.setPagingEnabled(true);
         pager.setContentSize(QSizeF(pageWidth * pages, 1.0));
-        pager.setDelegate(&rests);
+        pager.setDelegate(this);
         pager.show();
+    }
+    void scrollViewDidEndDecelerating(ScrollView* view) override {
+        rests.append(view->contentOffset().x());
     }
 
     // Waits for the pager to come to rest after an input, and answers the page it rests on.
     double restedPage(int restsBefore) {
-        EXPECT_TRUE(QTest::qWaitFor([&] { return rests.offsets.size() > restsBefore; }));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return rests.size() > restsBefore; }));
         EXPECT_FALSE(pager.isDecelerating());
         return pager.contentOffset().x() / pageWidth;
     }
@@ -64,7 +60,7 @@ public:
     }
 
     ScrollView pager;
-    RestJournal rests;
+    QList<double> rests;
 };
 
 TEST_F(ScrollViewTest, EveryKindOfInputRestsOnAWholePage) {
@@ -102,13 +98,13 @@ TEST_F(ScrollViewTest, EveryKindOfInputRestsOnAWholePage) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.input);
         pager.setContentOffset(QPointF(row.startPage * pageWidth, 0));
-        const int before = int(rests.offsets.size());
+        const int before = int(rests.size());
         row.act();
         EXPECT_DOUBLE_EQ(restedPage(before), row.page);
         // One notice per scroll, and it comes once the pager rests.
         QTest::qWait(50);
-        EXPECT_EQ(rests.offsets.size(), before + 1);
-        EXPECT_DOUBLE_EQ(rests.offsets.last(), row.page * pageWidth);
+        EXPECT_EQ(rests.size(), before + 1);
+        EXPECT_DOUBLE_EQ(rests.last(), row.page * pageWidth);
     }
 }
 
@@ -117,7 +113,7 @@ TEST_F(ScrollViewTest, KeysAtEitherEndTellNobodyAndNothingMovesVertically) {
     pager.setContentOffset(QPointF(3 * pageWidth, 0));
     QTest::keyClick(&pager, Qt::Key_Right);
     QTest::qWait(int(ScrollView::pageGlideDuration * 1000) + 100);
-    EXPECT_TRUE(rests.offsets.isEmpty());
+    EXPECT_TRUE(rests.isEmpty());
 
     // A diagonal drag moves the one-point-high content sideways only.
     QTest::mousePress(&pager, Qt::LeftButton, {}, QPoint(200, 300));

@@ -322,13 +322,12 @@ TEST_F(SheetTest, EachActivityReachesItsProgramOrTheClipboardAndReportsCompletio
     const QString url = QUrl::fromLocalFile(clip).toString();
     const QString open = QStringLiteral("open "), show = QStringLiteral("show ");
     const QString openFolder = open + QUrl::fromLocalFile(folder.path()).toString();
-    struct Case {
+    const struct {
         const QString& type;
         bool openSucceeds, fileManagerAnswers;
         QStringList calls;
         bool completed;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {ActivityType::openInDefaultApplication, true, true, {open + url}, true},
         {ActivityType::openInDefaultApplication, false, true, {open + url}, false},
         {ActivityType::showInFileManager, true, true, {show + url}, true},
@@ -336,7 +335,7 @@ TEST_F(SheetTest, EachActivityReachesItsProgramOrTheClipboardAndReportsCompletio
         {ActivityType::showInFileManager, true, false, {show + url, openFolder}, true},
         {ActivityType::mail, true, true, {QStringLiteral("xdg-email --attach ") + clip}, true},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.calls.join(", ").toStdString());
         calls.clear();
         openSucceeds = c.openSucceeds;
