@@ -45,7 +45,7 @@ protected:
 
 using ControlTest = ControlFixture<Control>;
 
-TEST_F(ControlTest, TapOrKeySendsDownThenUpInsideAndASecondTapRepeats) {
+TEST_F(ControlTest, TapsAndKeysSendDownThenUpInsideAndDragsCrossTheTrackingBoundsOnceEachWay) {
     press({30, 20});
     EXPECT_TRUE(control->isHighlighted());
     EXPECT_TRUE(control->isTracking());
@@ -66,9 +66,9 @@ TEST_F(ControlTest, TapOrKeySendsDownThenUpInsideAndASecondTapRepeats) {
     QTest::keyClick(control, Qt::Key_Return);
     QTest::keyClick(control, Qt::Key_A);
     EXPECT_EQ(events, Events({down, upInside, down, upInside}));
-}
 
-TEST_F(ControlTest, DraggingOutAndBackCrossesTheTrackingBoundsOnceEachWay) {
+    // Dragging out and back crosses the tracking bounds once each way.
+    events.clear();
     press({30, 20});
     move({50, 30});  // inside the rect
     move({125, 20}); // in the 70 px margin: still inside
@@ -227,7 +227,7 @@ TEST_F(SliderTest, ValueStaysWithinTheRange) {
     EXPECT_TRUE(events.empty()) << "setting the value in code sends nothing";
 }
 
-TEST_F(SliderTest, DraggingTheThumbOrPressingTheTrackSendsValueChanged) {
+TEST_F(SliderTest, DraggingTheThumbOrPressingTheTrackSendsValueChangedAtOnceOrOnRelease) {
     control->setValue(1.5f);
     // Grabbed 4 px right of the thumb's centre: the thumb keeps that offset.
     press(at(1.5f) + QPoint(4, 0));
@@ -245,9 +245,9 @@ TEST_F(SliderTest, DraggingTheThumbOrPressingTheTrackSendsValueChanged) {
     EXPECT_NEAR(control->value(), 2.5f, 0.011f);
     release(at(2.5f));
     EXPECT_EQ(events, Events({changed, down, upInside}));
-}
 
-TEST_F(SliderTest, ADiscontinuousSliderReportsOnceOnRelease) {
+    // A discontinuous slider reports once, on release.
+    events.clear();
     control->setContinuous(false);
     press(at(1.0f));
     move(at(1.5f));
