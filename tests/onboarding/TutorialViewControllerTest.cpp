@@ -63,7 +63,6 @@ protected:
         qunsetenv("TESSARO_DATA_DIR");
     }
 
-    // Shows the tutorial and waits for its pages.
     void show() {
         window->setRootViewController(tutorial);
         window->makeKeyAndVisible();

@@ -236,7 +236,7 @@ TEST_F(AppRatingTest, TheFirstConsultationStartsBothClocksWhateverTheKeysHeld) {
     EXPECT_EQ(AppRating::lastVersionRated(), "0.0.0");
 }
 
-TEST_F(AppRatingTest, SettersRefuseZeroDaysOnlyAndDebugModeWarnsWhenSwitchedOn) {
+TEST_F(AppRatingTest, SettersRefuseZeroDaysOnlyDebugModeWarnsAndTheArithmeticTruncates) {
     AppRating::setDaysUntilPrompt(0);
     EXPECT_EQ(AppRating::daysUntilPrompt, 10);
     AppRating::setRemindPeriod(0);
@@ -257,9 +257,8 @@ TEST_F(AppRatingTest, SettersRefuseZeroDaysOnlyAndDebugModeWarnsWhenSwitchedOn) 
                                   "[AppRating] ‼️ Remind period shouldn't be 0.",
                                   "[AppRating] ‼️ Debug mode is now on. Don't forget to set it "
                                   "back to be 'false' before uploading to the App Store."}));
-}
 
-TEST(AppRatingArithmetic, WholeMinutesTruncateTowardZeroAndVersionJunkCountsAsZero) {
+    // Whole minutes truncate toward zero, and junk in a version counts as zero.
     const QDateTime from(QDate(2026, 3, 29), QTime(0, 30), Qt::UTC);
     for (auto [ms, minutes] : {std::pair{59999LL, 0LL}, {60000, 1}, {-59999, 0}, {-90000, -1}})
         EXPECT_EQ(AppRating::minutesBetween(from, from.addMSecs(ms)), minutes) << ms;

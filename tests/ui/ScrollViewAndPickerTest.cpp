@@ -108,22 +108,8 @@ TEST_F(ScrollViewTest, EveryKindOfInputRestsOnAWholePage) {
     }
 }
 
-TEST_F(ScrollViewTest, KeysAtEitherEndTellNobodyAndNothingMovesVertically) {
-    QTest::keyClick(&pager, Qt::Key_Left);
-    pager.setContentOffset(QPointF(3 * pageWidth, 0));
-    QTest::keyClick(&pager, Qt::Key_Right);
-    QTest::qWait(int(ScrollView::pageGlideDuration * 1000) + 100);
-    EXPECT_TRUE(rests.isEmpty());
-
-    // A diagonal drag moves the one-point-high content sideways only.
-    QTest::mousePress(&pager, Qt::LeftButton, {}, QPoint(200, 300));
-    QTest::mouseMove(&pager, QPoint(150, 100));
-    EXPECT_EQ(pager.contentOffset().y(), 0);
-    EXPECT_EQ(pager.contentView()->y(), 0);
-    QTest::mouseRelease(&pager, Qt::LeftButton, {}, QPoint(150, 100));
-}
-
-TEST_F(ScrollViewTest, ATouchScreenSwipePagesAndACancelledOneSpringsBack) {
+TEST_F(ScrollViewTest, TouchSwipesPageButKeysAtEitherEndTellNobodyAndNothingMovesVertically) {
+    // A touch screen swipe pages, and a cancelled one springs back.
     QPointingDevice* screen = QTest::createTouchDevice();
     QTest::touchEvent(&pager, screen).press(0, QPoint(250, 200));
     for (int x = 230; x >= 50; x -= 30) {
@@ -132,12 +118,25 @@ TEST_F(ScrollViewTest, ATouchScreenSwipePagesAndACancelledOneSpringsBack) {
     }
     QTest::touchEvent(&pager, screen).release(0, QPoint(50, 200));
     EXPECT_DOUBLE_EQ(restedPage(0), 1);
-
     QTest::touchEvent(&pager, screen).press(0, QPoint(250, 200));
     QTest::touchEvent(&pager, screen).move(0, QPoint(200, 200));
     QTouchEvent cancel(QEvent::TouchCancel, screen);
     QApplication::sendEvent(&pager, &cancel);
     EXPECT_DOUBLE_EQ(restedPage(1), 1);
+
+    pager.setContentOffset(QPointF());
+    QTest::keyClick(&pager, Qt::Key_Left);
+    pager.setContentOffset(QPointF(3 * pageWidth, 0));
+    QTest::keyClick(&pager, Qt::Key_Right);
+    QTest::qWait(int(ScrollView::pageGlideDuration * 1000) + 100);
+    EXPECT_EQ(rests.size(), 2);
+
+    // A diagonal drag moves the one-point-high content sideways only.
+    QTest::mousePress(&pager, Qt::LeftButton, {}, QPoint(200, 300));
+    QTest::mouseMove(&pager, QPoint(150, 100));
+    EXPECT_EQ(pager.contentOffset().y(), 0);
+    EXPECT_EQ(pager.contentView()->y(), 0);
+    QTest::mouseRelease(&pager, Qt::LeftButton, {}, QPoint(150, 100));
 }
 
 using Selections = std::vector<std::pair<int, int>>;

@@ -302,7 +302,6 @@ protected:
         return sheet;
     }
 
-    // Performs one activity and waits for its completion.
     std::pair<QString, bool> perform(const QString& type) {
         std::optional<std::pair<QString, bool>> result;
         showSheet(result)->performActivity(type);
