@@ -1,5 +1,4 @@
 #include <memory>
-#include <optional>
 #include <vector>
 
 #include <QElapsedTimer>
@@ -267,18 +266,15 @@ protected:
         parent.show();
     }
 
+    // Notes each completion's finished flag.
     std::function<void(bool)> recording() {
-        return [this](bool finished) {
-            ++completions;
-            this->finished = finished;
-        };
+        return [this](bool finished) { completions.push_back(finished); };
     }
 
     QWidget parent;
     QWidget* widget = nullptr;
     QWidget* other = nullptr;
-    int completions = 0;
-    std::optional<bool> finished;
+    std::vector<bool> completions;
 };
 
 TEST_F(ViewAnimationTest, InputPassesAtAlphaZeroAndIsBlockedWhileAnimatingUnlessAllowed) {
@@ -313,17 +309,16 @@ TEST_F(ViewAnimationTest, RepeatingAutoreverseRunsUntilRemovedThenCompletesUnfin
     ASSERT_TRUE(QTest::qWaitFor([&] { return A::alpha(widget) < 0.2; }));
     ASSERT_TRUE(QTest::qWaitFor([&] { return A::alpha(widget) > 0.8; })) << "comes back up";
     ASSERT_TRUE(QTest::qWaitFor([&] { return A::alpha(widget) < 0.2; })) << "and goes down again";
-    EXPECT_EQ(completions, 0);
+    EXPECT_TRUE(completions.empty());
     EXPECT_TRUE(A::isAnimating(widget));
 
     const qreal shown = A::alpha(widget);
     A::removeAllAnimations(widget);
-    EXPECT_EQ(completions, 1);
-    EXPECT_EQ(finished, false);
+    EXPECT_EQ(completions, std::vector<bool>{false});
     EXPECT_FALSE(A::isAnimating(widget));
     QTest::qWait(50);
     EXPECT_DOUBLE_EQ(A::alpha(widget), shown) << "left where it was";
-    EXPECT_EQ(completions, 1);
+    EXPECT_EQ(completions.size(), 1u);
 }
 
 TEST_F(ViewAnimationTest, DelayIsHonouredAndTheBlockCompletesOnceAllItsAnimationsEnd) {
@@ -338,14 +333,14 @@ TEST_F(ViewAnimationTest, DelayIsHonouredAndTheBlockCompletesOnceAllItsAnimation
         recording());
     QTest::qWait(100);
     EXPECT_DOUBLE_EQ(A::alpha(widget), 1.0) << "nothing moves during the delay";
-    ASSERT_TRUE(QTest::qWaitFor([&] { return completions > 0; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !completions.empty(); }));
     EXPECT_GE(clock.elapsed(), 240);
-    EXPECT_EQ(finished, true);
+    EXPECT_EQ(completions, std::vector<bool>{true});
     EXPECT_DOUBLE_EQ(A::alpha(widget), 0.0);
     EXPECT_DOUBLE_EQ(A::alpha(other), 0.5);
     EXPECT_TRUE(widget->testAttribute(Qt::WA_TransparentForMouseEvents));
     QTest::qWait(50);
-    EXPECT_EQ(completions, 1);
+    EXPECT_EQ(completions.size(), 1u);
 }
 
 TEST_F(ViewAnimationTest, ANewerAnimationOrAnExplicitAlphaStopsTheRunningOneAndNoneRunsForZero) {
@@ -353,11 +348,9 @@ TEST_F(ViewAnimationTest, ANewerAnimationOrAnExplicitAlphaStopsTheRunningOneAndN
         1.0, [&] { A::setAlpha(widget, 0.0); }, recording());
     A::animate(
         1.0, [&] { A::setAlpha(widget, 0.5); }, recording());
-    EXPECT_EQ(completions, 1);
-    EXPECT_EQ(finished, false);
+    EXPECT_EQ(completions, std::vector<bool>{false});
     A::setAlpha(widget, 0.8);
-    EXPECT_EQ(completions, 2);
-    EXPECT_EQ(finished, false);
+    EXPECT_EQ(completions, std::vector<bool>({false, false}));
     EXPECT_DOUBLE_EQ(A::alpha(widget), 0.8);
     EXPECT_FALSE(A::isAnimating(widget));
 
@@ -365,9 +358,9 @@ TEST_F(ViewAnimationTest, ANewerAnimationOrAnExplicitAlphaStopsTheRunningOneAndN
     A::animate(
         0.0, [&] { A::setAlpha(widget, 0.3); }, recording());
     EXPECT_DOUBLE_EQ(A::alpha(widget), 0.3);
-    EXPECT_EQ(completions, 2);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return completions > 2; }));
-    EXPECT_EQ(finished, true);
+    EXPECT_EQ(completions.size(), 2u);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return completions.size() > 2; }));
+    EXPECT_EQ(completions.back(), true);
 }
 
 } // namespace
