@@ -157,69 +157,52 @@ constexpr std::nullopt_t never = std::nullopt;
 using AppRatingTest = RatingFixture;
 using RateAppDialogsTest = RatingFixture;
 
-TEST_F(AppRatingTest, WithTheLaunchDaysTheDatesDecideAndTheLineSaysWhyNot) {
+// With the shipped version the launch days decide, and the line says why not. In debug mode (a
+// version of its own) the stored minutes replace the days and the versions decide before the
+// reminder; the remind line's last word still follows the 10 days.
+TEST_F(AppRatingTest, TheDatesAndVersionsDecideAndTheLineSaysWhyNot) {
     const struct {
-        const char* name;
+        const char* debugVersion; // nullptr: the shipped version, three days until the prompt
+        const char* rated;        // nullptr: never rated
         std::optional<qint64> firstUsedAgo, lastRemindAgo; // minutes
-        const char* rated;
+        qint64 remindMinutes;
         bool prompts;
         QString line;
     } rows[] = {
-        {"FirstEver", never, never, nullptr, false, firstUseLine("0 minute", "4320 minutes")},
-        {"OneMinuteShort", 4319, 4319, nullptr, false, firstUseLine("4319 minutes", "1 minute")},
-        // The line counts from the reminder although the test counts from the first use.
-        {"LineCountsFromReminder", 100, 7, nullptr, false,
-         firstUseLine("7 minutes", "4313 minutes")},
-        {"ClockTurnedBack", -90, -90, nullptr, false, firstUseLine("-90 minute", "4410 minutes")},
+        {nullptr, nullptr, never, never, 0, false, firstUseLine("0 minute", "4320 minutes")},
+        {nullptr, nullptr, 4319, 4319, 0, false, firstUseLine("4319 minutes", "1 minute")},
+        // The line counts from the reminder although the decision counts from the first use.
+        {nullptr, nullptr, 100, 7, 0, false, firstUseLine("7 minutes", "4313 minutes")},
+        {nullptr, nullptr, -90, -90, 0, false, firstUseLine("-90 minute", "4410 minutes")},
         // The last word follows 10 days less 4320 minutes, which is negative.
-        {"UsedEnoughNotReminded", 4320, 4320, nullptr, false,
-         remindLine("4320 minutes", "10080 minute")},
-        {"RemindedExactlyLongAgo", 14400, 14400, nullptr, true, {}},
-        {"ShippedVersionRated", 20000, 20000, TESSARO_VERSION, false, ratedLine},
+        {nullptr, nullptr, 4320, 4320, 0, false, remindLine("4320 minutes", "10080 minute")},
+        {nullptr, nullptr, 14400, 14400, 0, true, {}},
+        {nullptr, TESSARO_VERSION, 20000, 20000, 0, false, ratedLine},
+        {"1.0", "1.0.0", 0, 0, 100, true, {}},
+        {"1.2", "1.3", 0, 0, 100, true, {}},
+        {"1.3", "1.2", 0, 0, 100, false, remindLine("0 minute", "100 minutes")},
+        {"2.0", "2.0", 500, 500, 100, false, ratedLine},
+        {"02.0", "2.0", 0, 0, 100, false, remindLine("0 minute", "100 minutes")},
+        {"02.0", "2.0", 100, 100, 100, true, {}},
+        {"1.x", "1.0", 5, 5, 100, false, remindLine("5 minutes", "95 minutes")},
+        {"1.0", nullptr, 99, 99, 100, false, remindLine("99 minutes", "1 minute")},
+        {"1.0", nullptr, 0, 0, 0, true, {}},
+        {"1.0", nullptr, 3, 3, 4, false, remindLine("3 minutes", "1 minutes")},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+        SCOPED_TRACE(testing::Message() << "row " << &row - rows);
         startOver();
-        AppRating::daysUntilPrompt = 3;
+        if (row.debugVersion) {
+            AppRating::setDebugMode(true);
+            AppRating::setAppVersion(row.debugVersion);
+            AppRating::setMinuteRemindPeriod(row.remindMinutes);
+        } else {
+            AppRating::daysUntilPrompt = 3;
+        }
         if (row.firstUsedAgo)
             AppRating::setFirstUsed(minutesAgo(*row.firstUsedAgo));
         if (row.lastRemindAgo)
             AppRating::setLastRemind(minutesAgo(*row.lastRemindAgo));
-        if (row.rated)
-            AppRating::setLastVersionRated(row.rated);
-        expectDecision(row.prompts, row.line);
-    }
-}
-
-// In debug mode the stored minutes replace the days and the override the shipped version; the
-// remind line's last word still follows the 10 days.
-TEST_F(AppRatingTest, InDebugModeTheVersionsDecideBeforeTheReminder) {
-    const struct {
-        const char* current;
-        const char* rated; // nullptr: never rated
-        qint64 sinceRemind, remindMinutes;
-        bool prompts;
-        QString line;
-    } rows[] = {
-        {"1.0", "1.0.0", 0, 100, true, {}},
-        {"1.2", "1.3", 0, 100, true, {}},
-        {"1.3", "1.2", 0, 100, false, remindLine("0 minute", "100 minutes")},
-        {"2.0", "2.0", 500, 100, false, ratedLine},
-        {"02.0", "2.0", 0, 100, false, remindLine("0 minute", "100 minutes")},
-        {"02.0", "2.0", 100, 100, true, {}},
-        {"1.x", "1.0", 5, 100, false, remindLine("5 minutes", "95 minutes")},
-        {"1.0", nullptr, 99, 100, false, remindLine("99 minutes", "1 minute")},
-        {"1.0", nullptr, 0, 0, true, {}},
-        {"1.0", nullptr, 3, 4, false, remindLine("3 minutes", "1 minutes")},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(std::string(row.current) + " rated " + (row.rated ? row.rated : "never"));
-        startOver();
-        AppRating::setDebugMode(true);
-        AppRating::setAppVersion(row.current);
-        AppRating::setMinuteRemindPeriod(row.remindMinutes);
-        AppRating::setFirstUsed(minutesAgo(row.sinceRemind));
-        AppRating::setLastRemind(minutesAgo(row.sinceRemind));
         if (row.rated)
             AppRating::setLastVersionRated(row.rated);
         expectDecision(row.prompts, row.line);
