@@ -131,8 +131,7 @@ protected:
     }
 
     QTemporaryDir folder;
-    const QDateTime start = QDateTime(QDate(2026, 3, 1), QTime(12, 0), Qt::UTC);
-    QDateTime clock = start;
+    QDateTime clock = QDateTime(QDate(2026, 3, 1), QTime(12, 0), Qt::UTC);
     QStringList lines;
     ui::Window window;
     ui::ViewController* root = new ui::ViewController;

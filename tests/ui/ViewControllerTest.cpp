@@ -177,7 +177,7 @@ TEST_F(ViewControllerTest, DismissalOrANewRootDuringAnAnimatedPresentationEndsIt
     EXPECT_FALSE(journal.contains("never"));
 }
 
-TEST_F(ViewControllerTest, DismissingTheBottomOfAStackRemovesEverythingAboveIt) {
+TEST_F(ViewControllerTest, DismissingTheBottomOfAStackOrReplacingTheRootRemovesAllAbove) {
     QPointer<ProbeViewController> b = probe("B");
     QPointer<ProbeViewController> c = probe("C", Style::overCurrentContext);
     root->present(b, false);
@@ -191,9 +191,8 @@ TEST_F(ViewControllerTest, DismissingTheBottomOfAStackRemovesEverythingAboveIt) 
     EXPECT_EQ(completions, 1);
     EXPECT_FALSE(root->presentedViewController());
     EXPECT_TRUE(QTest::qWaitFor([&] { return b.isNull() && c.isNull(); }));
-}
 
-TEST_F(ViewControllerTest, ReplacingTheRootOfAVisibleWindowSwapsAppearanceAndDeletesTheOldRoot) {
+    // Replacing the root of a visible window swaps appearance and deletes the old root.
     QPointer<ProbeViewController> shown = probe("S");
     root->present(shown, false);
     journal.clear();
@@ -367,7 +366,7 @@ TEST_F(SheetTest, SaveAsCopiesWhereTheUserChoseOrNothingOnCancel) {
     }
 }
 
-TEST_F(SheetTest, ExcludedActivitiesAreNotOfferedNorPerformed) {
+TEST_F(SheetTest, ExcludedActivitiesAreNotOfferedAndEscOrAClickBesideTheCardCancels) {
     ActivityViewController sheet({QUrl::fromLocalFile(clip)});
     EXPECT_FALSE(sheet.availableActivityTypes().contains(ActivityType::addToReadingList));
     EXPECT_FALSE(sheet.availableActivityTypes().contains(ActivityType::assignToContact));
@@ -379,9 +378,8 @@ TEST_F(SheetTest, ExcludedActivitiesAreNotOfferedNorPerformed) {
     sheet.performActivity(ActivityType::mail);
     EXPECT_FALSE(called);
     EXPECT_TRUE(calls.isEmpty());
-}
 
-TEST_F(SheetTest, EscAndAClickBesideTheCardCancel) {
+    // Esc and a click beside the card cancel.
     for (bool byKey : {true, false}) {
         std::optional<std::pair<QString, bool>> result;
         ActivityViewController* sheet = showSheet(result);
