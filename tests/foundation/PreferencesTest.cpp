@@ -33,20 +33,6 @@ struct WarningCollector {
     ~WarningCollector() { qInstallMessageHandler(previous); }
 };
 
-// The decimal comma of German, in C and in Qt, until it goes out of scope.
-struct GermanLocale {
-    const std::string previous = std::setlocale(LC_ALL, nullptr);
-    const QLocale previousDefault;
-    GermanLocale() {
-        std::setlocale(LC_ALL, "de_DE.UTF-8"); // may be missing; QLocale still applies
-        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
-    }
-    ~GermanLocale() {
-        QLocale::setDefault(previousDefault);
-        std::setlocale(LC_ALL, previous.c_str());
-    }
-};
-
 QByteArray readAll(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
@@ -58,14 +44,20 @@ void writeAll(const QString& path, const QByteArray& content) {
     file.write(content);
 }
 
+// Fresh preferences in a folder of their own, read and written under the decimal comma of German
+// (in C and in Qt), which neither the file nor the text of a value may follow.
 class PreferencesTest : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(configFolder.isValid());
         qputenv("TESSARO_CONFIG_DIR", configFolder.path().toUtf8());
         Preferences::resetStandardForTesting();
+        std::setlocale(LC_ALL, "de_DE.UTF-8"); // may be missing; QLocale still applies
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
     }
     void TearDown() override {
+        QLocale::setDefault(previousLocale);
+        std::setlocale(LC_ALL, previousCLocale.c_str());
         Preferences::resetStandardForTesting();
         qunsetenv("TESSARO_CONFIG_DIR");
     }
@@ -82,6 +74,8 @@ protected:
     }
 
     QTemporaryDir configFolder;
+    const std::string previousCLocale = std::setlocale(LC_ALL, nullptr);
+    const QLocale previousLocale;
 };
 
 TEST(PreferenceSchemaTest, DefaultsHaveTheDeclaredType) {
@@ -132,10 +126,8 @@ TEST_F(PreferencesTest, AbsentOrRemovedKeysReadTheDocumentedDefaults) {
     EXPECT_FALSE(reloaded().hasStoredValue("zoomDuration"));
 }
 
-// Under a decimal-comma locale: neither the file nor the text of a value may follow it.
 TEST_F(PreferencesTest, EveryTypeKeepsItsTypeAndSurvivesAReloadExactly) {
     using T = PreferenceValue::Type;
-    const GermanLocale german;
     const QDateTime moment(QDate(2026, 11, 23), QTime(9, 30, 0, 123), Qt::UTC);
     const std::tuple<const char*, PreferenceValue, T> rows[] = {
         {"largest", std::numeric_limits<qint64>::max(), T::integer},
