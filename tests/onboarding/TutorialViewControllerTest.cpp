@@ -38,9 +38,8 @@ class TutorialTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
         clips = new QTemporaryDir;
-        for (const char* name : {"1", "2", "3", "4"})
-            ASSERT_TRUE(
-                writeTestClip(clips->filePath(QStringLiteral("%1.mov").arg(name)), 0.4, 90, 160));
+        for (const char* name : {"1.mov", "2.mov", "3.mov", "4.mov"})
+            ASSERT_TRUE(writeTestClip(clips->filePath(name), 0.4, 90, 160));
     }
     static void TearDownTestSuite() { delete clips; }
 
