@@ -13,7 +13,7 @@
 namespace foundation {
 namespace {
 
-TEST(BundleTest, InfoDictionaryCarriesNameAndProjectVersionAndMissingEntriesAreNull) {
+TEST(BundleTest, InfoAndResourcesComeFromTheProjectAndTheDataFolderMissingOnesAreNull) {
     const Bundle& bundle = Bundle::main();
     EXPECT_EQ(bundle.objectForInfoDictionaryKey("CFBundleShortVersionString").toString(),
               TESSARO_EXPECTED_VERSION);
@@ -22,9 +22,8 @@ TEST(BundleTest, InfoDictionaryCarriesNameAndProjectVersionAndMissingEntriesAreN
     EXPECT_TRUE(bundle.image("NoSuchImage").isNull());
     EXPECT_TRUE(bundle.pixmap("NoSuchImage", QSize(16, 16)).isNull());
     EXPECT_TRUE(bundle.image(QString()).isNull());
-}
 
-TEST(BundleTest, ResourcesAreFoundInTheDataFolderFromTheEnvironment) {
+    // Resources are found in the data folder from the environment.
     QTemporaryDir data;
     ASSERT_TRUE(data.isValid());
     for (const char* name : {"1.mov", "notes"})
@@ -32,8 +31,6 @@ TEST(BundleTest, ResourcesAreFoundInTheDataFolderFromTheEnvironment) {
     // Named apart from the source tree's clips, which are looked up after this folder.
     ASSERT_TRUE(QDir(data.path()).mkdir("folder.mov"));
     qputenv("TESSARO_DATA_DIR", data.path().toUtf8());
-
-    const Bundle& bundle = Bundle::main();
     EXPECT_EQ(bundle.resourceFolders().value(0), data.path());
     EXPECT_EQ(bundle.pathForResource("1", "mov"), data.filePath("1.mov"));
     EXPECT_EQ(bundle.pathForResource("notes", QString()), data.filePath("notes"));

@@ -208,7 +208,7 @@ TEST_F(AppRatingTest, TheDatesAndVersionsDecideAndTheLineSaysWhyNot) {
     }
 }
 
-TEST_F(AppRatingTest, TheFirstConsultationStartsBothClocksWhateverTheKeysHeld) {
+TEST_F(AppRatingTest, TheFirstConsultationStartsBothClocksAndADuePromptShowsTheFirstDialog) {
     clock = clock.addDays(30);
     Preferences::standard().setString(PreferenceSchema::appRatingFirstUsed, "last Tuesday");
     Preferences::standard().setInteger(PreferenceSchema::appRatingLastVersionRated, 2);
@@ -216,6 +216,23 @@ TEST_F(AppRatingTest, TheFirstConsultationStartsBothClocksWhateverTheKeysHeld) {
     EXPECT_EQ(storedDate(PreferenceSchema::appRatingFirstUsed), clock);
     EXPECT_EQ(storedDate(PreferenceSchema::appRatingLastRemind), clock);
     EXPECT_EQ(AppRating::lastVersionRated(), "0.0.0");
+
+    // A due prompt shows the first dialog at once over the screen and remembers when.
+    AppRating::setFirstUsed(minutesAgo(20000));
+    AppRating::setLastRemind(minutesAgo(60));
+    AppRating::promptRateUsIfNeeded(root);
+    EXPECT_EQ(root->presentedViewController(), nullptr);
+    EXPECT_EQ(storedDate(PreferenceSchema::appRatingLastRemind), minutesAgo(60));
+
+    AppRating::setLastRemind(minutesAgo(20000));
+    AppRating::promptRateUsIfNeeded(root);
+    auto* dialog = qobject_cast<RateAppFirstViewController*>(root->presentedViewController());
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_FALSE(dialog->isBeingPresented());
+    EXPECT_EQ(dialog->modalPresentationStyle(), ui::ModalPresentationStyle::overCurrentContext);
+    EXPECT_TRUE(root->view()->isVisible());
+    EXPECT_EQ(storedDate(PreferenceSchema::appRatingLastRemind), clock);
+    EXPECT_EQ(storedDate(PreferenceSchema::appRatingFirstUsed), minutesAgo(20000));
 }
 
 TEST_F(AppRatingTest, SettersRefuseZeroDaysOnlyDebugModeWarnsAndTheArithmeticTruncates) {
@@ -246,24 +263,6 @@ TEST_F(AppRatingTest, SettersRefuseZeroDaysOnlyDebugModeWarnsAndTheArithmeticTru
         EXPECT_EQ(AppRating::minutesBetween(from, from.addMSecs(ms)), minutes) << ms;
     EXPECT_EQ(AppRating::versionComponents("1..2b. 3.-4.99999999999999999999"),
               QList<qint64>({1, 0, 0, 0, -4, 0}));
-}
-
-TEST_F(AppRatingTest, ADuePromptShowsTheFirstDialogAtOnceOverTheScreenAndRemembersWhen) {
-    AppRating::setFirstUsed(minutesAgo(20000));
-    AppRating::setLastRemind(minutesAgo(60));
-    AppRating::promptRateUsIfNeeded(root);
-    EXPECT_EQ(root->presentedViewController(), nullptr);
-    EXPECT_EQ(storedDate(PreferenceSchema::appRatingLastRemind), minutesAgo(60));
-
-    AppRating::setLastRemind(minutesAgo(20000));
-    AppRating::promptRateUsIfNeeded(root);
-    auto* dialog = qobject_cast<RateAppFirstViewController*>(root->presentedViewController());
-    ASSERT_NE(dialog, nullptr);
-    EXPECT_FALSE(dialog->isBeingPresented());
-    EXPECT_EQ(dialog->modalPresentationStyle(), ui::ModalPresentationStyle::overCurrentContext);
-    EXPECT_TRUE(root->view()->isVisible());
-    EXPECT_EQ(storedDate(PreferenceSchema::appRatingLastRemind), clock);
-    EXPECT_EQ(storedDate(PreferenceSchema::appRatingFirstUsed), minutesAgo(20000));
 }
 
 TEST_F(RateAppDialogsTest, EitherAnswerReplacesTheFirstCardAndOnlyRatingOpensTheSoftwareCentre) {
