@@ -36,18 +36,14 @@ german=$(env -i HOME="$root/home" PATH=/usr/bin:/bin LANGUAGE=de LANG=de_DE.UTF-
 grep -q "Mit der Kamera NAME aufnehmen" <<<"$german" || { echo "no German: $german"; exit 1; }
 
 out=$(run "$bin" --screenshot tutorial-1 "$root/home/t1.png" 2>&1)
-if grep -q 'not found' <<<"$out" || [ ! -s "$root/home/t1.png" ]; then
-    echo "the installed program did not find its tutorial clips: $out"; exit 1
-fi
+! grep -q 'not found' <<<"$out" && [ -s "$root/home/t1.png" ] ||
+    { echo "the installed program did not find its tutorial clips: $out"; exit 1; }
 
-if command -v desktop-file-validate >/dev/null; then
-    desktop-file-validate "$share/applications/org.tessaro.Tessaro.desktop"
-else
-    echo "desktop-file-validate is missing (package desktop-file-utils): desktop file not checked"
-fi
-if command -v appstreamcli >/dev/null; then
-    appstreamcli validate --no-net "$share/metainfo/org.tessaro.Tessaro.metainfo.xml" >/dev/null
-else
-    echo "appstreamcli is missing (package appstream): metainfo not checked"
-fi
+# validate PACKAGE COMMAND...: runs the validator, or says which package would bring it.
+validate() {
+    if command -v "$2" >/dev/null; then "${@:2}"
+    else echo "$2 is missing (package $1): ${*: -1} not checked"; fi
+}
+validate desktop-file-utils desktop-file-validate "$share/applications/org.tessaro.Tessaro.desktop"
+validate appstream appstreamcli validate --no-net "$share/metainfo/org.tessaro.Tessaro.metainfo.xml"
 echo "installed under $prefix: runs, records, finds faces, speaks German, finds its clips; desktop file and metainfo valid"

@@ -8,17 +8,15 @@
 #include "platform/av/PlayerLayer.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/Preferences.h"
-#include "platform/foundation/Strings.h"
 #include "platform/ui/ImageView.h"
 #include "platform/ui/Label.h"
 #include "platform/ui/PageControl.h"
 #include "platform/ui/Storyboard.h"
+#include "platform/ui/ViewAnimation.h"
 #include "platform/ui/Window.h"
 #include "playback/VideoContainerView.h"
 #include "tests/av/TestClip.h"
-#include "tests/ui/ProbeViewController.h"
 
-#include <QDir>
 #include <QPointer>
 #include <QTemporaryDir>
 #include <QTest>
@@ -39,11 +37,9 @@ QImage picture(const QIcon& icon) {
 class TutorialTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        foundation::Strings::install();
         clips = new QTemporaryDir;
-        for (const char* name : {"1", "2", "3", "4"})
-            ASSERT_TRUE(
-                writeTestClip(clips->filePath(QStringLiteral("%1.mov").arg(name)), 0.4, 90, 160));
+        for (const char* name : {"1.mov", "2.mov", "3.mov", "4.mov"})
+            ASSERT_TRUE(writeTestClip(clips->filePath(name), 0.4, 90, 160));
     }
     static void TearDownTestSuite() { delete clips; }
 
@@ -66,7 +62,6 @@ protected:
         qunsetenv("TESSARO_DATA_DIR");
     }
 
-    // Shows the tutorial and waits for its pages.
     void show() {
         window->setRootViewController(tutorial);
         window->makeKeyAndVisible();
@@ -79,61 +74,51 @@ protected:
         ASSERT_TRUE(QTest::qWaitFor([&] { return !tutorial->scrollView->isDecelerating(); }));
     }
 
-    static QTemporaryDir* clips;
+    static inline QTemporaryDir* clips = nullptr;
     QTemporaryDir work;
     AppDelegate delegate;
     QPointer<ui::Window> window = new ui::Window;
     QPointer<TutorialViewController> tutorial = new TutorialViewController;
 };
 
-QTemporaryDir* TutorialTest::clips = nullptr;
-
-// The pages are built on the first appearance only: covered and shown again, they stay.
-TEST_F(TutorialTest, StartsOnTheFirstCaptionWithFourPagesOfMutedClipsBuiltOnce) {
-    EXPECT_EQ(tutorial->texts.size(), 4);
+// The pages are built on the first appearance only: covered and shown again, they stay. The window
+// is portrait only while the tutorial is shown; the start button on the last page remembers the
+// tutorial and hands the window over (the launch table in AppDelegateTest shows it skipped then).
+TEST_F(TutorialTest, FourPagesOfMutedClipsWalkedToTheStartButton) {
+    ASSERT_EQ(tutorial->texts.size(), 4);
     for (const QString& text : tutorial->texts)
         EXPECT_FALSE(text.startsWith(QLatin1String("tutorial_"))) << "every caption has a text";
-
+    EXPECT_EQ(delegate.orientationLock(), ui::allOrientationsMask);
     show();
-    EXPECT_EQ(tutorial->infoLabel->text(), tutorial->texts.first());
-    EXPECT_TRUE(tutorial->startButton->isHidden());
-    EXPECT_TRUE(tutorial->zoomInOutImageView->isHidden());
+    EXPECT_EQ(delegate.orientationLock(), ui::portraitMask);
     EXPECT_EQ(tutorial->pageControl->numberOfPages(), 4);
-    EXPECT_EQ(tutorial->pageControl->currentPage(), 0);
     EXPECT_EQ(tutorial->scrollView->contentSize(), QSizeF(4 * phone.width(), 1.0));
-    ASSERT_EQ(tutorial->players().size(), 4);
-    for (av::Player* player : tutorial->players()) {
+    const QList<av::Player*> players = tutorial->players();
+    ASSERT_EQ(players.size(), 4);
+    for (av::Player* player : players) {
         EXPECT_TRUE(player->isMuted());
         EXPECT_EQ(player->rate(), 1.0f);
     }
-
-    const QList<av::Player*> first = tutorial->players();
     auto* cover = new ui::ViewController;
     tutorial->present(cover, false);
     ASSERT_TRUE(QTest::qWaitFor([&] { return !cover->isBeingPresented(); }));
     tutorial->dismiss(false);
     ASSERT_TRUE(QTest::qWaitFor([&] { return !tutorial->presentedViewController(); }));
     EXPECT_EQ(pageViews(), 4);
-    EXPECT_EQ(tutorial->players(), first);
-}
+    EXPECT_EQ(tutorial->players(), players);
 
-TEST_F(TutorialTest, EachPageShowsItsCaptionIconAndStartButton) {
-    show();
     const QImage zoomIn = picture(foundation::Bundle::main().image(QStringLiteral("ZoomIn")));
     const QImage zoomOut = picture(foundation::Bundle::main().image(QStringLiteral("ZoomOut")));
-    struct Row {
+    const struct {
         Qt::Key key;
         int page;
         const QImage* icon;
         bool startButton;
-    };
-    // Back from the last page too: the button goes again.
-    const std::vector<Row> rows{{Qt::Key_Right, 1, &zoomIn, false},
-                                {Qt::Key_Right, 2, &zoomOut, false},
-                                {Qt::Key_Right, 3, nullptr, true},
-                                {Qt::Key_Left, 2, &zoomOut, false},
-                                {Qt::Key_Home, 0, nullptr, false}};
-    for (const Row& row : rows) {
+    } rows[] = {{Qt::Key_Home, 0, nullptr, false},   {Qt::Key_Right, 1, &zoomIn, false},
+                {Qt::Key_Right, 2, &zoomOut, false}, {Qt::Key_Right, 3, nullptr, true},
+                {Qt::Key_Home, 0, nullptr, false},   {Qt::Key_End, 3, nullptr, true},
+                {Qt::Key_Left, 2, &zoomOut, false}}; // back from the last page: the button goes
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.page);
         pageWithKey(row.key);
         EXPECT_EQ(tutorial->scrollView->contentOffset().x(), row.page * phone.width());
@@ -145,89 +130,21 @@ TEST_F(TutorialTest, EachPageShowsItsCaptionIconAndStartButton) {
             EXPECT_EQ(picture(tutorial->zoomInOutImageView->image()), *row.icon);
         }
     }
-}
 
-TEST_F(TutorialTest, AResizedWindowKeepsThePageAndItsWholeWidth) {
-    show();
-    pageWithKey(Qt::Key_Right);
-    pageWithKey(Qt::Key_Right);
+    // Resized, the window keeps the page at its whole width.
     const QSize desktop(1280, 720);
     window->resize(desktop);
     ASSERT_TRUE(QTest::qWaitFor([&] { return tutorial->scrollView->width() == desktop.width(); }));
     EXPECT_EQ(tutorial->scrollView->contentOffset(), QPointF(2 * desktop.width(), 0));
     EXPECT_EQ(tutorial->scrollView->contentSize(), QSizeF(4 * desktop.width(), 1.0));
     EXPECT_EQ(tutorial->infoLabel->text(), tutorial->texts.at(2));
-    const QObjectList pages = tutorial->scrollView->contentView()->children();
-    ASSERT_EQ(pages.size(), 4);
-    auto* page = qobject_cast<VideoContainerView*>(pages.at(2));
+    auto* page =
+        qobject_cast<VideoContainerView*>(tutorial->scrollView->contentView()->children().at(2));
     ASSERT_TRUE(page && page->playerLayer());
     EXPECT_EQ(page->geometry(), QRect(QPoint(2 * desktop.width(), 0), desktop));
     // A portrait clip is shown whole in a landscape window, not cropped to the subject's chest.
     EXPECT_EQ(page->playerLayer()->videoGravity(), av::PlayerLayer::VideoGravity::resizeAspect);
-}
 
-TEST_F(TutorialTest, EveryClipLoopsOnItsOwn) {
-    show();
-    const QList<av::Player*> players = tutorial->players();
-    ASSERT_EQ(players.size(), 4);
-    ASSERT_TRUE(QTest::qWaitFor([&] {
-        return std::all_of(players.begin(), players.end(),
-                           [](av::Player* player) { return player->passes() >= 1; });
-    }));
-    // Paused clips stop going round while the others go on. A pass that was ending as the pause
-    // came may still be counted, so the count is taken once the others have gone round again.
-    players.at(1)->pause();
-    players.at(3)->pause();
-    const auto roundsOfTheOthers = [&](int passes) {
-        return QTest::qWaitFor(
-            [&] { return players.at(0)->passes() >= passes && players.at(2)->passes() >= passes; },
-            15000);
-    };
-    const int start = std::max(players.at(0)->passes(), players.at(2)->passes());
-    ASSERT_TRUE(roundsOfTheOthers(start + 1));
-    const int pausedPasses[] = {players.at(1)->passes(), players.at(3)->passes()};
-    EXPECT_TRUE(roundsOfTheOthers(start + 3));
-    EXPECT_EQ(players.at(1)->passes(), pausedPasses[0]);
-    EXPECT_EQ(players.at(3)->passes(), pausedPasses[1]);
-
-    // Played again, they go round once more: the pass the pause held back was not lost.
-    players.at(1)->play();
-    players.at(3)->play();
-    EXPECT_TRUE(QTest::qWaitFor(
-        [&] {
-            return players.at(1)->passes() > pausedPasses[0] &&
-                   players.at(3)->passes() > pausedPasses[1];
-        },
-        15000));
-}
-
-TEST_F(TutorialTest, AMissingClipStopsThePagesThereAndThePagerStaysPut) {
-    tutorial->videos[2] = QStringLiteral("absent");
-    testing::internal::CaptureStdout();
-    show();
-    const std::string printed = testing::internal::GetCapturedStdout();
-    EXPECT_NE(printed.find("\"video.m4v not found\"\n"), std::string::npos) << printed;
-    EXPECT_EQ(pageViews(), 2);
-    EXPECT_EQ(tutorial->scrollView->contentSize(), QSizeF());
-    EXPECT_EQ(tutorial->scrollView->delegate(), nullptr);
-
-    QTest::keyClick(tutorial->scrollView, Qt::Key_Right);
-    QTest::qWait(int(ui::ScrollView::pageGlideDuration * 1000) + 100);
-    EXPECT_EQ(tutorial->scrollView->contentOffset(), QPointF());
-    EXPECT_EQ(tutorial->infoLabel->text(), tutorial->texts.first());
-
-    // Esc still leaves for the recording screen, for good.
-    QTest::keyClick(tutorial->scrollView, Qt::Key_Escape);
-    EXPECT_STREQ(window->rootViewController()->metaObject()->className(), "CameraViewController");
-    EXPECT_TRUE(foundation::Preferences::standard().boolForKey(QStringLiteral("tutorialShowed")));
-}
-
-// Portrait only while it is shown; the start button remembers it and hands the window over (the
-// launch table in AppDelegateTest shows the remembered tutorial skipped).
-TEST_F(TutorialTest, StartRemembersTheTutorialAndHandsTheWindowToTheRecordingScreen) {
-    EXPECT_EQ(delegate.orientationLock(), ui::allOrientationsMask);
-    show();
-    EXPECT_EQ(delegate.orientationLock(), ui::portraitMask);
     pageWithKey(Qt::Key_End);
     ASSERT_TRUE(tutorial->startButton->isVisible());
     QTest::mouseClick(tutorial->startButton, Qt::LeftButton);
@@ -238,18 +155,119 @@ TEST_F(TutorialTest, StartRemembersTheTutorialAndHandsTheWindowToTheRecordingScr
     EXPECT_TRUE(QTest::qWaitFor([&] { return tutorial.isNull(); })) << "released with its players";
 }
 
-TEST_F(TutorialTest, StartWithoutAKeyWindowStillRemembersTheTutorial) {
-    // The key window closes; none is left.
+TEST_F(TutorialTest, EveryClipLoopsOnItsOwn) {
+    show();
+    const QList<av::Player*> players = tutorial->players();
+    ASSERT_EQ(players.size(), 4);
+    // Waits until the players at a and b have gone past those counts of passes.
+    const auto past = [&](int a, int b, int passesOfA, int passesOfB) {
+        return QTest::qWaitFor(
+            [&] { return players[a]->passes() > passesOfA && players[b]->passes() > passesOfB; },
+            15000);
+    };
+    ASSERT_TRUE(past(0, 2, 0, 0) && past(1, 3, 0, 0));
+    // Paused clips stop going round while the others go on. A pass that was ending as the pause
+    // came may still be counted, so the count is taken once the others have gone round again.
+    players[1]->pause();
+    players[3]->pause();
+    const int start = std::max(players[0]->passes(), players[2]->passes());
+    ASSERT_TRUE(past(0, 2, start, start));
+    const int paused[] = {players[1]->passes(), players[3]->passes()};
+    EXPECT_TRUE(past(0, 2, start + 2, start + 2));
+    EXPECT_EQ(players[1]->passes(), paused[0]);
+    EXPECT_EQ(players[3]->passes(), paused[1]);
+    // Played again, they go round once more: the pass the pause held back was not lost.
+    players[1]->play();
+    players[3]->play();
+    EXPECT_TRUE(past(1, 3, paused[0], paused[1]));
+}
+
+// A missing clip stops the pages there and the pager stays put. Esc remembers the tutorial even
+// when no window is key (the key window closed), and hands the window over once it is key.
+TEST_F(TutorialTest, AMissingClipStopsThePagesAndEscRemembersTheTutorialWithoutAKeyWindow) {
+    tutorial->videos[2] = QStringLiteral("absent");
     auto* other = new ui::Window;
     other->makeKeyAndVisible();
     delete other;
     ASSERT_EQ(ui::Window::keyWindow(), nullptr);
+    testing::internal::CaptureStdout();
     window->setRootViewController(tutorial);
     window->show();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return tutorial->firstRun; }));
-    tutorial->start(nullptr);
+    const bool shown = QTest::qWaitFor([&] { return tutorial->firstRun; });
+    const std::string printed = testing::internal::GetCapturedStdout();
+    ASSERT_TRUE(shown);
+    EXPECT_NE(printed.find("\"video.m4v not found\"\n"), std::string::npos) << printed;
+    EXPECT_EQ(pageViews(), 2);
+    EXPECT_EQ(tutorial->scrollView->contentSize(), QSizeF());
+    EXPECT_EQ(tutorial->scrollView->delegate(), nullptr);
+
+    QTest::keyClick(tutorial->scrollView, Qt::Key_Right);
+    QTest::qWait(int(ui::ScrollView::pageGlideDuration * 1000) + 100);
+    EXPECT_EQ(tutorial->scrollView->contentOffset(), QPointF());
+    EXPECT_EQ(tutorial->infoLabel->text(), tutorial->texts.first());
+
+    QTest::keyClick(tutorial->scrollView, Qt::Key_Escape);
     EXPECT_TRUE(foundation::Preferences::standard().boolForKey(QStringLiteral("tutorialShowed")));
     EXPECT_EQ(window->rootViewController(), tutorial);
+    window->makeKeyAndVisible();
+    QTest::keyClick(tutorial->scrollView, Qt::Key_Escape);
+    EXPECT_STREQ(window->rootViewController()->metaObject()->className(), "CameraViewController");
+}
+
+// A 200 × 50 button at (100, 100) in a shown window, its action counted.
+class ALButtonTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        window.resize(600, 400);
+        button = new ALButton(&window);
+        button->setGeometry(100, 100, 200, 50);
+        button->addTarget(
+            nullptr, [this](ui::Control*) { ++actions; }, ui::Control::touchUpInside);
+        window.show();
+    }
+
+    QWidget window;
+    ALButton* button = nullptr;
+    int actions = 0;
+};
+
+TEST_F(ALButtonTest, FadesWhileHeldAndComesBackWhenTheTouchLeavesOrEnds) {
+    const QPoint inside(100, 25);
+    // Beyond the tracking margin the platform gives a touch before it counts as outside.
+    const QPoint outside(100, 25 + ui::Control::defaultTrackingMargin + 60);
+    const struct {
+        const char* what;
+        std::function<void()> act;
+        qreal alpha;
+    } steps[] = {
+        {"down", [&] { QTest::mousePress(button, Qt::LeftButton, {}, inside); }, 0.4},
+        {"drag out", [&] { QTest::mouseMove(button, outside); }, 1.0},
+        {"drag in", [&] { QTest::mouseMove(button, inside); }, 0.4},
+        {"up inside", [&] { QTest::mouseRelease(button, Qt::LeftButton, {}, inside); }, 1.0},
+        {"down again", [&] { QTest::mousePress(button, Qt::LeftButton, {}, inside); }, 0.4},
+        {"up outside", [&] { QTest::mouseRelease(button, Qt::LeftButton, {}, outside); }, 1.0},
+        {"down for a cancel", [&] { QTest::mousePress(button, Qt::LeftButton, {}, inside); }, 0.4},
+        // An alert taking the pointer cancels the touch, as disabling the button does.
+        {"cancelled", [&] { button->setEnabled(false); }, 1.0},
+    };
+    for (const auto& step : steps) {
+        SCOPED_TRACE(step.what);
+        step.act();
+        EXPECT_DOUBLE_EQ(ui::ViewAnimation::alpha(button), step.alpha);
+        // Immediate, never animated.
+        EXPECT_FALSE(ui::ViewAnimation::isAnimating(button));
+    }
+    EXPECT_EQ(actions, 1) << "only the release inside is a tap";
+}
+
+TEST_F(ALButtonTest, HighlightingNeverDarkensTheImage) {
+    QPixmap red(24, 24);
+    red.fill(Qt::red);
+    button->setImage(QIcon(red));
+    button->setBackgroundColor(Qt::white);
+    const QImage normal = button->grab().toImage();
+    button->setHighlighted(true);
+    EXPECT_EQ(button->grab().toImage(), normal);
 }
 
 } // namespace

@@ -1,30 +1,25 @@
 #include <memory>
 #include <vector>
 
+#include <QElapsedTimer>
 #include <QPixmap>
-#include <QPointer>
 #include <QTest>
 #include <QTouchEvent>
 #include <gtest/gtest.h>
 
 #include "platform/ui/Button.h"
 #include "platform/ui/Slider.h"
-#include "tests/ui/ProbeViewController.h"
+#include "platform/ui/ViewAnimation.h"
 
 namespace ui::test {
 namespace {
 
 using Events = std::vector<unsigned>;
-constexpr unsigned down = Control::touchDown;
-constexpr unsigned downRepeat = Control::touchDownRepeat;
-constexpr unsigned dragInside = Control::touchDragInside;
-constexpr unsigned dragOutside = Control::touchDragOutside;
-constexpr unsigned dragEnter = Control::touchDragEnter;
-constexpr unsigned dragExit = Control::touchDragExit;
-constexpr unsigned upInside = Control::touchUpInside;
-constexpr unsigned upOutside = Control::touchUpOutside;
-constexpr unsigned cancel = Control::touchCancel;
-constexpr unsigned changed = Control::valueChanged;
+constexpr unsigned down = Control::touchDown, downRepeat = Control::touchDownRepeat,
+                   dragInside = Control::touchDragInside, dragOutside = Control::touchDragOutside,
+                   dragEnter = Control::touchDragEnter, dragExit = Control::touchDragExit,
+                   upInside = Control::touchUpInside, upOutside = Control::touchUpOutside,
+                   cancel = Control::touchCancel, changed = Control::valueChanged;
 
 // A 60 × 40 control at (100, 80) in a shown window; positions are in the control's coordinates.
 template <typename ControlType> class ControlFixture : public ::testing::Test {
@@ -49,7 +44,7 @@ protected:
 
 using ControlTest = ControlFixture<Control>;
 
-TEST_F(ControlTest, TapOrKeySendsDownThenUpInsideAndASecondTapRepeats) {
+TEST_F(ControlTest, TapsAndKeysSendDownThenUpInsideAndDragsCrossTheTrackingBoundsOnceEachWay) {
     press({30, 20});
     EXPECT_TRUE(control->isHighlighted());
     EXPECT_TRUE(control->isTracking());
@@ -70,9 +65,9 @@ TEST_F(ControlTest, TapOrKeySendsDownThenUpInsideAndASecondTapRepeats) {
     QTest::keyClick(control, Qt::Key_Return);
     QTest::keyClick(control, Qt::Key_A);
     EXPECT_EQ(events, Events({down, upInside, down, upInside}));
-}
 
-TEST_F(ControlTest, DraggingOutAndBackCrossesTheTrackingBoundsOnceEachWay) {
+    // Dragging out and back crosses the tracking bounds once each way.
+    events.clear();
     press({30, 20});
     move({50, 30});  // inside the rect
     move({125, 20}); // in the 70 px margin: still inside
@@ -96,7 +91,7 @@ TEST_F(ControlTest, DraggingOutAndBackCrossesTheTrackingBoundsOnceEachWay) {
     EXPECT_EQ(events, Events({down, dragExit, dragOutside, upOutside}));
 }
 
-TEST_F(ControlTest, LosingTheTouchMidTrackCancelsItAndADisabledControlSendsNothing) {
+TEST_F(ControlTest, LosingTheTouchMidTrackCancelsItEvenByItsOwnActionAndADisabledOneSendsNothing) {
     press({30, 20});
     control->hide();
     release({30, 20});
@@ -114,6 +109,16 @@ TEST_F(ControlTest, LosingTheTouchMidTrackCancelsItAndADisabledControlSendsNothi
     release({30, 20});
     QTest::keyClick(control, Qt::Key_Space);
     EXPECT_EQ(events, Events({down, cancel}));
+
+    // A close button whose action dismisses the screen it is on.
+    control->setEnabled(true);
+    events.clear();
+    control->addTarget(
+        nullptr, [](Control* sender) { sender->hide(); }, dragExit);
+    press({30, 20});
+    move({300, 20});
+    release({300, 20});
+    EXPECT_EQ(events, Events({down, dragExit, cancel}));
 }
 
 TEST_F(ControlTest, TouchScreenInputTracksLikeTheMouse) {
@@ -144,19 +149,16 @@ TEST_F(ControlTest, TouchScreenInputTracksLikeTheMouse) {
 
 TEST_F(ControlTest, TargetsReceiveTheirEventsUntilRemovedOrDestroyed) {
     std::vector<QString> calls;
+    auto note = [&calls](QString name) {
+        return [&calls, name](Control*) { calls.push_back(name); };
+    };
     auto receiver = std::make_unique<QObject>();
     QObject other;
+    control->addTarget(receiver.get(), note("receiver"), upInside | cancel);
     control->addTarget(
-        receiver.get(), [&](Control*) { calls.push_back("receiver"); }, upInside | cancel);
-    control->addTarget(
-        &other,
-        [&](Control* sender) {
-            EXPECT_EQ(sender, control);
-            calls.push_back("other");
-        },
+        &other, [&](Control* sender) { calls.push_back(sender == control ? "other" : "?"); },
         upInside);
-    control->addTarget(
-        nullptr, [&](Control*) { calls.push_back("unguarded"); }, down);
+    control->addTarget(nullptr, note("unguarded"), down);
     EXPECT_EQ(control->allControlEvents(), unsigned(down | upInside | cancel));
 
     control->sendActions(down | upInside);
@@ -170,25 +172,13 @@ TEST_F(ControlTest, TargetsReceiveTheirEventsUntilRemovedOrDestroyed) {
     EXPECT_EQ(control->allControlEvents(), unsigned(down));
 }
 
-TEST_F(ControlTest, AnActionMayHideItsControl) {
-    // A close button whose action dismisses the screen it is on.
-    control->addTarget(
-        nullptr, [](Control* sender) { sender->hide(); }, dragExit);
-    press({30, 20});
-    move({300, 20});
-    release({300, 20});
-    EXPECT_EQ(events, Events({down, dragExit, cancel}));
-}
-
 using ButtonTest = ControlFixture<Button>;
 
 TEST_F(ButtonTest, StatesWithoutTheirOwnValueFallBackToNormal) {
-    QPixmap red(16, 16);
+    QPixmap red(16, 16), blue(16, 16);
     red.fill(Qt::red);
-    QPixmap blue(16, 16);
     blue.fill(Qt::blue);
-    const QIcon normalImage(red);
-    const QIcon highlightedImage(blue);
+    const QIcon normalImage(red), highlightedImage(blue);
     control->setTitle("Record");
     control->setTitle("Stop", Control::selected);
     control->setImage(normalImage);
@@ -198,7 +188,6 @@ TEST_F(ButtonTest, StatesWithoutTheirOwnValueFallBackToNormal) {
     EXPECT_EQ(control->titleForState(Control::highlighted), "Record");
     EXPECT_EQ(control->titleForState(Control::highlighted | Control::selected), "Record");
     EXPECT_EQ(control->titleForState(Control::selected), "Stop");
-    EXPECT_EQ(control->titleColorForState(Control::normal), QColor(Qt::white));
     EXPECT_EQ(control->titleColorForState(Control::disabled), QColor(Qt::yellow));
     EXPECT_EQ(control->imageForState(Control::selected).cacheKey(), normalImage.cacheKey());
 
@@ -237,7 +226,7 @@ TEST_F(SliderTest, ValueStaysWithinTheRange) {
     EXPECT_TRUE(events.empty()) << "setting the value in code sends nothing";
 }
 
-TEST_F(SliderTest, DraggingTheThumbSendsValueChangedAsItMoves) {
+TEST_F(SliderTest, DraggingTheThumbOrPressingTheTrackSendsValueChangedAtOnceOrOnRelease) {
     control->setValue(1.5f);
     // Grabbed 4 px right of the thumb's centre: the thumb keeps that offset.
     press(at(1.5f) + QPoint(4, 0));
@@ -248,22 +237,130 @@ TEST_F(SliderTest, DraggingTheThumbSendsValueChangedAsItMoves) {
     release(at(3.5f));
     EXPECT_EQ(events, Events({down, changed, dragInside, changed, dragInside, upInside}));
     EXPECT_NEAR(control->thumbRect().center().x(), 214, 0.5);
-}
 
-TEST_F(SliderTest, PressingTheTrackMovesTheThumbThere) {
+    // Pressing the track moves the thumb there.
+    events.clear();
     press(at(2.5f));
     EXPECT_NEAR(control->value(), 2.5f, 0.011f);
     release(at(2.5f));
     EXPECT_EQ(events, Events({changed, down, upInside}));
-}
 
-TEST_F(SliderTest, ADiscontinuousSliderReportsOnceOnRelease) {
+    // A discontinuous slider reports once, on release.
+    events.clear();
     control->setContinuous(false);
     press(at(1.0f));
     move(at(1.5f));
     move(at(2.0f));
     release(at(2.0f));
     EXPECT_EQ(events, Events({down, dragInside, dragInside, changed, upInside}));
+}
+
+using A = ViewAnimation;
+
+class ViewAnimationTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        parent.resize(100, 100);
+        widget = new QWidget(&parent);
+        other = new QWidget(&parent);
+        parent.show();
+    }
+
+    // Notes each completion's finished flag.
+    std::function<void(bool)> recording() {
+        return [this](bool finished) { completions.push_back(finished); };
+    }
+
+    QWidget parent;
+    QWidget* widget = nullptr;
+    QWidget* other = nullptr;
+    std::vector<bool> completions;
+};
+
+TEST_F(ViewAnimationTest, InputPassesAtAlphaZeroAndIsBlockedWhileAnimatingUnlessAllowed) {
+    A::setAlpha(widget, 0.0);
+    EXPECT_DOUBLE_EQ(A::alpha(widget), 0.0);
+    EXPECT_TRUE(widget->testAttribute(Qt::WA_TransparentForMouseEvents));
+    A::setAlpha(widget, 0.4);
+    EXPECT_FALSE(widget->testAttribute(Qt::WA_TransparentForMouseEvents));
+    A::setAlpha(widget, 1.0);
+    EXPECT_EQ(widget->graphicsEffect(), nullptr);
+
+    // A widget that chose to let input through keeps its choice.
+    other->setAttribute(Qt::WA_TransparentForMouseEvents);
+    A::setAlpha(other, 0.0);
+    A::setAlpha(other, 1.0);
+    EXPECT_TRUE(other->testAttribute(Qt::WA_TransparentForMouseEvents));
+
+    // Input is blocked while animating unless allowed.
+    other->setAttribute(Qt::WA_TransparentForMouseEvents, false);
+    A::animate(1.0, [&] { A::setAlpha(widget, 0.5); });
+    A::animate(1.0, 0.0, A::allowUserInteraction, [&] { A::setAlpha(other, 0.5); });
+    EXPECT_TRUE(widget->testAttribute(Qt::WA_TransparentForMouseEvents));
+    EXPECT_FALSE(other->testAttribute(Qt::WA_TransparentForMouseEvents));
+    A::removeAllAnimations(widget);
+    EXPECT_FALSE(widget->testAttribute(Qt::WA_TransparentForMouseEvents));
+    A::removeAllAnimations(other);
+}
+
+TEST_F(ViewAnimationTest, RepeatingAutoreverseRunsUntilRemovedThenCompletesUnfinished) {
+    A::animate(
+        0.05, 0.0, A::repeat | A::autoreverse, [&] { A::setAlpha(widget, 0.0); }, recording());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return A::alpha(widget) < 0.2; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return A::alpha(widget) > 0.8; })) << "comes back up";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return A::alpha(widget) < 0.2; })) << "and goes down again";
+    EXPECT_TRUE(completions.empty());
+    EXPECT_TRUE(A::isAnimating(widget));
+
+    const qreal shown = A::alpha(widget);
+    A::removeAllAnimations(widget);
+    EXPECT_EQ(completions, std::vector<bool>{false});
+    EXPECT_FALSE(A::isAnimating(widget));
+    QTest::qWait(50);
+    EXPECT_DOUBLE_EQ(A::alpha(widget), shown) << "left where it was";
+    EXPECT_EQ(completions.size(), 1u);
+}
+
+TEST_F(ViewAnimationTest, DelayIsHonouredAndTheBlockCompletesOnceAllItsAnimationsEnd) {
+    QElapsedTimer clock;
+    clock.start();
+    A::animate(
+        0.1, 0.15, A::curveLinear,
+        [&] {
+            A::setAlpha(widget, 0.0);
+            A::setAlpha(other, 0.5);
+        },
+        recording());
+    QTest::qWait(100);
+    EXPECT_DOUBLE_EQ(A::alpha(widget), 1.0) << "nothing moves during the delay";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !completions.empty(); }));
+    EXPECT_GE(clock.elapsed(), 240);
+    EXPECT_EQ(completions, std::vector<bool>{true});
+    EXPECT_DOUBLE_EQ(A::alpha(widget), 0.0);
+    EXPECT_DOUBLE_EQ(A::alpha(other), 0.5);
+    EXPECT_TRUE(widget->testAttribute(Qt::WA_TransparentForMouseEvents));
+    QTest::qWait(50);
+    EXPECT_EQ(completions.size(), 1u);
+}
+
+TEST_F(ViewAnimationTest, ANewerAnimationOrAnExplicitAlphaStopsTheRunningOneAndNoneRunsForZero) {
+    A::animate(
+        1.0, [&] { A::setAlpha(widget, 0.0); }, recording());
+    A::animate(
+        1.0, [&] { A::setAlpha(widget, 0.5); }, recording());
+    EXPECT_EQ(completions, std::vector<bool>{false});
+    A::setAlpha(widget, 0.8);
+    EXPECT_EQ(completions, std::vector<bool>({false, false}));
+    EXPECT_DOUBLE_EQ(A::alpha(widget), 0.8);
+    EXPECT_FALSE(A::isAnimating(widget));
+
+    // No duration: applied at once, completed on the next turn.
+    A::animate(
+        0.0, [&] { A::setAlpha(widget, 0.3); }, recording());
+    EXPECT_DOUBLE_EQ(A::alpha(widget), 0.3);
+    EXPECT_EQ(completions.size(), 2u);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return completions.size() > 2; }));
+    EXPECT_EQ(completions.back(), true);
 }
 
 } // namespace
