@@ -1,24 +1,15 @@
 #include "capture/CKFPhotoSession.h"
 #include "capture/CKFPreviewView.h"
-#include "capture/CKFSessionDelegate.h"
-#include "platform/av/CaptureDevice.h"
-#include "platform/av/CaptureDeviceDiscoverySession.h"
-#include "platform/av/CaptureDeviceInput.h"
-#include "platform/av/CaptureSession.h"
-#include "platform/av/Gst.h"
 #include "platform/av/GstHandle.h"
-#include "platform/foundation/Device.h"
 
-#include <QBuffer>
-#include <QImageReader>
 #include <QTest>
-#include <gtest/gtest.h>
+
+#include "CaptureTest.h"
 
 namespace {
 
 using Position = CKFSession::CameraPosition;
 using Detection = CKFPhotoSession::CameraDetection;
-using Orientation = foundation::Device::Orientation;
 
 struct Delivery {
     int photos = 0;
@@ -51,17 +42,14 @@ std::vector<av::MetadataObject> faces(int count) {
     return objects;
 }
 
-class PhotoSessionTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        av::Gst::ensureInitialized();
-        av::CaptureDeviceDiscoverySession::setSystemDevicesEnabled(false);
-        foundation::Device::current().setOrientationForTesting(Orientation::portrait);
-    }
-    void TearDown() override {
-        foundation::Device::current().setOrientationForTesting(Orientation::unknown);
-    }
+QByteArray grayJpeg() {
+    QImage picture(64, 48, QImage::Format_RGB32);
+    picture.fill(Qt::gray);
+    return av::CapturePhoto::encodeJpeg(picture, 1, QDateTime());
+}
 
+class PhotoSessionTest : public CaptureTest {
+protected:
     // Captures one photo from the running session; false when no callback came.
     static bool take(CKFPhotoSession& session, Delivery& delivery) {
         const int before = delivery.photos + delivery.errors;
@@ -131,13 +119,7 @@ TEST_F(PhotoSessionTest, togglingSwapsCamerasAndClearsTheBoxes) {
 }
 
 TEST_F(PhotoSessionTest, zoomIsAppliedUnclampedAndAnnounced) {
-    struct Notices : QObject, CKFSessionDelegate {
-        std::vector<double> values;
-        void didChangeValue(CKFSession*, const QVariant& value, const QString& key) override {
-            EXPECT_EQ(key, QStringLiteral("zoom"));
-            values.push_back(value.toDouble());
-        }
-    } notices;
+    ZoomNotices notices;
     CKFPhotoSession session(Position::back, Detection::none);
     session.setDelegate(&notices);
     session.setZoom(2.5);
@@ -150,7 +132,7 @@ TEST_F(PhotoSessionTest, zoomIsAppliedUnclampedAndAnnounced) {
 
 // Both sizes, from the running virtual camera: the format, the orientation and the photo.
 TEST_F(PhotoSessionTest, resolutionChoosesFormatOrientationAndCrop) {
-    foundation::Device::current().setOrientationForTesting(Orientation::landscapeLeft);
+    orient(Orientation::landscapeLeft);
     CKFPhotoSession session(Position::back, Detection::none);
     av::CaptureDevice* camera = session.captureDeviceInput()->device();
     session.start();
@@ -213,11 +195,14 @@ TEST_F(PhotoSessionTest, flashLightsTheShotAndTheTorchGoesBack) {
     EXPECT_GT(centre(*lit.image), centre(*dark.image) + 10);
 }
 
+// A stopped session ends a capture in an error.
 TEST_F(PhotoSessionTest, eachCaptureEndsInOneCallbackAndASecondNoticeReachesNobody) {
     CKFPhotoSession session(Position::back, Detection::none);
-    QImage picture(64, 48, QImage::Format_RGB32);
-    picture.fill(Qt::gray);
-    const av::CapturePhoto good(av::CapturePhoto::encodeJpeg(picture, 1, QDateTime()), {});
+    Delivery stopped;
+    ASSERT_TRUE(take(session, stopped));
+    EXPECT_EQ(stopped.errors, 1);
+    EXPECT_EQ(stopped.photos, 0);
+    const av::CapturePhoto good(grayJpeg(), {});
     const struct {
         av::CapturePhoto photo;
         std::optional<av::Error> error;
@@ -252,9 +237,7 @@ TEST_F(PhotoSessionTest, eachCaptureEndsInOneCallbackAndASecondNoticeReachesNobo
 // The older notice carries samples: without the preview sample there is no data.
 TEST_F(PhotoSessionTest, theOlderNoticeNeedsBothSamples) {
     CKFPhotoSession session(Position::back, Detection::none);
-    QImage picture(64, 48, QImage::Format_RGB32);
-    picture.fill(Qt::gray);
-    const QByteArray jpeg = av::CapturePhoto::encodeJpeg(picture, 1, QDateTime());
+    const QByteArray jpeg = grayJpeg();
     const av::GstHandle<GstBuffer> bytes(
         gst_buffer_new_memdup(jpeg.constData(), gsize(jpeg.size())), av::GstRef::adopt);
     const av::GstHandle<GstCaps> caps(gst_caps_new_empty_simple("image/jpeg"), av::GstRef::adopt);
@@ -280,14 +263,6 @@ TEST_F(PhotoSessionTest, theOlderNoticeNeedsBothSamples) {
             EXPECT_EQ(delivery.image->cgImage().size(), QSize(64, 48));
         }
     }
-}
-
-TEST_F(PhotoSessionTest, aStoppedSessionEndsTheCaptureInAnError) {
-    CKFPhotoSession session(Position::back, Detection::none);
-    Delivery delivery;
-    ASSERT_TRUE(take(session, delivery));
-    EXPECT_EQ(delivery.errors, 1);
-    EXPECT_EQ(delivery.photos, 0);
 }
 
 // The virtual scene's subject, and the front camera's face, are found within a few detections,

@@ -1,59 +1,21 @@
 #include "capture/CKFVideoSession.h"
-#include "capture/CKFSessionDelegate.h"
-#include "platform/av/CaptureDevice.h"
-#include "platform/av/CaptureDeviceDiscoverySession.h"
-#include "platform/av/CaptureDeviceInput.h"
-#include "platform/av/CaptureSession.h"
-#include "platform/av/Gst.h"
-#include "platform/foundation/Device.h"
 
 #include <QFileInfo>
-#include <QTemporaryDir>
 #include <QTest>
 #include <functional>
-#include <gtest/gtest.h>
 
+#include "CaptureTest.h"
 #include "tests/FakeWebcam.h"
 #include "tests/MovieInfo.h"
 
 namespace {
 
-struct ZoomNotices : QObject, CKFSessionDelegate {
-    std::vector<double> values;
-    void didChangeValue(CKFSession*, const QVariant& value, const QString& key) override {
-        EXPECT_EQ(key, QStringLiteral("zoom"));
-        values.push_back(value.toDouble());
-    }
-};
-
-class VideoSessionTest : public ::testing::Test {
+class VideoSessionTest : public CaptureTest {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(documents.isValid());
-        qputenv("TESSARO_DOCUMENTS_DIR", documents.path().toUtf8());
-        av::Gst::ensureInitialized();
-        av::CaptureDeviceDiscoverySession::setSystemDevicesEnabled(false);
-        foundation::Device::current().setOrientationForTesting(
-            foundation::Device::Orientation::portrait);
-    }
-    void TearDown() override {
-        av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(true);
-        foundation::Device::current().setOrientationForTesting(
-            foundation::Device::Orientation::unknown);
-    }
-
-    av::CaptureDevice* camera(CKFVideoSession& session) const {
-        for (av::CaptureInput* input : session.session()->inputs())
-            if (auto* device = qobject_cast<av::CaptureDeviceInput*>(input))
-                if (device->device()->mediaType() == av::MediaType::video)
-                    return device->device();
-        return nullptr;
-    }
-
-    // Records for about `seconds` from the first frame, running meanwhile then, and returns the
-    // finished file, or an empty string.
+    // Records for about `seconds` from the first frame, then ends the recording by `end` (by a
+    // stop without one), and returns the finished file, or an empty string.
     QString recordClip(CKFVideoSession& session, double seconds,
-                       const std::function<void()>& meanwhile = {}) {
+                       const std::function<void()>& end = {}) {
         QString finished;
         bool failed = false;
         session.record(
@@ -61,15 +23,11 @@ protected:
             [&](const std::exception&) { failed = true; });
         if (!QTest::qWaitFor([&] { return session.movieFileOutput()->framesWritten() > 0; }, 10000))
             return {};
-        if (meanwhile)
-            meanwhile();
         QTest::qWait(int(seconds * 1000));
-        session.stopRecording();
+        end ? end() : session.stopRecording();
         EXPECT_TRUE(QTest::qWaitFor([&] { return !finished.isEmpty() || failed; }, 15000));
         return finished;
     }
-
-    QTemporaryDir documents;
 };
 
 TEST_F(VideoSessionTest, recordsAPlayableMovieToTheDefaultFileAndReplacesItNextTime) {
@@ -89,8 +47,7 @@ TEST_F(VideoSessionTest, recordsAPlayableMovieToTheDefaultFileAndReplacesItNextT
     EXPECT_GT(info.seconds, 0.8);
 
     // The device's orientation is read at each record: landscape left records landscape right.
-    foundation::Device::current().setOrientationForTesting(
-        foundation::Device::Orientation::landscapeLeft);
+    orient(Orientation::landscapeLeft);
     const qint64 firstSize = QFileInfo(first).size();
     const QString second = recordClip(session, 2.0);
     EXPECT_EQ(second, first);
@@ -162,9 +119,9 @@ TEST_F(VideoSessionTest, aStillPictureOrAShortLoopedClipRecordsAsTheBackCamera) 
         const QString source = documents.filePath(QString::fromLatin1(row.file));
         ASSERT_TRUE(av::Gst::runToEnd(row.writer + " ! filesink location=" + source.toUtf8(),
                                       std::chrono::seconds(20)));
-        av::CaptureDeviceDiscoverySession::setCameraSelection(QStringLiteral("file:") + source);
+        Discovery::setCameraSelection(QStringLiteral("file:") + source);
         CKFVideoSession session(CKFSession::CameraPosition::back);
-        av::CaptureDeviceDiscoverySession::setCameraSelection({});
+        Discovery::setCameraSelection({});
         EXPECT_EQ(camera(session)->uniqueID(), QStringLiteral("file:") + source);
         session.setWidth(1280, 720, 30);
         session.start();
@@ -185,16 +142,9 @@ TEST_F(VideoSessionTest, anUnpluggedCameraEndsTheRecordingPlayableAndTellsTheScr
     QObject::connect(&session, &CKFSession::deviceProblem,
                      [&](const QString& description) { problems << description; });
     session.start();
-    QString finished;
-    session.record(
-        std::nullopt, [&](const QUrl& url) { finished = url.toLocalFile(); },
-        [&](const std::exception&) { finished = QStringLiteral("failed"); });
-    ASSERT_TRUE(
-        QTest::qWaitFor([&] { return session.movieFileOutput()->framesWritten() > 0; }, 10000));
-    QTest::qWait(1000);
-
-    av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(camera(session)->uniqueID());
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !problems.isEmpty() && !finished.isEmpty(); }, 15000));
+    const QString finished = recordClip(
+        session, 1.0, [&] { Discovery::deviceRemovedForTesting(camera(session)->uniqueID()); });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !problems.isEmpty(); }, 15000));
     EXPECT_FALSE(session.session()->isRunning());
     EXPECT_FALSE(session.isRecording());
     ASSERT_EQ(finished, CKFVideoSession::defaultFileURL().toLocalFile());
@@ -214,7 +164,7 @@ TEST_F(VideoSessionTest, aRealCameraWithoutAMicrophoneRecordsPictureOnly) {
         makeFakeWebcam("Fake webcam",
                        "video/x-raw, format=I420, width=640, height=360, framerate=30/1"),
         av::GstRef::adopt);
-    av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam.get());
+    Discovery::deviceAddedForTesting(webcam.get());
     {
         CKFVideoSession session(CKFSession::CameraPosition::back);
         ASSERT_EQ(camera(session)->localizedName(), QStringLiteral("Fake webcam"));
@@ -226,11 +176,11 @@ TEST_F(VideoSessionTest, aRealCameraWithoutAMicrophoneRecordsPictureOnly) {
         EXPECT_TRUE(info.audioCodec.isEmpty()) << info.audioCodec.toStdString();
         EXPECT_GT(info.seconds, 0.8);
     }
-    av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(QStringLiteral("Fake webcam"));
+    Discovery::deviceRemovedForTesting(QStringLiteral("Fake webcam"));
 }
 
 TEST_F(VideoSessionTest, withoutACameraTheScreenIsToldAndZoomTorchAndFormatDoNothing) {
-    av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(false);
+    Discovery::setVirtualDevicesEnabled(false);
     CKFVideoSession session(CKFSession::CameraPosition::back);
     // Connected after making the session, as a screen does.
     QStringList problems;
@@ -262,7 +212,7 @@ TEST_F(VideoSessionTest, toggleSwitchesCamerasAndAFailedLookupKeepsTheOld) {
                      [&](const QString& why) { failed << why; });
     QObject::connect(&session, &CKFSession::deviceProblem,
                      [&](const QString& why) { problems << why; });
-    av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(false);
+    Discovery::setVirtualDevicesEnabled(false);
     session.togglePosition();
     EXPECT_EQ(session.cameraPosition(), CKFSession::CameraPosition::back);
     EXPECT_EQ(camera(session), back);
