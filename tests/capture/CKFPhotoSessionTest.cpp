@@ -8,7 +8,6 @@
 
 namespace {
 
-using Position = CKFSession::CameraPosition;
 using Detection = CKFPhotoSession::CameraDetection;
 
 struct Delivery {
@@ -167,9 +166,9 @@ TEST_F(PhotoSessionTest, flashLightsTheShotAndTheTorchGoesBack) {
     Delivery dark, automatic, lit;
     ASSERT_TRUE(take(session, dark));
     // The virtual street is bright: the automatic flash stays off.
-    session.setFlashMode(CKFSession::FlashMode::automatic);
+    session.setFlashMode(Flash::automatic);
     ASSERT_TRUE(take(session, automatic));
-    session.setFlashMode(CKFSession::FlashMode::on);
+    session.setFlashMode(Flash::on);
     ASSERT_TRUE(take(session, lit));
     ASSERT_TRUE(dark.image && lit.image);
     EXPECT_FALSE(dark.settings.isFlashEnabled);

@@ -1,6 +1,7 @@
 #include "capture/CKFVideoSession.h"
 
 #include <QFileInfo>
+#include <QSignalSpy>
 #include <QTest>
 #include <functional>
 
@@ -31,7 +32,7 @@ protected:
 };
 
 TEST_F(VideoSessionTest, recordsAPlayableMovieToTheDefaultFileAndReplacesItNextTime) {
-    CKFVideoSession session(CKFSession::CameraPosition::back);
+    CKFVideoSession session(Position::back);
     session.setWidth(1280, 720, 30); // the first format that fits is 1920×1080
     session.start();
     ASSERT_TRUE(session.session()->isRunning());
@@ -63,7 +64,7 @@ TEST_F(VideoSessionTest, recordsAPlayableMovieToTheDefaultFileAndReplacesItNextT
 }
 
 TEST_F(VideoSessionTest, oneRecordingFromTheRequestUntilItsCallback) {
-    CKFVideoSession session(CKFSession::CameraPosition::back);
+    CKFVideoSession session(Position::back);
     session.start();
     QStringList first, second;
     const auto record = [&](QStringList& calls) {
@@ -120,7 +121,7 @@ TEST_F(VideoSessionTest, aStillPictureOrAShortLoopedClipRecordsAsTheBackCamera) 
         ASSERT_TRUE(av::Gst::runToEnd(row.writer + " ! filesink location=" + source.toUtf8(),
                                       std::chrono::seconds(20)));
         Discovery::setCameraSelection(QStringLiteral("file:") + source);
-        CKFVideoSession session(CKFSession::CameraPosition::back);
+        CKFVideoSession session(Position::back);
         Discovery::setCameraSelection({});
         EXPECT_EQ(camera(session)->uniqueID(), QStringLiteral("file:") + source);
         session.setWidth(1280, 720, 30);
@@ -137,25 +138,23 @@ TEST_F(VideoSessionTest, aStillPictureOrAShortLoopedClipRecordsAsTheBackCamera) 
 }
 
 TEST_F(VideoSessionTest, anUnpluggedCameraEndsTheRecordingPlayableAndTellsTheScreen) {
-    CKFVideoSession session(CKFSession::CameraPosition::back);
-    QStringList problems;
-    QObject::connect(&session, &CKFSession::deviceProblem,
-                     [&](const QString& description) { problems << description; });
+    CKFVideoSession session(Position::back);
+    QSignalSpy problems(&session, &CKFSession::deviceProblem);
     session.start();
     const QString finished = recordClip(
         session, 1.0, [&] { Discovery::deviceRemovedForTesting(camera(session)->uniqueID()); });
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !problems.isEmpty(); }, 15000));
+    ASSERT_TRUE(!problems.isEmpty() || problems.wait(15000));
     EXPECT_FALSE(session.session()->isRunning());
     EXPECT_FALSE(session.isRecording());
     ASSERT_EQ(finished, CKFVideoSession::defaultFileURL().toLocalFile());
     EXPECT_EQ(inspectMovie(finished).videoCodec, QStringLiteral("video/x-h264"));
     EXPECT_GT(inspectMovie(finished).seconds, 0.8);
-    EXPECT_EQ(problems.size(), 1);
-    EXPECT_TRUE(problems.front().contains(QStringLiteral("disconnected")))
-        << problems.front().toStdString();
+    ASSERT_EQ(problems.size(), 1);
+    const QString problem = problems.front().front().toString();
+    EXPECT_TRUE(problem.contains(QStringLiteral("disconnected"))) << problem.toStdString();
 
     // The next session finds the camera again, as a new device.
-    CKFVideoSession next(CKFSession::CameraPosition::back);
+    CKFVideoSession next(Position::back);
     EXPECT_TRUE(camera(next)->isConnected());
 }
 
@@ -166,7 +165,7 @@ TEST_F(VideoSessionTest, aRealCameraWithoutAMicrophoneRecordsPictureOnly) {
         av::GstRef::adopt);
     Discovery::deviceAddedForTesting(webcam.get());
     {
-        CKFVideoSession session(CKFSession::CameraPosition::back);
+        CKFVideoSession session(Position::back);
         ASSERT_EQ(camera(session)->localizedName(), QStringLiteral("Fake webcam"));
         session.start();
         const QString clip = recordClip(session, 1.0);
@@ -179,50 +178,44 @@ TEST_F(VideoSessionTest, aRealCameraWithoutAMicrophoneRecordsPictureOnly) {
     Discovery::deviceRemovedForTesting(QStringLiteral("Fake webcam"));
 }
 
-TEST_F(VideoSessionTest, withoutACameraTheScreenIsToldAndZoomTorchAndFormatDoNothing) {
-    Discovery::setVirtualDevicesEnabled(false);
-    CKFVideoSession session(CKFSession::CameraPosition::back);
-    // Connected after making the session, as a screen does.
-    QStringList problems;
-    QObject::connect(&session, &CKFSession::deviceProblem,
-                     [&](const QString& description) { problems << description; });
-    ZoomNotices notices;
-    session.setDelegate(&notices);
-    session.setZoom(2.0);
-    session.setFlashMode(CKFSession::FlashMode::on);
-    session.setWidth(1920, 1080, 30);
-    EXPECT_EQ(session.zoom(), 2.0);
-    EXPECT_TRUE(notices.values.empty());
-    EXPECT_EQ(camera(session), nullptr);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !problems.isEmpty(); }, 1000));
-    EXPECT_EQ(problems, QStringList{CKFError::captureDeviceNotFound().localizedDescription()});
-}
-
-TEST_F(VideoSessionTest, toggleSwitchesCamerasAndAFailedLookupKeepsTheOld) {
-    CKFVideoSession session(CKFSession::CameraPosition::front);
+TEST_F(VideoSessionTest, toggleSwitchesCamerasAndWithoutACameraNothingChanges) {
+    CKFVideoSession session(Position::front);
     EXPECT_EQ(camera(session)->position(), av::DevicePosition::front);
     session.togglePosition();
-    EXPECT_EQ(session.cameraPosition(), CKFSession::CameraPosition::back);
+    EXPECT_EQ(session.cameraPosition(), Position::back);
     av::CaptureDevice* back = camera(session);
     EXPECT_EQ(back->position(), av::DevicePosition::back);
 
     // A failed switch keeps the camera and the position, and says so once, as a failed switch.
-    QStringList failed, problems;
-    QObject::connect(&session, &CKFVideoSession::switchFailed,
-                     [&](const QString& why) { failed << why; });
-    QObject::connect(&session, &CKFSession::deviceProblem,
-                     [&](const QString& why) { problems << why; });
+    QSignalSpy failed(&session, &CKFVideoSession::switchFailed);
+    QSignalSpy problems(&session, &CKFSession::deviceProblem);
     Discovery::setVirtualDevicesEnabled(false);
     session.togglePosition();
-    EXPECT_EQ(session.cameraPosition(), CKFSession::CameraPosition::back);
+    EXPECT_EQ(session.cameraPosition(), Position::back);
     EXPECT_EQ(camera(session), back);
     EXPECT_EQ(failed.size(), 1);
     QTest::qWait(10);
     EXPECT_TRUE(problems.isEmpty());
+
+    // A session without a camera tells the screen, connected after making it as a screen does,
+    // and its zoom, torch and format reach nothing.
+    CKFVideoSession none(Position::back);
+    QSignalSpy noCamera(&none, &CKFSession::deviceProblem);
+    ZoomNotices notices;
+    none.setDelegate(&notices);
+    none.setZoom(2.0);
+    none.setFlashMode(Flash::on);
+    none.setWidth(1920, 1080, 30);
+    EXPECT_EQ(none.zoom(), 2.0);
+    EXPECT_TRUE(notices.values.empty());
+    EXPECT_EQ(camera(none), nullptr);
+    ASSERT_TRUE(!noCamera.isEmpty() || noCamera.wait(1000));
+    ASSERT_EQ(noCamera.size(), 1);
+    EXPECT_EQ(noCamera.front().front(), CKFError::captureDeviceNotFound().localizedDescription());
 }
 
 TEST_F(VideoSessionTest, zoomTorchAndFormatReachTheCameraWhereItCanTakeThem) {
-    CKFVideoSession back(CKFSession::CameraPosition::back);
+    CKFVideoSession back(Position::back);
     ZoomNotices notices;
     back.setDelegate(&notices);
     back.setZoom(3.0);
@@ -231,12 +224,12 @@ TEST_F(VideoSessionTest, zoomTorchAndFormatReachTheCameraWhereItCanTakeThem) {
     EXPECT_EQ(device->videoZoomFactor(), 1.25);
     EXPECT_EQ(notices.values, (std::vector<double>{3.0, 1.25}));
 
-    back.setFlashMode(CKFSession::FlashMode::on);
+    back.setFlashMode(Flash::on);
     EXPECT_EQ(device->torchMode(), av::CaptureDevice::TorchMode::on);
-    back.setFlashMode(CKFSession::FlashMode::off);
-    CKFVideoSession front(CKFSession::CameraPosition::front);
-    front.setFlashMode(CKFSession::FlashMode::on);
-    EXPECT_EQ(front.flashMode(), CKFSession::FlashMode::on);
+    back.setFlashMode(Flash::off);
+    CKFVideoSession front(Position::front);
+    front.setFlashMode(Flash::on);
+    EXPECT_EQ(front.flashMode(), Flash::on);
     EXPECT_EQ(camera(front)->torchMode(), av::CaptureDevice::TorchMode::off);
 
     back.setWidth(3840, 2160, 30);

@@ -18,6 +18,8 @@
 
 using Discovery = av::CaptureDeviceDiscoverySession;
 using Orientation = foundation::Device::Orientation;
+using Position = CKFSession::CameraPosition;
+using Flash = CKFSession::FlashMode;
 
 // The zooms a session announced to its delegate.
 struct ZoomNotices : QObject, CKFSessionDelegate {
