@@ -57,25 +57,9 @@ protected:
     }
 };
 
-TEST_F(PhotoSessionTest, detectionChangesRebuildTheMetadataOutputOnlyOnAChange) {
-    CKFPhotoSession session(Position::back, Detection::faces);
-    av::CaptureMetadataOutput* metadata = session.metadataOutput();
-    ASSERT_TRUE(metadata);
-    EXPECT_EQ(metadata->metadataObjectTypes(), QStringList{av::MetadataObject::typeFace});
-    session.didOutputMetadataObjects(metadata, faces(2));
-    ASSERT_EQ(session.faceDetectionBoxes().size(), 2u);
-
-    session.setCameraDetection(Detection::faces);
-    EXPECT_EQ(session.metadataOutput(), metadata);
-    EXPECT_EQ(session.faceDetectionBoxes().size(), 2u);
-
-    session.setCameraDetection(Detection::none);
-    EXPECT_EQ(session.metadataOutput(), nullptr);
-    EXPECT_TRUE(session.faceDetectionBoxes().empty());
-    EXPECT_EQ(session.session()->outputs().size(), 1u); // the photo output alone
-}
-
-TEST_F(PhotoSessionTest, threeFacesThenOneKeepsTheFirstBox) {
+// Three faces then one keep the first box; a change of detection rebuilds the metadata output,
+// and only a change does.
+TEST_F(PhotoSessionTest, threeFacesThenOneKeepsTheFirstBoxAndDetectionChangesRebuild) {
     for (const bool withOverlay : {true, false}) {
         SCOPED_TRACE(withOverlay ? "overlay" : "no overlay");
         QWidget overlay;
@@ -84,7 +68,10 @@ TEST_F(PhotoSessionTest, threeFacesThenOneKeepsTheFirstBox) {
         CKFPhotoSession session(Position::back, Detection::faces);
         if (withOverlay)
             session.setOverlayView(&overlay);
-        session.didOutputMetadataObjects(session.metadataOutput(), faces(3));
+        av::CaptureMetadataOutput* metadata = session.metadataOutput();
+        ASSERT_TRUE(metadata);
+        EXPECT_EQ(metadata->metadataObjectTypes(), QStringList{av::MetadataObject::typeFace});
+        session.didOutputMetadataObjects(metadata, faces(3));
         ASSERT_EQ(session.faceDetectionBoxes().size(), 3u);
         for (const QPointer<ui::View>& box : session.faceDetectionBoxes()) {
             ASSERT_TRUE(box);
@@ -95,45 +82,50 @@ TEST_F(PhotoSessionTest, threeFacesThenOneKeepsTheFirstBox) {
         }
         QPointer<ui::View> first = session.faceDetectionBoxes().front();
         QPointer<ui::View> last = session.faceDetectionBoxes().back();
-        session.didOutputMetadataObjects(session.metadataOutput(), faces(1));
+        session.didOutputMetadataObjects(metadata, faces(1));
         ASSERT_EQ(session.faceDetectionBoxes().size(), 1u);
         EXPECT_EQ(session.faceDetectionBoxes().front(), first);
         EXPECT_FALSE(last);
         EXPECT_EQ(overlay.findChildren<ui::View*>().size(), withOverlay ? 1 : 0);
+
+        session.setCameraDetection(Detection::faces);
+        EXPECT_EQ(session.metadataOutput(), metadata);
+        EXPECT_EQ(session.faceDetectionBoxes().size(), 1u);
+        session.setCameraDetection(Detection::none);
+        EXPECT_EQ(session.metadataOutput(), nullptr);
+        EXPECT_TRUE(session.faceDetectionBoxes().empty());
+        EXPECT_EQ(session.session()->outputs().size(), 1u); // the photo output alone
     }
 }
 
-TEST_F(PhotoSessionTest, togglingSwapsCamerasAndClearsTheBoxes) {
+// The back camera takes the zoom unclamped, and it is announced.
+TEST_F(PhotoSessionTest, togglingSwapsCamerasAndClearsTheBoxesAndZoomReachesTheCamera) {
     CKFPhotoSession session(Position::front, Detection::faces);
-    ASSERT_TRUE(session.captureDeviceInput());
-    EXPECT_EQ(session.captureDeviceInput()->device()->position(), av::DevicePosition::front);
+    ASSERT_TRUE(camera(session));
+    EXPECT_EQ(camera(session)->position(), av::DevicePosition::front);
     session.didOutputMetadataObjects(session.metadataOutput(), faces(1));
     session.togglePosition();
     EXPECT_EQ(session.cameraPosition(), Position::back);
-    EXPECT_EQ(session.captureDeviceInput()->device()->position(), av::DevicePosition::back);
+    EXPECT_EQ(camera(session)->position(), av::DevicePosition::back);
     EXPECT_TRUE(session.faceDetectionBoxes().empty());
-    session.togglePosition();
-    EXPECT_EQ(session.cameraPosition(), Position::front);
-    EXPECT_EQ(session.session()->inputs().size(), 1u);
-}
-
-TEST_F(PhotoSessionTest, zoomIsAppliedUnclampedAndAnnounced) {
     ZoomNotices notices;
-    CKFPhotoSession session(Position::back, Detection::none);
     session.setDelegate(&notices);
     session.setZoom(2.5);
     session.setZoom(40);
-    EXPECT_EQ(session.captureDeviceInput()->device()->videoZoomFactor(), 40);
+    EXPECT_EQ(camera(session)->videoZoomFactor(), 40);
     EXPECT_EQ(notices.values, (std::vector<double>{2.5, 40}));
     // The camera keeps its zoom for the rest of the process.
     session.setZoom(1);
+    session.togglePosition();
+    EXPECT_EQ(session.cameraPosition(), Position::front);
+    EXPECT_EQ(session.session()->inputs().size(), 1u);
 }
 
 // Both sizes, from the running virtual camera: the format, the orientation and the photo.
 TEST_F(PhotoSessionTest, resolutionChoosesFormatOrientationAndCrop) {
     orient(Orientation::landscapeLeft);
     CKFPhotoSession session(Position::back, Detection::none);
-    av::CaptureDevice* camera = session.captureDeviceInput()->device();
+    av::CaptureDevice* device = camera(session);
     session.start();
     Delivery delivery;
 
@@ -147,8 +139,8 @@ TEST_F(PhotoSessionTest, resolutionChoosesFormatOrientationAndCrop) {
     EXPECT_EQ(delivery.settings.photoDimensions, QSize(1920, 1080));
 
     session.setResolution(QSizeF(1920, 1080));
-    EXPECT_GE(camera->activeFormat().width, 1920);
-    EXPECT_GE(camera->activeFormat().height, 1080);
+    EXPECT_GE(device->activeFormat().width, 1920);
+    EXPECT_GE(device->activeFormat().height, 1080);
     ASSERT_TRUE(take(session, delivery));
     ASSERT_EQ(delivery.photos, 2) << delivery.error.toStdString();
     EXPECT_EQ(
@@ -161,7 +153,7 @@ TEST_F(PhotoSessionTest, resolutionChoosesFormatOrientationAndCrop) {
 
 TEST_F(PhotoSessionTest, flashLightsTheShotAndTheTorchGoesBack) {
     CKFPhotoSession session(Position::back, Detection::none);
-    av::CaptureDevice* camera = session.captureDeviceInput()->device();
+    av::CaptureDevice* device = camera(session);
     session.start();
     Delivery dark, automatic, lit;
     ASSERT_TRUE(take(session, dark));
@@ -174,7 +166,7 @@ TEST_F(PhotoSessionTest, flashLightsTheShotAndTheTorchGoesBack) {
     EXPECT_FALSE(dark.settings.isFlashEnabled);
     EXPECT_FALSE(automatic.settings.isFlashEnabled);
     EXPECT_TRUE(lit.settings.isFlashEnabled);
-    EXPECT_EQ(camera->torchMode(), av::CaptureDevice::TorchMode::off);
+    EXPECT_EQ(device->torchMode(), av::CaptureDevice::TorchMode::off);
     // Two flash photos at once share the light, and the torch still goes back off.
     Delivery overlapping;
     session.capture(overlapping.onPhoto(), overlapping.onError());
@@ -182,7 +174,7 @@ TEST_F(PhotoSessionTest, flashLightsTheShotAndTheTorchGoesBack) {
     ASSERT_TRUE(QTest::qWaitFor(
         [&] { return session.photoOutput()->pendingPhotos() == 0 && overlapping.photos == 1; },
         15000));
-    EXPECT_EQ(camera->torchMode(), av::CaptureDevice::TorchMode::off);
+    EXPECT_EQ(device->torchMode(), av::CaptureDevice::TorchMode::off);
     // The torch lights the near subject: its jacket is brighter.
     const auto centre = [](const ui::Image& image) {
         const QImage& pixels = image.cgImage();

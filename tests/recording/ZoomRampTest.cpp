@@ -36,6 +36,10 @@ struct RampCase {
     float first, last, lastTolerance;
 };
 
+void PrintTo(const RampCase& row, std::ostream* out) {
+    *out << row.name;
+}
+
 class ZoomRampCases : public ::testing::TestWithParam<RampCase> {};
 
 // The seconds left turn over every hundred ticks, down to 0 for a last tick past the duration.
