@@ -27,35 +27,30 @@ TEST(CKFSessionFormatChoice, firstQualifyingFormatInDeviceOrder) {
     const struct {
         const char* camera;
         std::vector<av::CaptureDeviceFormat> formats;
-        qint64 fps;
-        int chosenWidth; // 0: none
+        std::vector<std::pair<qint64, int>> chosenWidthAtRate; // 0: none
     } rows[] = {
         {"4K listed before 1080p",
          {format(1280, 720, {{1, 60}}), format(3840, 2160, {{1, 60}}),
           format(1920, 1080, {{1, 60}})},
-         60,
-         3840},
-        {"slow", {format(1920, 1080, {{1, 30}})}, 60, 0},
-        {"slow", {format(1920, 1080, {{1, 30}})}, 30, 1920},
+         {{60, 3840}}},
+        {"slow", {format(1920, 1080, {{1, 30}})}, {{60, 0}, {30, 1920}}},
         // Ranges are inclusive at both ends.
-        {"3 to 60", {format(1920, 1080, {{3, 60}})}, 3, 1920},
-        {"3 to 60", {format(1920, 1080, {{3, 60}})}, 60, 1920},
-        {"3 to 60", {format(1920, 1080, {{3, 60}})}, 2, 0},
-        {"3 to 60", {format(1920, 1080, {{3, 60}})}, 61, 0},
+        {"3 to 60", {format(1920, 1080, {{3, 60}})}, {{3, 1920}, {60, 1920}, {2, 0}, {61, 0}}},
         // 59.94 truncates to 59, so it does not serve 60; a second range of the same format can.
-        {"NTSC", {format(1920, 1080, {{2.5, 59.94}})}, 60, 0},
-        {"NTSC", {format(1920, 1080, {{2.5, 59.94}})}, 2, 1920},
-        {"two ranges", {format(1920, 1080, {{1, 30}, {60, 60}})}, 60, 1920},
-        {"a line short", {format(1920, 1079, {{1, 60}}), format(1919, 1080, {{1, 60}})}, 30, 0},
-        {"no formats", {}, 30, 0},
-        {"no ranges", {format(3840, 2160, {})}, 30, 0},
+        {"NTSC", {format(1920, 1080, {{2.5, 59.94}})}, {{60, 0}, {2, 1920}}},
+        {"two ranges", {format(1920, 1080, {{1, 30}, {60, 60}})}, {{60, 1920}}},
+        {"a line short", {format(1920, 1079, {{1, 60}}), format(1919, 1080, {{1, 60}})}, {{30, 0}}},
+        {"no formats", {}, {{30, 0}}},
+        {"no ranges", {format(3840, 2160, {})}, {{30, 0}}},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(std::string(row.camera) + " at " + std::to_string(row.fps));
         ListedCamera camera(row.formats);
         av::CaptureDeviceInput input(&camera);
-        const auto chosen = CKFSession::deviceInputFormat(input, 1920, 1080, row.fps);
-        EXPECT_EQ(chosen ? chosen->width : 0, row.chosenWidth);
+        for (const auto& [fps, width] : row.chosenWidthAtRate) {
+            SCOPED_TRACE(std::string(row.camera) + " at " + std::to_string(fps));
+            const auto chosen = CKFSession::deviceInputFormat(input, 1920, 1080, fps);
+            EXPECT_EQ(chosen ? chosen->width : 0, width);
+        }
     }
 }
 
