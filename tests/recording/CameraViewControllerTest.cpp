@@ -157,11 +157,9 @@ TEST_F(CameraViewControllerTest, FirstStartAndAnOddZoomModeShowTheDefaultsAndThe
     EXPECT_EQ(screen->cameraInfoLabel->text(), localized("cam_zoom_out"));
     EXPECT_DOUBLE_EQ(screen->videoSession()->zoom(), 1.0);
 
-    const std::pair<CKFSession::FlashMode, const char*> flashes[] = {
-        {CKFSession::FlashMode::on, "Flash"},
-        {CKFSession::FlashMode::off, "FlashD"},
-        {CKFSession::FlashMode::automatic, "FlashA"},
-    };
+    using Flash = CKFSession::FlashMode;
+    const std::pair<Flash, const char*> flashes[] = {
+        {Flash::on, "Flash"}, {Flash::off, "FlashD"}, {Flash::automatic, "FlashA"}};
     for (const auto& [mode, icon] : flashes) {
         screen->flashButton->sendActions(ui::Control::touchUpInside);
         EXPECT_EQ(screen->videoSession()->flashMode(), mode);
