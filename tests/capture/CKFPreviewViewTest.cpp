@@ -169,9 +169,17 @@ TEST_F(PreviewViewTest, twoFingersSpreadOnATouchScreenPinch) {
     EXPECT_TRUE(probe->focusPoints.empty());
 }
 
+// The grid over the picture is made once, follows the view and lets clicks through.
 TEST_F(PreviewViewTest, aClickOrATouchFocusesWhereItLandsButADragDoesNot) {
     view.setShowGrid(true);
+    CKFGridView* grid = view.gridView();
+    ASSERT_NE(grid, nullptr);
     showProbed(300, 600);
+    EXPECT_TRUE(grid->isVisible());
+    view.setShowGrid(true);
+    EXPECT_EQ(view.gridView(), grid);
+    EXPECT_EQ(view.findChildren<CKFGridView*>().size(), 1);
+    EXPECT_EQ(grid->geometry(), QRect(0, 0, 300, 600));
     QCoreApplication::processEvents();
 
     // Through the window, so the grid on top has to let the click through.
@@ -195,6 +203,15 @@ TEST_F(PreviewViewTest, aClickOrATouchFocusesWhereItLandsButADragDoesNot) {
     ASSERT_EQ(probe->focusPoints.size(), 2u);
     EXPECT_NEAR(probe->focusPoints[1].x(), 0.5, 1e-9);
     EXPECT_NEAR(probe->focusPoints[1].y(), 0.5, 1e-9);
+
+    view.resize(600, 300);
+    EXPECT_EQ(grid->geometry(), QRect(0, 0, 600, 300));
+    view.setShowGrid(false);
+    EXPECT_EQ(view.gridView(), nullptr);
+    EXPECT_TRUE(view.findChildren<CKFGridView*>().isEmpty());
+    view.setShowGrid(false);
+    view.setShowGrid(true);
+    EXPECT_EQ(view.findChildren<CKFGridView*>().size(), 1);
 }
 
 TEST_F(PreviewViewTest, thePointOfInterestUndoesTheFillAndTheTurn) {
@@ -248,9 +265,7 @@ TEST_F(PreviewViewTest, rebindingStopsTheOldSessionAndStartsTheNewOneOnItsOwnLay
     EXPECT_FALSE(first->session()->isRunning());
     EXPECT_TRUE(second->session()->isRunning());
     EXPECT_TRUE(firstLayer.isNull());
-    EXPECT_EQ(std::count(first->session()->outputs().begin(), first->session()->outputs().end(),
-                         firstOutput),
-              0);
+    EXPECT_EQ(std::ranges::count(first->session()->outputs(), firstOutput), 0);
     ASSERT_NE(view.previewLayer(), nullptr);
     EXPECT_EQ(view.previewLayer()->session(), second->session());
     EXPECT_EQ(second->previewLayer(), view.previewLayer());
@@ -276,26 +291,6 @@ TEST_F(PreviewViewTest, theViewMayGoWhileItsSessionRunsOn) {
     EXPECT_TRUE(output.isNull());
     QTest::qWait(300);
     EXPECT_TRUE(session->session()->isRunning());
-}
-
-TEST_F(PreviewViewTest, theGridIsMadeOnceAndFollowsTheView) {
-    showProbed(300, 600);
-    view.setShowGrid(true);
-    CKFGridView* grid = view.gridView();
-    ASSERT_NE(grid, nullptr);
-    view.setShowGrid(true);
-    EXPECT_EQ(view.gridView(), grid);
-    EXPECT_EQ(view.findChildren<CKFGridView*>().size(), 1);
-    EXPECT_EQ(grid->geometry(), QRect(0, 0, 300, 600));
-    view.resize(600, 300);
-    EXPECT_EQ(grid->geometry(), QRect(0, 0, 600, 300));
-
-    view.setShowGrid(false);
-    EXPECT_EQ(view.gridView(), nullptr);
-    EXPECT_TRUE(view.findChildren<CKFGridView*>().isEmpty());
-    view.setShowGrid(false);
-    view.setShowGrid(true);
-    EXPECT_EQ(view.findChildren<CKFGridView*>().size(), 1);
 }
 
 TEST_F(PreviewViewTest, autorotateOffHoldsPortraitAndOnFollowsTheDevice) {
