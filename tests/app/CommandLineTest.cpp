@@ -2,7 +2,6 @@
 #include "tests/MovieInfo.h"
 
 #include <QDate>
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -11,7 +10,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
-#include <QThread>
+#include <QTest>
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -184,13 +183,10 @@ TEST(CommandLine, recordLeavesAPlayableClipWhateverEndsIt) {
         start(process, words("record --duration 10 --camera virtual --output") << clip,
               folder.path());
         // Pictures are going in once the file outgrows the header space saved at its front.
-        QDeadlineTimer deadline(30000);
-        while (QFileInfo(clip).size() < 2'000'000 && !deadline.hasExpired() &&
-               process.state() != QProcess::NotRunning)
-            QThread::msleep(50);
-        ASSERT_GE(QFileInfo(clip).size(), 2'000'000) << process.readAll().toStdString();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return QFileInfo(clip).size() >= 2'000'000; }, 30000))
+            << process.readAll().toStdString();
         // The header is rewritten every second.
-        QThread::msleep(1500);
+        QTest::qWait(1500);
         ::kill(pid_t(process.processId()), signal);
         ASSERT_TRUE(process.waitForFinished(30000));
         const QString out = QString::fromUtf8(process.readAll());
