@@ -2,122 +2,104 @@
 #include "tests/MovieInfo.h"
 
 #include <QDate>
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
-#include <QThread>
-
 #include <QImage>
 #include <QImageReader>
 #include <QProcess>
-#include <QProcessEnvironment>
+#include <QRegularExpression>
 #include <QTemporaryDir>
-#include <QUrl>
+#include <QTest>
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <optional>
 #include <unistd.h>
-#include <utility>
 
 namespace {
+
+using Variables = QList<std::pair<QString, QString>>;
 
 struct Result {
     int exitCode;
     QString out;
 };
 
-// Runs the real program as a user would, without any display.
-Result runTessaro(const QStringList& arguments,
-                  const QList<std::pair<QString, QString>>& variables = {}) {
-    QTemporaryDir config;
+QStringList words(const char* line) {
+    return QString::fromUtf8(line).split(u' ', Qt::SkipEmptyParts);
+}
+
+// Starts the real program as a user would, without any display and with settings in config.
+void start(QProcess& process, const QStringList& arguments, const QString& config,
+           const Variables& variables = {}) {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
         environment.remove(QString::fromLatin1(name));
     for (const auto& [name, value] : variables)
         environment.insert(name, value);
-    environment.insert(QStringLiteral("TESSARO_CONFIG_DIR"), config.path());
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(TESSARO_BINARY), arguments);
-    EXPECT_TRUE(process.waitForFinished(30000));
-    return {process.exitCode(),
-            QString::fromUtf8(process.readAllStandardOutput() + process.readAllStandardError())};
-}
-
-// Starts `tessaro record` on the virtual camera into clip, for a test that watches it run.
-void startRecording(QProcess& process, const QTemporaryDir& folder, const QString& clip,
-                    int seconds) {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("TESSARO_CONFIG_DIR"), folder.path());
+    environment.insert(QStringLiteral("TESSARO_CONFIG_DIR"), config);
     process.setProcessEnvironment(environment);
     process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral(TESSARO_BINARY),
-                  {QStringLiteral("record"), QStringLiteral("--duration"), QString::number(seconds),
-                   QStringLiteral("--camera"), QStringLiteral("virtual"),
-                   QStringLiteral("--output"), clip});
+    process.start(QStringLiteral(TESSARO_BINARY), arguments);
 }
 
-// Each answer works without a display, and says what it is about.
+Result runTessaro(const QStringList& arguments, const Variables& variables = {}) {
+    QTemporaryDir config;
+    QProcess process;
+    start(process, arguments, config.path(), variables);
+    EXPECT_TRUE(process.waitForFinished(30000));
+    return {process.exitCode(), QString::fromUtf8(process.readAll())};
+}
+
+// A command line refused as a whole: it exits with 2 and says what it refuses.
+void expectRefused(const QStringList& arguments, const char* says) {
+    SCOPED_TRACE(arguments.join(u' ').toStdString());
+    const Result result = runTessaro(arguments);
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(result.out.contains(QString::fromUtf8(says))) << result.out.toStdString();
+}
+
+// Each answer works without a display and says what it is about. A German desktop gets German
+// texts, and the command line reads numbers with a decimal point, as scripts write them, or with
+// a decimal comma, as a German user types them.
 TEST(CommandLine, answersWithoutADisplay) {
+    const Variables german = {{QStringLiteral("LANGUAGE"), QStringLiteral("de")},
+                              {QStringLiteral("LC_ALL"), QStringLiteral("de_DE.UTF-8")}};
     const struct {
-        QStringList arguments;
+        const char* line;
         int exitCode;
-        QString says;
+        std::vector<const char*> says;
+        bool german = false;
     } rows[] = {
-        {{QStringLiteral("--help")}, 0, QStringLiteral("--camera")},
-        {{QStringLiteral("--version")}, 0, QStringLiteral(TESSARO_VERSION)},
-        {{}, 2, QStringLiteral("needs a display")},
-        {{QStringLiteral("--no-such-option")}, 1, QStringLiteral("no-such-option")},
+        {"--help", 0, {"--camera"}},
+        {"--version", 0, {TESSARO_VERSION}},
+        {"", 2, {"needs a display"}},
+        {"--no-such-option", 1, {"no-such-option"}},
+        // The virtual cameras are always there to choose.
+        {"--list-cameras",
+         0,
+         {"Virtual back camera — back — --camera virtual", "Virtual front camera — front",
+          "3840×2160", "1–60 fps", "Microphones:", "Virtual microphone"}},
+        {"--screenshot no-such-screen unknown.png", 2, {"preview", "preview-landscape", "grid"}},
+        {"--help", 0, {"Mit der Kamera NAME aufnehmen"}, true},
+        {"--list-cameras", 0, {"Virtuelle Rückkamera — hinten"}, true},
+        {"record --zoom 99.5", 2, {"--zoom nimmt"}, true},
+        {"record --zoom 99,5", 2, {"--zoom nimmt"}, true},
     };
     for (const auto& row : rows) {
-        const Result result = runTessaro(row.arguments);
+        SCOPED_TRACE(row.line);
+        const Result result = runTessaro(words(row.line), row.german ? german : Variables());
         EXPECT_EQ(result.exitCode, row.exitCode) << result.out.toStdString();
-        EXPECT_TRUE(result.out.contains(row.says)) << result.out.toStdString();
-    }
-}
-
-TEST(CommandLine, listCamerasNamesEachCameraWithItsFormatsAndPositionWithoutADisplay) {
-    const Result result = runTessaro({QStringLiteral("--list-cameras")});
-    EXPECT_EQ(result.exitCode, 0);
-    // The virtual cameras are always there to choose.
-    for (const char* expected :
-         {"Virtual back camera — back — --camera virtual", "Virtual front camera — front",
-          "3840×2160", "1–60 fps", "Microphones:", "Virtual microphone"})
-        EXPECT_TRUE(result.out.contains(QString::fromUtf8(expected))) << expected << "\n"
+        for (const char* says : row.says)
+            EXPECT_TRUE(result.out.contains(QString::fromUtf8(says))) << says << "\n"
                                                                       << result.out.toStdString();
-}
-
-// A German desktop gets German texts from the program and its command line, and the command line
-// still reads numbers with a decimal point, as scripts write them.
-TEST(CommandLine, speaksGermanOnAGermanDesktopAndReadsNumbersAlike) {
-    const QList<std::pair<QString, QString>> german = {
-        {QStringLiteral("LANGUAGE"), QStringLiteral("de")},
-        {QStringLiteral("LC_ALL"), QStringLiteral("de_DE.UTF-8")}};
-    const Result help = runTessaro({QStringLiteral("--help")}, german);
-    EXPECT_TRUE(help.out.contains(QStringLiteral("Mit der Kamera NAME aufnehmen")))
-        << help.out.toStdString();
-    const Result cameras = runTessaro({QStringLiteral("--list-cameras")}, german);
-    EXPECT_TRUE(cameras.out.contains(QString::fromUtf8("Virtuelle Rückkamera — hinten")))
-        << cameras.out.toStdString();
-    const Result tooFar = runTessaro(
-        {QStringLiteral("record"), QStringLiteral("--zoom"), QStringLiteral("99.5")}, german);
-    EXPECT_EQ(tooFar.exitCode, 2);
-    EXPECT_TRUE(tooFar.out.contains(QStringLiteral("--zoom nimmt"))) << tooFar.out.toStdString();
-    // A decimal comma, as a German user types it, reads as the same number.
-    const Result comma = runTessaro(
-        {QStringLiteral("record"), QStringLiteral("--zoom"), QStringLiteral("99,5")}, german);
-    EXPECT_EQ(comma.exitCode, 2);
-    EXPECT_TRUE(comma.out.contains(QStringLiteral("--zoom nimmt"))) << comma.out.toStdString();
+    }
 }
 
 TEST(CommandLine, screenshotsAreDrawnOffscreenFromTheVirtualCamera) {
     QTemporaryDir folder;
     const QString file = folder.filePath(QStringLiteral("preview.png"));
-    const Result shot =
-        runTessaro({QStringLiteral("--screenshot"), QStringLiteral("preview"), file});
+    const Result shot = runTessaro(words("--screenshot preview") << file);
     EXPECT_EQ(shot.exitCode, 0) << shot.out.toStdString();
     EXPECT_TRUE(shot.out.contains(file)) << shot.out.toStdString();
     const QImage image(file);
@@ -125,24 +107,6 @@ TEST(CommandLine, screenshotsAreDrawnOffscreenFromTheVirtualCamera) {
     // The camera's picture fills the view: no black bars.
     for (const QPoint point : {QPoint(195, 2), QPoint(195, 841), QPoint(2, 422)})
         EXPECT_NE(image.pixelColor(point), QColor(Qt::black)) << point.x() << "," << point.y();
-
-    const Result unknown =
-        runTessaro({QStringLiteral("--screenshot"), QStringLiteral("no-such-screen"), file});
-    EXPECT_EQ(unknown.exitCode, 2);
-    for (const char* name : {"preview", "preview-landscape", "grid"})
-        EXPECT_TRUE(unknown.out.contains(QLatin1String(name))) << unknown.out.toStdString();
-}
-
-// The zooms of a "  NAME  3.000× on the first frame, 1.000× on the last" line.
-std::optional<std::pair<double, double>> firstAndLastZoom(const QString& out, const char* name) {
-    const QRegularExpression line(QStringLiteral("^  %1 +([0-9.]+)× on the first frame, ([0-9.]+)× "
-                                                 "on the last$")
-                                      .arg(QLatin1String(name)),
-                                  QRegularExpression::MultilineOption);
-    const QRegularExpressionMatch match = line.match(out);
-    if (!match.hasMatch())
-        return std::nullopt;
-    return std::make_pair(match.captured(1).toDouble(), match.captured(2).toDouble());
 }
 
 TEST(CommandLine, recordMakesAClipOfTheRampsLengthWithASheetBesideIt) {
@@ -150,9 +114,7 @@ TEST(CommandLine, recordMakesAClipOfTheRampsLengthWithASheetBesideIt) {
     // A missing folder is created; the decimal comma reads like a point.
     const QString clip = folder.filePath(QStringLiteral("new folder/clip.mov"));
     const Result result =
-        runTessaro({QStringLiteral("record"), QStringLiteral("--duration"), QStringLiteral("2"),
-                    QStringLiteral("--zoom"), QStringLiteral("3,0"), QStringLiteral("--camera"),
-                    QStringLiteral("virtual"), QStringLiteral("--output"), clip});
+        runTessaro(words("record --duration 2 --zoom 3,0 --camera virtual --output") << clip);
     ASSERT_EQ(result.exitCode, 0) << result.out.toStdString();
     EXPECT_TRUE(result.out.contains(clip)) << result.out.toStdString();
     // The ramp's clock starts with the first frame, so that frame shows the start zoom within
@@ -162,12 +124,16 @@ TEST(CommandLine, recordMakesAClipOfTheRampsLengthWithASheetBesideIt) {
     // thousandths.
     const double tickOfRamp = 2.0 / 2 / 100 + 0.005;
     const double frameOfRamp = 2.0 / 2 / 30 + 0.005;
-    for (const char* line : {"zoom", "pixels"}) {
-        SCOPED_TRACE(line);
-        const std::optional<std::pair<double, double>> zooms = firstAndLastZoom(result.out, line);
-        ASSERT_TRUE(zooms) << result.out.toStdString();
-        EXPECT_NEAR(zooms->first, 3.0, tickOfRamp);
-        EXPECT_NEAR(zooms->second, 1.0, frameOfRamp);
+    for (const char* name : {"zoom", "pixels"}) {
+        const QRegularExpressionMatch zooms =
+            QRegularExpression(
+                QStringLiteral("^  %1 +([0-9.]+)× on the first frame, ([0-9.]+)× on the last$")
+                    .arg(QLatin1String(name)),
+                QRegularExpression::MultilineOption)
+                .match(result.out);
+        ASSERT_TRUE(zooms.hasMatch()) << name << "\n" << result.out.toStdString();
+        EXPECT_NEAR(zooms.captured(1).toDouble(), 3.0, tickOfRamp) << name;
+        EXPECT_NEAR(zooms.captured(2).toDouble(), 1.0, frameOfRamp) << name;
     }
 
     const MovieInfo movie = inspectMovie(clip);
@@ -179,39 +145,29 @@ TEST(CommandLine, recordMakesAClipOfTheRampsLengthWithASheetBesideIt) {
     EXPECT_GT(sheet.width(), 4 * sheet.height()) << "five frames side by side";
 
     // The clip is never replaced, and nothing is recorded for bad options.
-    const Result again = runTessaro({QStringLiteral("record"), QStringLiteral("--camera"),
-                                     QStringLiteral("virtual"), QStringLiteral("--output"), clip});
-    EXPECT_EQ(again.exitCode, 2);
-    EXPECT_TRUE(again.out.contains(QStringLiteral("exists"))) << again.out.toStdString();
+    expectRefused(words("record --camera virtual --output") << clip, "exists");
     const QString empty = folder.filePath(QStringLiteral("empty.png"));
     QFile(empty).open(QIODevice::WriteOnly);
-    const QString refusedClip = folder.filePath(QStringLiteral("refused.mov"));
     const struct {
         QStringList arguments;
         const char* says;
-    } bad[] = {
-        {{QStringLiteral("--duration"), QStringLiteral("16")}, "--duration"},
-        {{QStringLiteral("--duration"), QStringLiteral("2.5")}, "--duration"},
-        {{QStringLiteral("--zoom"), QStringLiteral("0.9")}, "--zoom"},
-        {{QStringLiteral("--zoom"), QStringLiteral("many")}, "--zoom"},
-        {{QStringLiteral("--format"), QStringLiteral("8k")}, "--format"},
+    } refused[] = {
+        {words("--duration 16"), "--duration"},
+        {words("--duration 2.5"), "--duration"},
+        {words("--zoom 0.9"), "--zoom"},
+        {words("--zoom many"), "--zoom"},
+        {words("--format 8k"), "--format"},
         // The highest zoom depends on the format, however the options are ordered.
-        {{QStringLiteral("--zoom"), QStringLiteral("10")}, "to 4 at HD"},
-        {{QStringLiteral("--zoom"), QStringLiteral("9"), QStringLiteral("--format"),
-          QStringLiteral("4k")},
-         "to 8 at 4K"},
-        {{QStringLiteral("--camera"), QStringLiteral("file:") + empty}, "is empty"},
+        {words("--zoom 10"), "to 4 at HD"},
+        {words("--zoom 9 --format 4k"), "to 8 at 4K"},
+        {words("--camera") << QStringLiteral("file:") + empty, "is empty"},
         // A script can tell, and learns what is there.
-        {{QStringLiteral("--camera"), QStringLiteral("No Such Camera")},
-         "no camera “No Such Camera”"},
-        {{QStringLiteral("--camera"), QStringLiteral("/dev/no-such-video")}, "--camera virtual"},
+        {words("--camera") << QStringLiteral("No Such Camera"), "no camera “No Such Camera”"},
+        {words("--camera /dev/no-such-video"), "--camera virtual"},
     };
-    for (const auto& row : bad) {
-        SCOPED_TRACE(row.arguments.join(' ').toStdString());
-        const Result refused = runTessaro(QStringList{QStringLiteral("record")} + row.arguments +
-                                          QStringList{QStringLiteral("--output"), refusedClip});
-        EXPECT_EQ(refused.exitCode, 2);
-        EXPECT_TRUE(refused.out.contains(QString::fromUtf8(row.says))) << refused.out.toStdString();
+    const QString refusedClip = folder.filePath(QStringLiteral("refused.mov"));
+    for (const auto& row : refused) {
+        expectRefused(words("record") + row.arguments + words("--output") << refusedClip, row.says);
         EXPECT_FALSE(QFile::exists(refusedClip));
     }
 }
@@ -224,15 +180,13 @@ TEST(CommandLine, recordLeavesAPlayableClipWhateverEndsIt) {
         QTemporaryDir folder;
         const QString clip = folder.filePath(QStringLiteral("clip.mov"));
         QProcess process;
-        startRecording(process, folder, clip, 10);
+        start(process, words("record --duration 10 --camera virtual --output") << clip,
+              folder.path());
         // Pictures are going in once the file outgrows the header space saved at its front.
-        QDeadlineTimer deadline(30000);
-        while (QFileInfo(clip).size() < 2'000'000 && !deadline.hasExpired() &&
-               process.state() != QProcess::NotRunning)
-            QThread::msleep(50);
-        ASSERT_GE(QFileInfo(clip).size(), 2'000'000) << process.readAll().toStdString();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return QFileInfo(clip).size() >= 2'000'000; }, 30000))
+            << process.readAll().toStdString();
         // The header is rewritten every second.
-        QThread::msleep(1500);
+        QTest::qWait(1500);
         ::kill(pid_t(process.processId()), signal);
         ASSERT_TRUE(process.waitForFinished(30000));
         const QString out = QString::fromUtf8(process.readAll());
@@ -254,11 +208,8 @@ TEST(CommandLine, recordLeavesAPlayableClipWhateverEndsIt) {
 TEST(CommandLine, photoTakesOneStillAtTheAskedSizeWithItsFacesAndKeepsTheRules) {
     QTemporaryDir folder;
     const QString photo = folder.filePath(QStringLiteral("new folder/still.jpg"));
-    const QStringList asked{QStringLiteral("photo"),     QStringLiteral("--camera"),
-                            QStringLiteral("virtual"),   QStringLiteral("--resolution"),
-                            QStringLiteral("1080x1920"), QStringLiteral("--zoom"),
-                            QStringLiteral("1,5"),       QStringLiteral("--faces"),
-                            QStringLiteral("--output"),  photo};
+    const QStringList asked =
+        words("photo --camera virtual --resolution 1080x1920 --zoom 1,5 --faces --output") << photo;
     const QDate before = QDate::currentDate();
     const Result result = runTessaro(asked);
     const QDate after = QDate::currentDate();
@@ -280,9 +231,7 @@ TEST(CommandLine, photoTakesOneStillAtTheAskedSizeWithItsFacesAndKeepsTheRules) 
     // The EXIF segment leads, with the day the photo was taken.
     const QByteArray head = file.read(4096);
     EXPECT_TRUE(head.mid(0, 16).contains("Exif"));
-    const auto day = [](QDate date) {
-        return date.toString(QStringLiteral("yyyy:MM:dd")).toLatin1();
-    };
+    const auto day = [](QDate date) { return date.toString(u"yyyy:MM:dd").toLatin1(); };
     EXPECT_TRUE(head.contains(day(before)) || head.contains(day(after)));
 
     // The face at 1.5× zoom stays where the subject stands: the middle of the picture, high up.
@@ -295,24 +244,11 @@ TEST(CommandLine, photoTakesOneStillAtTheAskedSizeWithItsFacesAndKeepsTheRules) 
     EXPECT_TRUE(box.contains(QPointF(0.5, 0.3))) << result.out.toStdString();
 
     // Never replaced; a wrong command line changes nothing and says why.
-    const struct {
-        QStringList arguments;
-        QString says;
-    } refused[] = {
-        {asked, QStringLiteral("exists already")},
-        {{QStringLiteral("photo"), QStringLiteral("--resolution"), QStringLiteral("1080x")},
-         QStringLiteral("--resolution takes")},
-        {{QStringLiteral("photo"), QStringLiteral("--resolution"), QStringLiteral("0x10")},
-         QStringLiteral("--resolution takes")},
-        {{QStringLiteral("photo"), QStringLiteral("--zoom"), QStringLiteral("10,5")},
-         QStringLiteral("--zoom takes")},
-        {{QStringLiteral("photo"), QStringLiteral("now")}, QStringLiteral("options only")},
-    };
-    for (const auto& row : refused) {
-        const Result again = runTessaro(row.arguments);
-        EXPECT_EQ(again.exitCode, 2) << again.out.toStdString();
-        EXPECT_TRUE(again.out.contains(row.says)) << again.out.toStdString();
-    }
+    expectRefused(asked, "exists already");
+    for (const char* line : {"photo --resolution 1080x", "photo --resolution 0x10"})
+        expectRefused(words(line), "--resolution takes");
+    expectRefused(words("photo --zoom 10,5"), "--zoom takes");
+    expectRefused(words("photo now"), "options only");
     EXPECT_EQ(QImageReader(photo).size(), QSize(1920, 1080));
     EXPECT_EQ(QDir(folder.filePath(QStringLiteral("new folder"))).entryList(QDir::Files),
               QStringList{QStringLiteral("still.jpg")});
@@ -322,10 +258,8 @@ TEST(CommandLine, photoTakesOneStillAtTheAskedSizeWithItsFacesAndKeepsTheRules) 
 TEST(CommandLine, photoWithoutAFaceModelSaysSoAndTakesThePhoto) {
     QTemporaryDir folder;
     const QString photo = folder.filePath(QStringLiteral("still.jpg"));
-    const Result result =
-        runTessaro({QStringLiteral("photo"), QStringLiteral("--camera"), QStringLiteral("virtual"),
-                    QStringLiteral("--faces"), QStringLiteral("--output"), photo},
-                   {{QStringLiteral("TESSARO_FACE_MODEL_DIR"), folder.path()}});
+    const Result result = runTessaro(words("photo --camera virtual --faces --output") << photo,
+                                     {{QStringLiteral("TESSARO_FACE_MODEL_DIR"), folder.path()}});
     EXPECT_EQ(result.exitCode, 0) << result.out.toStdString();
     EXPECT_TRUE(result.out.contains(QStringLiteral("no face model"))) << result.out.toStdString();
     EXPECT_FALSE(QImageReader(photo).size().isEmpty());

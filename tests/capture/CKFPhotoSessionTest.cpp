@@ -1,24 +1,14 @@
 #include "capture/CKFPhotoSession.h"
 #include "capture/CKFPreviewView.h"
-#include "capture/CKFSessionDelegate.h"
-#include "platform/av/CaptureDevice.h"
-#include "platform/av/CaptureDeviceDiscoverySession.h"
-#include "platform/av/CaptureDeviceInput.h"
-#include "platform/av/CaptureSession.h"
-#include "platform/av/Gst.h"
 #include "platform/av/GstHandle.h"
-#include "platform/foundation/Device.h"
 
-#include <QBuffer>
-#include <QImageReader>
 #include <QTest>
-#include <gtest/gtest.h>
+
+#include "CaptureTest.h"
 
 namespace {
 
-using Position = CKFSession::CameraPosition;
 using Detection = CKFPhotoSession::CameraDetection;
-using Orientation = foundation::Device::Orientation;
 
 struct Delivery {
     int photos = 0;
@@ -51,17 +41,14 @@ std::vector<av::MetadataObject> faces(int count) {
     return objects;
 }
 
-class PhotoSessionTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        av::Gst::ensureInitialized();
-        av::CaptureDeviceDiscoverySession::setSystemDevicesEnabled(false);
-        foundation::Device::current().setOrientationForTesting(Orientation::portrait);
-    }
-    void TearDown() override {
-        foundation::Device::current().setOrientationForTesting(Orientation::unknown);
-    }
+QByteArray grayJpeg() {
+    QImage picture(64, 48, QImage::Format_RGB32);
+    picture.fill(Qt::gray);
+    return av::CapturePhoto::encodeJpeg(picture, 1, QDateTime());
+}
 
+class PhotoSessionTest : public CaptureTest {
+protected:
     // Captures one photo from the running session; false when no callback came.
     static bool take(CKFPhotoSession& session, Delivery& delivery) {
         const int before = delivery.photos + delivery.errors;
@@ -70,25 +57,9 @@ protected:
     }
 };
 
-TEST_F(PhotoSessionTest, detectionChangesRebuildTheMetadataOutputOnlyOnAChange) {
-    CKFPhotoSession session(Position::back, Detection::faces);
-    av::CaptureMetadataOutput* metadata = session.metadataOutput();
-    ASSERT_TRUE(metadata);
-    EXPECT_EQ(metadata->metadataObjectTypes(), QStringList{av::MetadataObject::typeFace});
-    session.didOutputMetadataObjects(metadata, faces(2));
-    ASSERT_EQ(session.faceDetectionBoxes().size(), 2u);
-
-    session.setCameraDetection(Detection::faces);
-    EXPECT_EQ(session.metadataOutput(), metadata);
-    EXPECT_EQ(session.faceDetectionBoxes().size(), 2u);
-
-    session.setCameraDetection(Detection::none);
-    EXPECT_EQ(session.metadataOutput(), nullptr);
-    EXPECT_TRUE(session.faceDetectionBoxes().empty());
-    EXPECT_EQ(session.session()->outputs().size(), 1u); // the photo output alone
-}
-
-TEST_F(PhotoSessionTest, threeFacesThenOneKeepsTheFirstBox) {
+// Three faces then one keep the first box; a change of detection rebuilds the metadata output,
+// and only a change does.
+TEST_F(PhotoSessionTest, threeFacesThenOneKeepsTheFirstBoxAndDetectionChangesRebuild) {
     for (const bool withOverlay : {true, false}) {
         SCOPED_TRACE(withOverlay ? "overlay" : "no overlay");
         QWidget overlay;
@@ -97,7 +68,10 @@ TEST_F(PhotoSessionTest, threeFacesThenOneKeepsTheFirstBox) {
         CKFPhotoSession session(Position::back, Detection::faces);
         if (withOverlay)
             session.setOverlayView(&overlay);
-        session.didOutputMetadataObjects(session.metadataOutput(), faces(3));
+        av::CaptureMetadataOutput* metadata = session.metadataOutput();
+        ASSERT_TRUE(metadata);
+        EXPECT_EQ(metadata->metadataObjectTypes(), QStringList{av::MetadataObject::typeFace});
+        session.didOutputMetadataObjects(metadata, faces(3));
         ASSERT_EQ(session.faceDetectionBoxes().size(), 3u);
         for (const QPointer<ui::View>& box : session.faceDetectionBoxes()) {
             ASSERT_TRUE(box);
@@ -108,51 +82,50 @@ TEST_F(PhotoSessionTest, threeFacesThenOneKeepsTheFirstBox) {
         }
         QPointer<ui::View> first = session.faceDetectionBoxes().front();
         QPointer<ui::View> last = session.faceDetectionBoxes().back();
-        session.didOutputMetadataObjects(session.metadataOutput(), faces(1));
+        session.didOutputMetadataObjects(metadata, faces(1));
         ASSERT_EQ(session.faceDetectionBoxes().size(), 1u);
         EXPECT_EQ(session.faceDetectionBoxes().front(), first);
         EXPECT_FALSE(last);
         EXPECT_EQ(overlay.findChildren<ui::View*>().size(), withOverlay ? 1 : 0);
+
+        session.setCameraDetection(Detection::faces);
+        EXPECT_EQ(session.metadataOutput(), metadata);
+        EXPECT_EQ(session.faceDetectionBoxes().size(), 1u);
+        session.setCameraDetection(Detection::none);
+        EXPECT_EQ(session.metadataOutput(), nullptr);
+        EXPECT_TRUE(session.faceDetectionBoxes().empty());
+        EXPECT_EQ(session.session()->outputs().size(), 1u); // the photo output alone
     }
 }
 
-TEST_F(PhotoSessionTest, togglingSwapsCamerasAndClearsTheBoxes) {
+// The back camera takes the zoom unclamped, and it is announced.
+TEST_F(PhotoSessionTest, togglingSwapsCamerasAndClearsTheBoxesAndZoomReachesTheCamera) {
     CKFPhotoSession session(Position::front, Detection::faces);
-    ASSERT_TRUE(session.captureDeviceInput());
-    EXPECT_EQ(session.captureDeviceInput()->device()->position(), av::DevicePosition::front);
+    ASSERT_TRUE(camera(session));
+    EXPECT_EQ(camera(session)->position(), av::DevicePosition::front);
     session.didOutputMetadataObjects(session.metadataOutput(), faces(1));
     session.togglePosition();
     EXPECT_EQ(session.cameraPosition(), Position::back);
-    EXPECT_EQ(session.captureDeviceInput()->device()->position(), av::DevicePosition::back);
+    EXPECT_EQ(camera(session)->position(), av::DevicePosition::back);
     EXPECT_TRUE(session.faceDetectionBoxes().empty());
+    ZoomNotices notices;
+    session.setDelegate(&notices);
+    session.setZoom(2.5);
+    session.setZoom(40);
+    EXPECT_EQ(camera(session)->videoZoomFactor(), 40);
+    EXPECT_EQ(notices.values, (std::vector<double>{2.5, 40}));
+    // The camera keeps its zoom for the rest of the process.
+    session.setZoom(1);
     session.togglePosition();
     EXPECT_EQ(session.cameraPosition(), Position::front);
     EXPECT_EQ(session.session()->inputs().size(), 1u);
 }
 
-TEST_F(PhotoSessionTest, zoomIsAppliedUnclampedAndAnnounced) {
-    struct Notices : QObject, CKFSessionDelegate {
-        std::vector<double> values;
-        void didChangeValue(CKFSession*, const QVariant& value, const QString& key) override {
-            EXPECT_EQ(key, QStringLiteral("zoom"));
-            values.push_back(value.toDouble());
-        }
-    } notices;
-    CKFPhotoSession session(Position::back, Detection::none);
-    session.setDelegate(&notices);
-    session.setZoom(2.5);
-    session.setZoom(40);
-    EXPECT_EQ(session.captureDeviceInput()->device()->videoZoomFactor(), 40);
-    EXPECT_EQ(notices.values, (std::vector<double>{2.5, 40}));
-    // The camera keeps its zoom for the rest of the process.
-    session.setZoom(1);
-}
-
 // Both sizes, from the running virtual camera: the format, the orientation and the photo.
 TEST_F(PhotoSessionTest, resolutionChoosesFormatOrientationAndCrop) {
-    foundation::Device::current().setOrientationForTesting(Orientation::landscapeLeft);
+    orient(Orientation::landscapeLeft);
     CKFPhotoSession session(Position::back, Detection::none);
-    av::CaptureDevice* camera = session.captureDeviceInput()->device();
+    av::CaptureDevice* device = camera(session);
     session.start();
     Delivery delivery;
 
@@ -166,8 +139,8 @@ TEST_F(PhotoSessionTest, resolutionChoosesFormatOrientationAndCrop) {
     EXPECT_EQ(delivery.settings.photoDimensions, QSize(1920, 1080));
 
     session.setResolution(QSizeF(1920, 1080));
-    EXPECT_GE(camera->activeFormat().width, 1920);
-    EXPECT_GE(camera->activeFormat().height, 1080);
+    EXPECT_GE(device->activeFormat().width, 1920);
+    EXPECT_GE(device->activeFormat().height, 1080);
     ASSERT_TRUE(take(session, delivery));
     ASSERT_EQ(delivery.photos, 2) << delivery.error.toStdString();
     EXPECT_EQ(
@@ -180,20 +153,20 @@ TEST_F(PhotoSessionTest, resolutionChoosesFormatOrientationAndCrop) {
 
 TEST_F(PhotoSessionTest, flashLightsTheShotAndTheTorchGoesBack) {
     CKFPhotoSession session(Position::back, Detection::none);
-    av::CaptureDevice* camera = session.captureDeviceInput()->device();
+    av::CaptureDevice* device = camera(session);
     session.start();
     Delivery dark, automatic, lit;
     ASSERT_TRUE(take(session, dark));
     // The virtual street is bright: the automatic flash stays off.
-    session.setFlashMode(CKFSession::FlashMode::automatic);
+    session.setFlashMode(Flash::automatic);
     ASSERT_TRUE(take(session, automatic));
-    session.setFlashMode(CKFSession::FlashMode::on);
+    session.setFlashMode(Flash::on);
     ASSERT_TRUE(take(session, lit));
     ASSERT_TRUE(dark.image && lit.image);
     EXPECT_FALSE(dark.settings.isFlashEnabled);
     EXPECT_FALSE(automatic.settings.isFlashEnabled);
     EXPECT_TRUE(lit.settings.isFlashEnabled);
-    EXPECT_EQ(camera->torchMode(), av::CaptureDevice::TorchMode::off);
+    EXPECT_EQ(device->torchMode(), av::CaptureDevice::TorchMode::off);
     // Two flash photos at once share the light, and the torch still goes back off.
     Delivery overlapping;
     session.capture(overlapping.onPhoto(), overlapping.onError());
@@ -201,7 +174,7 @@ TEST_F(PhotoSessionTest, flashLightsTheShotAndTheTorchGoesBack) {
     ASSERT_TRUE(QTest::qWaitFor(
         [&] { return session.photoOutput()->pendingPhotos() == 0 && overlapping.photos == 1; },
         15000));
-    EXPECT_EQ(camera->torchMode(), av::CaptureDevice::TorchMode::off);
+    EXPECT_EQ(device->torchMode(), av::CaptureDevice::TorchMode::off);
     // The torch lights the near subject: its jacket is brighter.
     const auto centre = [](const ui::Image& image) {
         const QImage& pixels = image.cgImage();
@@ -213,11 +186,14 @@ TEST_F(PhotoSessionTest, flashLightsTheShotAndTheTorchGoesBack) {
     EXPECT_GT(centre(*lit.image), centre(*dark.image) + 10);
 }
 
+// A stopped session ends a capture in an error.
 TEST_F(PhotoSessionTest, eachCaptureEndsInOneCallbackAndASecondNoticeReachesNobody) {
     CKFPhotoSession session(Position::back, Detection::none);
-    QImage picture(64, 48, QImage::Format_RGB32);
-    picture.fill(Qt::gray);
-    const av::CapturePhoto good(av::CapturePhoto::encodeJpeg(picture, 1, QDateTime()), {});
+    Delivery stopped;
+    ASSERT_TRUE(take(session, stopped));
+    EXPECT_EQ(stopped.errors, 1);
+    EXPECT_EQ(stopped.photos, 0);
+    const av::CapturePhoto good(grayJpeg(), {});
     const struct {
         av::CapturePhoto photo;
         std::optional<av::Error> error;
@@ -252,9 +228,7 @@ TEST_F(PhotoSessionTest, eachCaptureEndsInOneCallbackAndASecondNoticeReachesNobo
 // The older notice carries samples: without the preview sample there is no data.
 TEST_F(PhotoSessionTest, theOlderNoticeNeedsBothSamples) {
     CKFPhotoSession session(Position::back, Detection::none);
-    QImage picture(64, 48, QImage::Format_RGB32);
-    picture.fill(Qt::gray);
-    const QByteArray jpeg = av::CapturePhoto::encodeJpeg(picture, 1, QDateTime());
+    const QByteArray jpeg = grayJpeg();
     const av::GstHandle<GstBuffer> bytes(
         gst_buffer_new_memdup(jpeg.constData(), gsize(jpeg.size())), av::GstRef::adopt);
     const av::GstHandle<GstCaps> caps(gst_caps_new_empty_simple("image/jpeg"), av::GstRef::adopt);
@@ -280,14 +254,6 @@ TEST_F(PhotoSessionTest, theOlderNoticeNeedsBothSamples) {
             EXPECT_EQ(delivery.image->cgImage().size(), QSize(64, 48));
         }
     }
-}
-
-TEST_F(PhotoSessionTest, aStoppedSessionEndsTheCaptureInAnError) {
-    CKFPhotoSession session(Position::back, Detection::none);
-    Delivery delivery;
-    ASSERT_TRUE(take(session, delivery));
-    EXPECT_EQ(delivery.errors, 1);
-    EXPECT_EQ(delivery.photos, 0);
 }
 
 // The virtual scene's subject, and the front camera's face, are found within a few detections,

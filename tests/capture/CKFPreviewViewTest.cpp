@@ -1,25 +1,21 @@
 #include "capture/CKFPreviewView.h"
 #include "capture/CKFGridView.h"
 #include "capture/CKFVideoSession.h"
-#include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/CapturePreviewOutput.h"
-#include "platform/av/CaptureSession.h"
 #include "platform/av/CaptureVideoPreviewLayer.h"
-#include "platform/foundation/Device.h"
 #include "platform/ui/PinchGestureRecognizer.h"
 
 #include <QNativeGestureEvent>
 #include <QPointer>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QWheelEvent>
-#include <gtest/gtest.h>
 
 #include <cmath>
 
+#include "CaptureTest.h"
+
 namespace {
 
-using Orientation = foundation::Device::Orientation;
 using VideoOrientation = av::CaptureConnection::VideoOrientation;
 using Gravity = av::CaptureVideoPreviewLayer::VideoGravity;
 
@@ -34,18 +30,9 @@ struct ProbeSession : CKFSession {
     void focusAt(const QPointF& point) override { focusPoints.push_back(point); }
 };
 
-class PreviewViewTest : public ::testing::Test {
+// A fresh view and a probe session for it; the probe outlives the view.
+class PreviewViewTest : public CaptureTest {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(documents.isValid());
-        qputenv("TESSARO_DOCUMENTS_DIR", documents.path().toUtf8());
-        av::CaptureDeviceDiscoverySession::setSystemDevicesEnabled(false);
-        foundation::Device::current().setOrientationForTesting(Orientation::portrait);
-    }
-    void TearDown() override {
-        foundation::Device::current().setOrientationForTesting(Orientation::unknown);
-    }
-
     static void send(QWidget& view, QEvent&& event) { QCoreApplication::sendEvent(&view, &event); }
 
     // A touchpad pinch: each value is how much the spread grew since the previous report.
@@ -79,34 +66,36 @@ protected:
         const av::CapturePreviewOutput* output = view.previewLayer()->output();
         return QTest::qWaitFor([&] { return output->framesTaken() >= count; }, 10000);
     }
-    static bool hasOutput(const CKFSession& session, const av::CaptureOutput* output) {
-        const auto& outputs = session.session()->outputs();
-        return std::find(outputs.begin(), outputs.end(), output) != outputs.end();
+    // Shows the view at the size, on the probe.
+    void showProbed(int width, int height) {
+        view.resize(width, height);
+        view.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
+        view.setSession(probe);
     }
 
-    QTemporaryDir documents;
+    std::shared_ptr<ProbeSession> probe = std::make_shared<ProbeSession>();
+    CKFPreviewView view;
 };
 
 TEST_F(PreviewViewTest, eachPinchContinuesFromTheLastOneWithinOneToTen) {
-    CKFPreviewView view;
-    auto session = std::make_shared<ProbeSession>();
-    view.setSession(session);
+    view.setSession(probe);
     pinch(view, 2.0);
     EXPECT_DOUBLE_EQ(view.lastScale(), 2.0);
 
     // The ramp moving the zoom in between does not move where the next pinch starts.
-    session->setZoom(7.0);
-    session->zooms.clear();
+    probe->setZoom(7.0);
+    probe->zooms.clear();
     pinch(view, 1.5);
-    ASSERT_EQ(session->zooms.size(), 4u); // began, two steps, ended
-    EXPECT_DOUBLE_EQ(session->zooms.front(), 2.0);
-    EXPECT_DOUBLE_EQ(session->zooms.back(), 3.0);
+    ASSERT_EQ(probe->zooms.size(), 4u); // began, two steps, ended
+    EXPECT_DOUBLE_EQ(probe->zooms.front(), 2.0);
+    EXPECT_DOUBLE_EQ(probe->zooms.back(), 3.0);
     EXPECT_DOUBLE_EQ(view.lastScale(), 3.0);
 
     for (const auto& [factor, expected] : {std::pair{25.0, 10.0}, {0.01, 1.0}, {2.5, 2.5}}) {
         pinch(view, factor);
-        EXPECT_DOUBLE_EQ(session->zooms.back(), expected) << factor;
-        EXPECT_DOUBLE_EQ(session->zoom(), expected) << factor;
+        EXPECT_DOUBLE_EQ(probe->zooms.back(), expected) << factor;
+        EXPECT_DOUBLE_EQ(probe->zoom(), expected) << factor;
         EXPECT_DOUBLE_EQ(view.lastScale(), expected) << factor;
     }
 
@@ -114,44 +103,40 @@ TEST_F(PreviewViewTest, eachPinchContinuesFromTheLastOneWithinOneToTen) {
     view.setSession(nullptr);
     pinch(view, 2.0);
     EXPECT_DOUBLE_EQ(view.lastScale(), 5.0);
-    EXPECT_DOUBLE_EQ(session->zoom(), 2.5);
+    EXPECT_DOUBLE_EQ(probe->zoom(), 2.5);
 }
 
 TEST_F(PreviewViewTest, aCancelledPinchZoomsButDoesNotMoveLastScale) {
-    CKFPreviewView view;
     view.show();
-    auto session = std::make_shared<ProbeSession>();
-    view.setSession(session);
+    view.setSession(probe);
     pinch(view, 2.0);
     pinch(view, 3.0, false);
-    EXPECT_DOUBLE_EQ(session->zoom(), 6.0);
+    EXPECT_DOUBLE_EQ(probe->zoom(), 6.0);
     // Going out of sight cancels what is under way.
     view.hide();
     EXPECT_EQ(view.pinchGestureRecognizer()->state(), ui::PinchGestureRecognizer::State::cancelled);
     EXPECT_DOUBLE_EQ(view.lastScale(), 2.0);
-    EXPECT_DOUBLE_EQ(session->zoom(), 6.0);
+    EXPECT_DOUBLE_EQ(probe->zoom(), 6.0);
 
     // Touchpad begin and end around a turn of the fingers, with no spread, is no pinch.
-    session->zooms.clear();
+    probe->zooms.clear();
     touchpad(view, {});
-    EXPECT_TRUE(session->zooms.empty());
+    EXPECT_TRUE(probe->zooms.empty());
 }
 
 TEST_F(PreviewViewTest, eachCtrlWheelNotchIsAShortPinch) {
-    CKFPreviewView view;
-    auto session = std::make_shared<ProbeSession>();
-    view.setSession(session);
+    view.setSession(probe);
     wheel(view, 120, Qt::ControlModifier);
-    EXPECT_NEAR(session->zoom(), std::pow(2.0, 1.0 / 8), 1e-9);
-    EXPECT_NEAR(view.lastScale(), session->zoom(), 1e-12);
+    EXPECT_NEAR(probe->zoom(), std::pow(2.0, 1.0 / 8), 1e-9);
+    EXPECT_NEAR(view.lastScale(), probe->zoom(), 1e-12);
     for (int notch = 1; notch < 8; ++notch)
         wheel(view, 120, Qt::ControlModifier);
     EXPECT_NEAR(view.lastScale(), 2.0, 1e-9);
 
     // Plain scrolling is not zooming; scrolling far back stops at 1.
-    const size_t written = session->zooms.size();
+    const size_t written = probe->zooms.size();
     wheel(view, 120, Qt::NoModifier);
-    EXPECT_EQ(session->zooms.size(), written);
+    EXPECT_EQ(probe->zooms.size(), written);
     wheel(view, -120 * 20, Qt::ControlModifier);
     EXPECT_DOUBLE_EQ(view.lastScale(), 1.0);
 
@@ -170,8 +155,7 @@ TEST_F(PreviewViewTest, twoFingersSpreadOnATouchScreenPinch) {
     view->setGeometry(50, 50, 400, 400);
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
-    auto session = std::make_shared<ProbeSession>();
-    view->setSession(session);
+    view->setSession(probe);
     QPointingDevice* screen = QTest::createTouchDevice();
     QTest::touchEvent(view, screen).press(0, QPoint(150, 200)).press(1, QPoint(250, 200));
     for (int step = 1; step <= 50; ++step)
@@ -181,25 +165,30 @@ TEST_F(PreviewViewTest, twoFingersSpreadOnATouchScreenPinch) {
     QTest::touchEvent(view, screen).release(0, QPoint(100, 200)).release(1, QPoint(300, 200));
     // The recogniser takes the first step of the fingers to notice the pinch.
     EXPECT_NEAR(view->lastScale(), 2.0, 0.05);
-    EXPECT_NEAR(session->zoom(), view->lastScale(), 1e-12);
-    EXPECT_TRUE(session->focusPoints.empty());
+    EXPECT_NEAR(probe->zoom(), view->lastScale(), 1e-12);
+    EXPECT_TRUE(probe->focusPoints.empty());
 }
 
+// The grid over the picture is made once, follows the view and lets clicks through.
 TEST_F(PreviewViewTest, aClickOrATouchFocusesWhereItLandsButADragDoesNot) {
-    CKFPreviewView view;
-    view.resize(300, 600);
     view.setShowGrid(true);
-    view.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
-    auto session = std::make_shared<ProbeSession>();
-    view.setSession(session);
+    CKFGridView* grid = view.gridView();
+    ASSERT_NE(grid, nullptr);
+    showProbed(300, 600);
+    // The probe shows no picture, so no thirds; shown as over one, the grid must let clicks by.
+    EXPECT_TRUE(QTest::qWaitFor([&] { return grid->isHidden(); }, 1000));
+    grid->show();
+    view.setShowGrid(true);
+    EXPECT_EQ(view.gridView(), grid);
+    EXPECT_EQ(view.findChildren<CKFGridView*>().size(), 1);
+    EXPECT_EQ(grid->geometry(), QRect(0, 0, 300, 600));
     QCoreApplication::processEvents();
 
     // Through the window, so the grid on top has to let the click through.
     QTest::mouseClick(view.windowHandle(), Qt::LeftButton, {}, QPoint(75, 150));
-    ASSERT_EQ(session->focusPoints.size(), 1u);
-    EXPECT_NEAR(session->focusPoints[0].x(), 0.25, 1e-9);
-    EXPECT_NEAR(session->focusPoints[0].y(), 0.25, 1e-9);
+    ASSERT_EQ(probe->focusPoints.size(), 1u);
+    EXPECT_NEAR(probe->focusPoints[0].x(), 0.25, 1e-9);
+    EXPECT_NEAR(probe->focusPoints[0].y(), 0.25, 1e-9);
 
     const QPointF from(10, 10), to(80, 10);
     send(view, QMouseEvent(QEvent::MouseButtonPress, from, from, from, Qt::LeftButton,
@@ -207,20 +196,33 @@ TEST_F(PreviewViewTest, aClickOrATouchFocusesWhereItLandsButADragDoesNot) {
     send(view, QMouseEvent(QEvent::MouseMove, to, to, to, Qt::NoButton, Qt::LeftButton, {}));
     send(view, QMouseEvent(QEvent::MouseButtonRelease, to, to, to, Qt::LeftButton, {}, {}));
     QTest::mouseClick(&view, Qt::RightButton, {}, QPoint(30, 30));
-    EXPECT_EQ(session->focusPoints.size(), 1u);
+    EXPECT_EQ(probe->focusPoints.size(), 1u);
 
     QPointingDevice* screen = QTest::createTouchDevice();
     QTest::touchEvent(&view, screen).press(0, QPoint(150, 300));
     QTest::touchEvent(&view, screen).release(0, QPoint(150, 300));
     QCoreApplication::processEvents();
-    ASSERT_EQ(session->focusPoints.size(), 2u);
-    EXPECT_NEAR(session->focusPoints[1].x(), 0.5, 1e-9);
-    EXPECT_NEAR(session->focusPoints[1].y(), 0.5, 1e-9);
+    ASSERT_EQ(probe->focusPoints.size(), 2u);
+    EXPECT_NEAR(probe->focusPoints[1].x(), 0.5, 1e-9);
+    EXPECT_NEAR(probe->focusPoints[1].y(), 0.5, 1e-9);
+
+    view.resize(600, 300);
+    EXPECT_EQ(grid->geometry(), QRect(0, 0, 600, 300));
+    view.setShowGrid(false);
+    EXPECT_EQ(view.gridView(), nullptr);
+    EXPECT_TRUE(view.findChildren<CKFGridView*>().isEmpty());
+    view.setShowGrid(false);
+    view.setShowGrid(true);
+    EXPECT_EQ(view.findChildren<CKFGridView*>().size(), 1);
+    // A camera's first picture brings the thirds.
+    grid = view.gridView();
+    EXPECT_TRUE(grid->isHidden());
+    view.setSession(backCamera());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return grid->isVisible(); }, 10000));
 }
 
 TEST_F(PreviewViewTest, thePointOfInterestUndoesTheFillAndTheTurn) {
     // A 1920x1080 picture filling a 390x844 view shows its middle 0.26 across, all the way down.
-    CKFPreviewView view;
     view.resize(390, 844);
     view.show();
     auto session = backCamera();
@@ -242,7 +244,7 @@ TEST_F(PreviewViewTest, thePointOfInterestUndoesTheFillAndTheTurn) {
 
     // Turned landscape left, the picture is turned a quarter back, so the view's left edge
     // shows the picture's top edge, and the view's top the picture's right side.
-    foundation::Device::current().setOrientationForTesting(Orientation::landscapeLeft);
+    orient(Orientation::landscapeLeft);
     view.setAutorotate(true);
     view.resize(844, 390);
     view.layoutIfNeeded();
@@ -255,7 +257,6 @@ TEST_F(PreviewViewTest, thePointOfInterestUndoesTheFillAndTheTurn) {
 }
 
 TEST_F(PreviewViewTest, rebindingStopsTheOldSessionAndStartsTheNewOneOnItsOwnLayer) {
-    CKFPreviewView view;
     view.resize(320, 180);
     auto first = backCamera();
     view.setSession(first);
@@ -271,7 +272,7 @@ TEST_F(PreviewViewTest, rebindingStopsTheOldSessionAndStartsTheNewOneOnItsOwnLay
     EXPECT_FALSE(first->session()->isRunning());
     EXPECT_TRUE(second->session()->isRunning());
     EXPECT_TRUE(firstLayer.isNull());
-    EXPECT_FALSE(hasOutput(*first, firstOutput));
+    EXPECT_EQ(std::ranges::count(first->session()->outputs(), firstOutput), 0);
     ASSERT_NE(view.previewLayer(), nullptr);
     EXPECT_EQ(view.previewLayer()->session(), second->session());
     EXPECT_EQ(second->previewLayer(), view.previewLayer());
@@ -299,44 +300,12 @@ TEST_F(PreviewViewTest, theViewMayGoWhileItsSessionRunsOn) {
     EXPECT_TRUE(session->session()->isRunning());
 }
 
-TEST_F(PreviewViewTest, theGridIsMadeOnceAndFollowsTheView) {
-    CKFPreviewView view;
-    view.resize(300, 600);
-    view.show();
-    view.setShowGrid(true);
-    CKFGridView* grid = view.gridView();
-    ASSERT_NE(grid, nullptr);
-    view.setShowGrid(true);
-    EXPECT_EQ(view.gridView(), grid);
-    EXPECT_EQ(view.findChildren<CKFGridView*>().size(), 1);
-    EXPECT_EQ(grid->geometry(), QRect(0, 0, 300, 600));
-    view.resize(600, 300);
-    EXPECT_EQ(grid->geometry(), QRect(0, 0, 600, 300));
-
-    view.setShowGrid(false);
-    EXPECT_EQ(view.gridView(), nullptr);
-    EXPECT_TRUE(view.findChildren<CKFGridView*>().isEmpty());
-    view.setShowGrid(false);
-    view.setShowGrid(true);
-    EXPECT_EQ(view.findChildren<CKFGridView*>().size(), 1);
-
-    // Over a camera that shows nothing there are no thirds to mark; its first picture brings them.
-    grid = view.gridView();
-    view.setSession(std::make_shared<ProbeSession>());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return grid->isHidden(); }, 1000));
-    view.setSession(backCamera());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return grid->isVisible(); }, 10000));
-}
-
 TEST_F(PreviewViewTest, autorotateOffHoldsPortraitAndOnFollowsTheDevice) {
-    CKFPreviewView view;
-    view.resize(300, 600);
-    view.show();
-    view.setSession(std::make_shared<ProbeSession>());
+    showProbed(300, 600);
     av::CaptureConnection* connection = view.previewLayer()->connection();
     ASSERT_NE(connection, nullptr);
 
-    foundation::Device::current().setOrientationForTesting(Orientation::landscapeLeft);
+    orient(Orientation::landscapeLeft);
     view.resize(600, 300);
     QCoreApplication::processEvents();
     EXPECT_EQ(connection->videoOrientation(), VideoOrientation::portrait);
@@ -348,7 +317,7 @@ TEST_F(PreviewViewTest, autorotateOffHoldsPortraitAndOnFollowsTheDevice) {
           {Orientation::landscapeRight, VideoOrientation::landscapeLeft},
           {Orientation::faceUp, VideoOrientation::portrait},
           {Orientation::portraitUpsideDown, VideoOrientation::portraitUpsideDown}}) {
-        foundation::Device::current().setOrientationForTesting(device);
+        orient(device);
         view.layoutIfNeeded();
         EXPECT_EQ(connection->videoOrientation(), video) << int(device);
     }

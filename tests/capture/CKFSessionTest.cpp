@@ -1,15 +1,10 @@
-#include "capture/CKFSession.h"
-#include "capture/CKFSessionDelegate.h"
-#include "platform/av/CaptureDevice.h"
-#include "platform/av/CaptureDeviceDiscoverySession.h"
-#include "platform/av/CaptureDeviceInput.h"
-#include "platform/av/CaptureSession.h"
 #include "platform/av/VirtualCameraDevice.h"
 
-#include <QWidget>
-#include <gtest/gtest.h>
+#include "CaptureTest.h"
 
 namespace {
+
+using Type = CKFSession::DeviceType;
 
 // A camera whose formats the test writes, listed in the order given.
 class ListedCamera : public av::CaptureDevice {
@@ -26,46 +21,36 @@ av::CaptureDeviceFormat format(int width, int height, std::vector<av::FrameRateR
     return {width, height, std::move(ranges), QStringLiteral("video/x-raw")};
 }
 
-std::optional<av::CaptureDeviceFormat> choose(ListedCamera& camera, qint64 w, qint64 h,
-                                              qint64 fps) {
-    av::CaptureDeviceInput input(&camera);
-    return CKFSession::deviceInputFormat(input, w, h, fps);
-}
-
 // The first format in the camera's order that is large enough and whose whole-number rates
 // take in the asked one, or none.
 TEST(CKFSessionFormatChoice, firstQualifyingFormatInDeviceOrder) {
     const struct {
         const char* camera;
         std::vector<av::CaptureDeviceFormat> formats;
-        qint64 fps;
-        int chosenWidth; // 0: none
+        std::vector<std::pair<qint64, int>> chosenWidthAtRate; // 0: none
     } rows[] = {
         {"4K listed before 1080p",
          {format(1280, 720, {{1, 60}}), format(3840, 2160, {{1, 60}}),
           format(1920, 1080, {{1, 60}})},
-         60,
-         3840},
-        {"slow", {format(1920, 1080, {{1, 30}})}, 60, 0},
-        {"slow", {format(1920, 1080, {{1, 30}})}, 30, 1920},
+         {{60, 3840}}},
+        {"slow", {format(1920, 1080, {{1, 30}})}, {{60, 0}, {30, 1920}}},
         // Ranges are inclusive at both ends.
-        {"3 to 60", {format(1920, 1080, {{3, 60}})}, 3, 1920},
-        {"3 to 60", {format(1920, 1080, {{3, 60}})}, 60, 1920},
-        {"3 to 60", {format(1920, 1080, {{3, 60}})}, 2, 0},
-        {"3 to 60", {format(1920, 1080, {{3, 60}})}, 61, 0},
+        {"3 to 60", {format(1920, 1080, {{3, 60}})}, {{3, 1920}, {60, 1920}, {2, 0}, {61, 0}}},
         // 59.94 truncates to 59, so it does not serve 60; a second range of the same format can.
-        {"NTSC", {format(1920, 1080, {{2.5, 59.94}})}, 60, 0},
-        {"NTSC", {format(1920, 1080, {{2.5, 59.94}})}, 2, 1920},
-        {"two ranges", {format(1920, 1080, {{1, 30}, {60, 60}})}, 60, 1920},
-        {"a line short", {format(1920, 1079, {{1, 60}}), format(1919, 1080, {{1, 60}})}, 30, 0},
-        {"no formats", {}, 30, 0},
-        {"no ranges", {format(3840, 2160, {})}, 30, 0},
+        {"NTSC", {format(1920, 1080, {{2.5, 59.94}})}, {{60, 0}, {2, 1920}}},
+        {"two ranges", {format(1920, 1080, {{1, 30}, {60, 60}})}, {{60, 1920}}},
+        {"a line short", {format(1920, 1079, {{1, 60}}), format(1919, 1080, {{1, 60}})}, {{30, 0}}},
+        {"no formats", {}, {{30, 0}}},
+        {"no ranges", {format(3840, 2160, {})}, {{30, 0}}},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(std::string(row.camera) + " at " + std::to_string(row.fps));
         ListedCamera camera(row.formats);
-        const auto chosen = choose(camera, 1920, 1080, row.fps);
-        EXPECT_EQ(chosen ? chosen->width : 0, row.chosenWidth);
+        av::CaptureDeviceInput input(&camera);
+        for (const auto& [fps, width] : row.chosenWidthAtRate) {
+            SCOPED_TRACE(std::string(row.camera) + " at " + std::to_string(fps));
+            const auto chosen = CKFSession::deviceInputFormat(input, 1920, 1080, fps);
+            EXPECT_EQ(chosen ? chosen->width : 0, width);
+        }
     }
 }
 
@@ -108,44 +93,24 @@ TEST(CKFSessionFormatChoice, aMissingFormatGetsTheNearestInLinesThenRateAsTheCam
     EXPECT_FALSE(CKFSession::nearestDeviceInputFormat(none, 1920, 1080, 30));
 }
 
-TEST(CKFSessionEnums, rawValuesOutsideTheCasesGiveNoValue) {
-    EXPECT_EQ(CKFSession::deviceType(2), CKFSession::DeviceType::microphone);
-    EXPECT_EQ(CKFSession::flashMode(2), CKFSession::FlashMode::automatic);
-    for (const int raw : {-1, 3}) {
-        EXPECT_FALSE(CKFSession::deviceType(raw)) << raw;
-        EXPECT_FALSE(CKFSession::flashMode(raw)) << raw;
-    }
-    EXPECT_FALSE(CKFSession::cameraPosition(2));
-    // Positions open the camera of the same raw value.
-    EXPECT_EQ(int(CKFSession::CameraPosition::back), int(CKFSession::DeviceType::backCamera));
-}
-
-class DeviceLookup : public ::testing::Test {
-protected:
-    void SetUp() override { av::CaptureDeviceDiscoverySession::setSystemDevicesEnabled(false); }
-    void TearDown() override {
-        av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(true);
-        av::CaptureDeviceDiscoverySession::setCameraSelection({});
-    }
-};
+class DeviceLookup : public CaptureTest {};
 
 TEST_F(DeviceLookup, virtualDevicesStandInWhenThereIsNoRealOne) {
-    auto back = CKFSession::captureDeviceInput(CKFSession::DeviceType::backCamera);
-    auto front = CKFSession::captureDeviceInput(CKFSession::DeviceType::frontCamera);
-    auto microphone = CKFSession::captureDeviceInput(CKFSession::DeviceType::microphone);
+    auto back = CKFSession::captureDeviceInput(Type::backCamera);
+    auto front = CKFSession::captureDeviceInput(Type::frontCamera);
+    auto microphone = CKFSession::captureDeviceInput(Type::microphone);
     EXPECT_EQ(back->device()->position(), av::DevicePosition::back);
     EXPECT_EQ(front->device()->position(), av::DevicePosition::front);
     EXPECT_EQ(microphone->device()->mediaType(), av::MediaType::audio);
     EXPECT_TRUE(back->device()->hasTorch());
     EXPECT_FALSE(front->device()->hasTorch());
     // The same device object every time, so its settings stay with it.
-    EXPECT_EQ(CKFSession::captureDeviceInput(CKFSession::DeviceType::backCamera)->device(),
-              back->device());
+    EXPECT_EQ(CKFSession::captureDeviceInput(Type::backCamera)->device(), back->device());
 }
 
 TEST_F(DeviceLookup, noDeviceOfTheKindThrowsNotFound) {
-    av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(false);
-    for (auto type : {CKFSession::DeviceType::microphone, CKFSession::DeviceType::backCamera}) {
+    Discovery::setVirtualDevicesEnabled(false);
+    for (auto type : {Type::microphone, Type::backCamera}) {
         try {
             CKFSession::captureDeviceInput(type);
             ADD_FAILURE() << "no error for " << int(type);
@@ -157,57 +122,48 @@ TEST_F(DeviceLookup, noDeviceOfTheKindThrowsNotFound) {
 }
 
 TEST_F(DeviceLookup, aLoneFrontCameraIsTheMainCameraButNotASecondOne) {
-    av::CaptureDeviceDiscoverySession::setVirtualCamerasForTesting(
+    Discovery::setVirtualCamerasForTesting(
         {{av::DevicePosition::front, av::VirtualCameraDevice::sceneFormats()}});
-    av::CaptureDevice* back = CKFSession::captureDevice(CKFSession::DeviceType::backCamera);
+    av::CaptureDevice* back = CKFSession::captureDevice(Type::backCamera);
     ASSERT_TRUE(back);
     EXPECT_EQ(back->position(), av::DevicePosition::front);
-    EXPECT_EQ(CKFSession::captureDevice(CKFSession::DeviceType::frontCamera), back);
+    EXPECT_EQ(CKFSession::captureDevice(Type::frontCamera), back);
 
-    av::CaptureDeviceDiscoverySession::setVirtualCamerasForTesting(
+    Discovery::setVirtualCamerasForTesting(
         {{av::DevicePosition::back, av::VirtualCameraDevice::sceneFormats()}});
-    EXPECT_FALSE(CKFSession::captureDevice(CKFSession::DeviceType::frontCamera));
-    av::CaptureDeviceDiscoverySession::setVirtualCamerasForTesting({});
+    EXPECT_FALSE(CKFSession::captureDevice(Type::frontCamera));
 }
 
 TEST_F(DeviceLookup, aChosenCameraThatIsGoneFallsBackAndAMissingFileIsAnError) {
-    av::CaptureDeviceDiscoverySession::setCameraSelection(QStringLiteral("No Such Camera"));
-    EXPECT_TRUE(
-        CKFSession::captureDeviceInput(CKFSession::DeviceType::backCamera)->device()->isVirtual());
+    Discovery::setCameraSelection(QStringLiteral("No Such Camera"));
+    EXPECT_TRUE(CKFSession::captureDeviceInput(Type::backCamera)->device()->isVirtual());
 
-    av::CaptureDeviceDiscoverySession::setCameraSelection(
-        QStringLiteral("file:/no/such/picture.png"));
+    Discovery::setCameraSelection(QStringLiteral("file:/no/such/picture.png"));
     try {
-        CKFSession::captureDeviceInput(CKFSession::DeviceType::backCamera);
+        CKFSession::captureDeviceInput(Type::backCamera);
         ADD_FAILURE() << "a missing picture opened";
     } catch (const av::Error& error) {
         EXPECT_TRUE(error.localizedDescription().contains(QStringLiteral("/no/such/picture.png")));
     }
 }
 
-struct Recorder : QObject, CKFSessionDelegate {
-    int notices = 0;
-    void didChangeValue(CKFSession*, const QVariant&, const QString&) override { ++notices; }
-};
-
 TEST(CKFSessionLifecycle, theBaseSessionOnlyStoresTheZoomAndHoldsItsDelegateWeakly) {
     CKFSession session;
     {
-        Recorder recorder;
-        session.setDelegate(&recorder);
+        ZoomNotices notices;
+        session.setDelegate(&notices);
         session.setZoom(4.0);
         session.focusAt({0.2, 0.8});
         EXPECT_EQ(session.zoom(), 4.0);
-        EXPECT_EQ(recorder.notices, 0);
+        EXPECT_TRUE(notices.values.empty());
     }
     EXPECT_EQ(session.delegate(), nullptr);
 }
 
 TEST(CKFSessionLifecycle, destroyingARunningSessionStopsIt) {
-    av::CaptureDeviceDiscoverySession::setSystemDevicesEnabled(false);
+    Discovery::setSystemDevicesEnabled(false);
     auto session = std::make_unique<CKFSession>();
-    session->session()->addInput(
-        CKFSession::captureDeviceInput(CKFSession::DeviceType::backCamera).release());
+    session->session()->addInput(CKFSession::captureDeviceInput(Type::backCamera).release());
     session->start();
     ASSERT_TRUE(session->session()->isRunning());
     const av::GstHandle<GstElement> pipeline(session->session()->pipeline(), av::GstRef::add);

@@ -1,59 +1,22 @@
 #include "capture/CKFVideoSession.h"
-#include "capture/CKFSessionDelegate.h"
-#include "platform/av/CaptureDevice.h"
-#include "platform/av/CaptureDeviceDiscoverySession.h"
-#include "platform/av/CaptureDeviceInput.h"
-#include "platform/av/CaptureSession.h"
-#include "platform/av/Gst.h"
-#include "platform/foundation/Device.h"
 
 #include <QFileInfo>
-#include <QTemporaryDir>
+#include <QSignalSpy>
 #include <QTest>
 #include <functional>
-#include <gtest/gtest.h>
 
+#include "CaptureTest.h"
 #include "tests/FakeWebcam.h"
 #include "tests/MovieInfo.h"
 
 namespace {
 
-struct ZoomNotices : QObject, CKFSessionDelegate {
-    std::vector<double> values;
-    void didChangeValue(CKFSession*, const QVariant& value, const QString& key) override {
-        EXPECT_EQ(key, QStringLiteral("zoom"));
-        values.push_back(value.toDouble());
-    }
-};
-
-class VideoSessionTest : public ::testing::Test {
+class VideoSessionTest : public CaptureTest {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(documents.isValid());
-        qputenv("TESSARO_DOCUMENTS_DIR", documents.path().toUtf8());
-        av::Gst::ensureInitialized();
-        av::CaptureDeviceDiscoverySession::setSystemDevicesEnabled(false);
-        foundation::Device::current().setOrientationForTesting(
-            foundation::Device::Orientation::portrait);
-    }
-    void TearDown() override {
-        av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(true);
-        foundation::Device::current().setOrientationForTesting(
-            foundation::Device::Orientation::unknown);
-    }
-
-    av::CaptureDevice* camera(CKFVideoSession& session) const {
-        for (av::CaptureInput* input : session.session()->inputs())
-            if (auto* device = qobject_cast<av::CaptureDeviceInput*>(input))
-                if (device->device()->mediaType() == av::MediaType::video)
-                    return device->device();
-        return nullptr;
-    }
-
-    // Records for about `seconds` from the first frame, running meanwhile then, and returns the
-    // finished file, or an empty string.
+    // Records for about `seconds` from the first frame, then ends the recording by `end` (by a
+    // stop without one), and returns the finished file, or an empty string.
     QString recordClip(CKFVideoSession& session, double seconds,
-                       const std::function<void()>& meanwhile = {}) {
+                       const std::function<void()>& end = {}) {
         QString finished;
         bool failed = false;
         session.record(
@@ -61,19 +24,15 @@ protected:
             [&](const std::exception&) { failed = true; });
         if (!QTest::qWaitFor([&] { return session.movieFileOutput()->framesWritten() > 0; }, 10000))
             return {};
-        if (meanwhile)
-            meanwhile();
         QTest::qWait(int(seconds * 1000));
-        session.stopRecording();
+        end ? end() : session.stopRecording();
         EXPECT_TRUE(QTest::qWaitFor([&] { return !finished.isEmpty() || failed; }, 15000));
         return finished;
     }
-
-    QTemporaryDir documents;
 };
 
 TEST_F(VideoSessionTest, recordsAPlayableMovieToTheDefaultFileAndReplacesItNextTime) {
-    CKFVideoSession session(CKFSession::CameraPosition::back);
+    CKFVideoSession session(Position::back);
     session.setWidth(1280, 720, 30); // the first format that fits is 1920×1080
     session.start();
     ASSERT_TRUE(session.session()->isRunning());
@@ -89,8 +48,7 @@ TEST_F(VideoSessionTest, recordsAPlayableMovieToTheDefaultFileAndReplacesItNextT
     EXPECT_GT(info.seconds, 0.8);
 
     // The device's orientation is read at each record: landscape left records landscape right.
-    foundation::Device::current().setOrientationForTesting(
-        foundation::Device::Orientation::landscapeLeft);
+    orient(Orientation::landscapeLeft);
     const qint64 firstSize = QFileInfo(first).size();
     const QString second = recordClip(session, 2.0);
     EXPECT_EQ(second, first);
@@ -106,7 +64,7 @@ TEST_F(VideoSessionTest, recordsAPlayableMovieToTheDefaultFileAndReplacesItNextT
 }
 
 TEST_F(VideoSessionTest, oneRecordingFromTheRequestUntilItsCallback) {
-    CKFVideoSession session(CKFSession::CameraPosition::back);
+    CKFVideoSession session(Position::back);
     session.start();
     QStringList first, second;
     const auto record = [&](QStringList& calls) {
@@ -162,9 +120,9 @@ TEST_F(VideoSessionTest, aStillPictureOrAShortLoopedClipRecordsAsTheBackCamera) 
         const QString source = documents.filePath(QString::fromLatin1(row.file));
         ASSERT_TRUE(av::Gst::runToEnd(row.writer + " ! filesink location=" + source.toUtf8(),
                                       std::chrono::seconds(20)));
-        av::CaptureDeviceDiscoverySession::setCameraSelection(QStringLiteral("file:") + source);
-        CKFVideoSession session(CKFSession::CameraPosition::back);
-        av::CaptureDeviceDiscoverySession::setCameraSelection({});
+        Discovery::setCameraSelection(QStringLiteral("file:") + source);
+        CKFVideoSession session(Position::back);
+        Discovery::setCameraSelection({});
         EXPECT_EQ(camera(session)->uniqueID(), QStringLiteral("file:") + source);
         session.setWidth(1280, 720, 30);
         session.start();
@@ -180,32 +138,23 @@ TEST_F(VideoSessionTest, aStillPictureOrAShortLoopedClipRecordsAsTheBackCamera) 
 }
 
 TEST_F(VideoSessionTest, anUnpluggedCameraEndsTheRecordingPlayableAndTellsTheScreen) {
-    CKFVideoSession session(CKFSession::CameraPosition::back);
-    QStringList problems;
-    QObject::connect(&session, &CKFSession::deviceProblem,
-                     [&](const QString& description) { problems << description; });
+    CKFVideoSession session(Position::back);
+    QSignalSpy problems(&session, &CKFSession::deviceProblem);
     session.start();
-    QString finished;
-    session.record(
-        std::nullopt, [&](const QUrl& url) { finished = url.toLocalFile(); },
-        [&](const std::exception&) { finished = QStringLiteral("failed"); });
-    ASSERT_TRUE(
-        QTest::qWaitFor([&] { return session.movieFileOutput()->framesWritten() > 0; }, 10000));
-    QTest::qWait(1000);
-
-    av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(camera(session)->uniqueID());
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !problems.isEmpty() && !finished.isEmpty(); }, 15000));
+    const QString finished = recordClip(
+        session, 1.0, [&] { Discovery::deviceRemovedForTesting(camera(session)->uniqueID()); });
+    ASSERT_TRUE(!problems.isEmpty() || problems.wait(15000));
     EXPECT_FALSE(session.session()->isRunning());
     EXPECT_FALSE(session.isRecording());
     ASSERT_EQ(finished, CKFVideoSession::defaultFileURL().toLocalFile());
     EXPECT_EQ(inspectMovie(finished).videoCodec, QStringLiteral("video/x-h264"));
     EXPECT_GT(inspectMovie(finished).seconds, 0.8);
-    EXPECT_EQ(problems.size(), 1);
-    EXPECT_TRUE(problems.front().contains(QStringLiteral("disconnected")))
-        << problems.front().toStdString();
+    ASSERT_EQ(problems.size(), 1);
+    const QString problem = problems.front().front().toString();
+    EXPECT_TRUE(problem.contains(QStringLiteral("disconnected"))) << problem.toStdString();
 
     // The next session finds the camera again, as a new device.
-    CKFVideoSession next(CKFSession::CameraPosition::back);
+    CKFVideoSession next(Position::back);
     EXPECT_TRUE(camera(next)->isConnected());
 }
 
@@ -214,9 +163,9 @@ TEST_F(VideoSessionTest, aRealCameraWithoutAMicrophoneRecordsPictureOnly) {
         makeFakeWebcam("Fake webcam",
                        "video/x-raw, format=I420, width=640, height=360, framerate=30/1"),
         av::GstRef::adopt);
-    av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam.get());
+    Discovery::deviceAddedForTesting(webcam.get());
     {
-        CKFVideoSession session(CKFSession::CameraPosition::back);
+        CKFVideoSession session(Position::back);
         ASSERT_EQ(camera(session)->localizedName(), QStringLiteral("Fake webcam"));
         session.start();
         const QString clip = recordClip(session, 1.0);
@@ -226,53 +175,47 @@ TEST_F(VideoSessionTest, aRealCameraWithoutAMicrophoneRecordsPictureOnly) {
         EXPECT_TRUE(info.audioCodec.isEmpty()) << info.audioCodec.toStdString();
         EXPECT_GT(info.seconds, 0.8);
     }
-    av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(QStringLiteral("Fake webcam"));
+    Discovery::deviceRemovedForTesting(QStringLiteral("Fake webcam"));
 }
 
-TEST_F(VideoSessionTest, withoutACameraTheScreenIsToldAndZoomTorchAndFormatDoNothing) {
-    av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(false);
-    CKFVideoSession session(CKFSession::CameraPosition::back);
-    // Connected after making the session, as a screen does.
-    QStringList problems;
-    QObject::connect(&session, &CKFSession::deviceProblem,
-                     [&](const QString& description) { problems << description; });
-    ZoomNotices notices;
-    session.setDelegate(&notices);
-    session.setZoom(2.0);
-    session.setFlashMode(CKFSession::FlashMode::on);
-    session.setWidth(1920, 1080, 30);
-    EXPECT_EQ(session.zoom(), 2.0);
-    EXPECT_TRUE(notices.values.empty());
-    EXPECT_EQ(camera(session), nullptr);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !problems.isEmpty(); }, 1000));
-    EXPECT_EQ(problems, QStringList{CKFError::captureDeviceNotFound().localizedDescription()});
-}
-
-TEST_F(VideoSessionTest, toggleSwitchesCamerasAndAFailedLookupKeepsTheOld) {
-    CKFVideoSession session(CKFSession::CameraPosition::front);
+TEST_F(VideoSessionTest, toggleSwitchesCamerasAndWithoutACameraNothingChanges) {
+    CKFVideoSession session(Position::front);
     EXPECT_EQ(camera(session)->position(), av::DevicePosition::front);
     session.togglePosition();
-    EXPECT_EQ(session.cameraPosition(), CKFSession::CameraPosition::back);
+    EXPECT_EQ(session.cameraPosition(), Position::back);
     av::CaptureDevice* back = camera(session);
     EXPECT_EQ(back->position(), av::DevicePosition::back);
 
     // A failed switch keeps the camera and the position, and says so once, as a failed switch.
-    QStringList failed, problems;
-    QObject::connect(&session, &CKFVideoSession::switchFailed,
-                     [&](const QString& why) { failed << why; });
-    QObject::connect(&session, &CKFSession::deviceProblem,
-                     [&](const QString& why) { problems << why; });
-    av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(false);
+    QSignalSpy failed(&session, &CKFVideoSession::switchFailed);
+    QSignalSpy problems(&session, &CKFSession::deviceProblem);
+    Discovery::setVirtualDevicesEnabled(false);
     session.togglePosition();
-    EXPECT_EQ(session.cameraPosition(), CKFSession::CameraPosition::back);
+    EXPECT_EQ(session.cameraPosition(), Position::back);
     EXPECT_EQ(camera(session), back);
     EXPECT_EQ(failed.size(), 1);
     QTest::qWait(10);
     EXPECT_TRUE(problems.isEmpty());
+
+    // A session without a camera tells the screen, connected after making it as a screen does,
+    // and its zoom, torch and format reach nothing.
+    CKFVideoSession none(Position::back);
+    QSignalSpy noCamera(&none, &CKFSession::deviceProblem);
+    ZoomNotices notices;
+    none.setDelegate(&notices);
+    none.setZoom(2.0);
+    none.setFlashMode(Flash::on);
+    none.setWidth(1920, 1080, 30);
+    EXPECT_EQ(none.zoom(), 2.0);
+    EXPECT_TRUE(notices.values.empty());
+    EXPECT_EQ(camera(none), nullptr);
+    ASSERT_TRUE(!noCamera.isEmpty() || noCamera.wait(1000));
+    ASSERT_EQ(noCamera.size(), 1);
+    EXPECT_EQ(noCamera.front().front(), CKFError::captureDeviceNotFound().localizedDescription());
 }
 
 TEST_F(VideoSessionTest, zoomTorchAndFormatReachTheCameraWhereItCanTakeThem) {
-    CKFVideoSession back(CKFSession::CameraPosition::back);
+    CKFVideoSession back(Position::back);
     ZoomNotices notices;
     back.setDelegate(&notices);
     back.setZoom(3.0);
@@ -281,12 +224,12 @@ TEST_F(VideoSessionTest, zoomTorchAndFormatReachTheCameraWhereItCanTakeThem) {
     EXPECT_EQ(device->videoZoomFactor(), 1.25);
     EXPECT_EQ(notices.values, (std::vector<double>{3.0, 1.25}));
 
-    back.setFlashMode(CKFSession::FlashMode::on);
+    back.setFlashMode(Flash::on);
     EXPECT_EQ(device->torchMode(), av::CaptureDevice::TorchMode::on);
-    back.setFlashMode(CKFSession::FlashMode::off);
-    CKFVideoSession front(CKFSession::CameraPosition::front);
-    front.setFlashMode(CKFSession::FlashMode::on);
-    EXPECT_EQ(front.flashMode(), CKFSession::FlashMode::on);
+    back.setFlashMode(Flash::off);
+    CKFVideoSession front(Position::front);
+    front.setFlashMode(Flash::on);
+    EXPECT_EQ(front.flashMode(), Flash::on);
     EXPECT_EQ(camera(front)->torchMode(), av::CaptureDevice::TorchMode::off);
 
     back.setWidth(3840, 2160, 30);

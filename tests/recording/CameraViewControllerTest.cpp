@@ -33,8 +33,14 @@
 
 namespace {
 
+using Discovery = av::CaptureDeviceDiscoverySession;
+using foundation::Device;
 using foundation::Preferences;
 using foundation::PreferenceSchema;
+
+QString localized(const char* key) {
+    return foundation::Strings::localizedString(key);
+}
 
 // The recording screen as the window's root, on the virtual cameras, with settings and clips
 // in fresh folders.
@@ -46,17 +52,15 @@ protected:
         qputenv("TESSARO_DOCUMENTS_DIR", folder.filePath(QStringLiteral("documents")).toUtf8());
         Preferences::resetStandardForTesting();
         foundation::Strings::install();
-        av::CaptureDeviceDiscoverySession::setSystemDevicesEnabled(false);
-        foundation::Device::current().setOrientationForTesting(
-            foundation::Device::Orientation::portrait);
+        Discovery::setSystemDevicesEnabled(false);
+        Device::current().setOrientationForTesting(Device::Orientation::portrait);
     }
     void TearDown() override {
         window.reset();
-        av::CaptureDeviceDiscoverySession::setVirtualCamerasForTesting({});
-        av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(true);
-        foundation::Device::current().setFormFactorForTesting(std::nullopt);
-        foundation::Device::current().setOrientationForTesting(
-            foundation::Device::Orientation::unknown);
+        Discovery::setVirtualCamerasForTesting({});
+        Discovery::setVirtualDevicesEnabled(true);
+        Device::current().setFormFactorForTesting(std::nullopt);
+        Device::current().setOrientationForTesting(Device::Orientation::unknown);
         ui::Storyboard::unregisterAll(QStringLiteral("Main"));
         Preferences::resetStandardForTesting();
     }
@@ -85,6 +89,12 @@ protected:
         return nullptr;
     }
 
+    // The notice over the picture; empty while none is shown.
+    QString status() const {
+        return screen->cameraStatusLabel->isVisible() ? screen->cameraStatusLabel->text()
+                                                      : QString();
+    }
+    void hdTap() { screen->hdButton->sendActions(ui::Control::touchUpInside); }
     void press() {
         screen->cameraButton->sendActions(ui::Control::touchDown | ui::Control::touchUpInside);
     }
@@ -99,6 +109,17 @@ protected:
         });
     }
 
+    // The format button's title, the stored mode, the camera's format and rate, and the slider's
+    // end, which never goes past what the format keeps sharp.
+    void expectFormat(const char* title, int mode, QSize size, int rate) {
+        SCOPED_TRACE(title);
+        EXPECT_EQ(screen->hdButton->currentTitle(), QLatin1String(title));
+        EXPECT_EQ(defaults().integerForKey(PreferenceSchema::videoMode), mode);
+        EXPECT_EQ(QSize(camera()->activeFormat().width, camera()->activeFormat().height), size);
+        EXPECT_EQ(camera()->activeVideoMinFrameDuration().timescale, rate);
+        EXPECT_FLOAT_EQ(screen->zoomSlider->maximumValue(), float(size.height()) / 270.0f);
+    }
+
     static QImage picture(const QIcon& icon) { return icon.pixmap(32, 32).toImage(); }
     static QImage image(const char* name) {
         return picture(foundation::Bundle::main().image(QLatin1String(name)));
@@ -109,8 +130,9 @@ protected:
     QPointer<CameraViewController> screen;
 };
 
-// A zoom mode written by hand reads as the default, zoom-out, everywhere on the screen.
-TEST_F(CameraViewControllerTest, FirstStartAndAnOddZoomModeShowTheDefaults) {
+// A zoom mode written by hand reads as the default, zoom-out, everywhere on the screen; the zoom
+// and flash buttons cycle through their modes.
+TEST_F(CameraViewControllerTest, FirstStartAndAnOddZoomModeShowTheDefaultsAndTheButtonsCycle) {
     for (const qint64 stored : {-1, 5}) {
         SCOPED_TRACE(stored);
         if (stored >= 0)
@@ -119,67 +141,72 @@ TEST_F(CameraViewControllerTest, FirstStartAndAnOddZoomModeShowTheDefaults) {
         EXPECT_EQ(screen->hdButton->currentTitle(), QStringLiteral("HD"));
         EXPECT_EQ(screen->durationButton->currentTitle(), QStringLiteral("5s"));
         EXPECT_EQ(picture(screen->zoomInButton->currentImage()), image("ZoomOut"));
-        EXPECT_EQ(screen->cameraInfoLabel->text(),
-                  foundation::Strings::localizedString("cam_zoom_in"));
+        EXPECT_EQ(screen->cameraInfoLabel->text(), localized("cam_zoom_in"));
         EXPECT_TRUE(screen->previewView->showGrid());
         EXPECT_EQ(screen->cameraButton->type(), CameraButtonType::video);
         EXPECT_EQ(screen->videoSession()->flashMode(), CKFSession::FlashMode::automatic);
         // In the zoom-out mode the preview shows the slider's zoom.
         EXPECT_DOUBLE_EQ(screen->videoSession()->zoom(), double(screen->zoomSlider->value()));
         // Without a real camera, the virtual one says so on the picture.
-        EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
-        EXPECT_EQ(screen->cameraStatusLabel->text(),
-                  foundation::Strings::localizedString("cam_status_virtual"));
+        EXPECT_EQ(status(), localized("cam_status_virtual"));
     }
 
     screen->zoomInButton->sendActions(ui::Control::touchUpInside);
     EXPECT_EQ(defaults().integerForKey(PreferenceSchema::zoomMode), 1);
     EXPECT_EQ(picture(screen->zoomInButton->currentImage()), image("ZoomIn"));
-    EXPECT_EQ(screen->cameraInfoLabel->text(),
-              foundation::Strings::localizedString("cam_zoom_out"));
+    EXPECT_EQ(screen->cameraInfoLabel->text(), localized("cam_zoom_out"));
     EXPECT_DOUBLE_EQ(screen->videoSession()->zoom(), 1.0);
+
+    using Flash = CKFSession::FlashMode;
+    const std::pair<Flash, const char*> flashes[] = {
+        {Flash::on, "Flash"}, {Flash::off, "FlashD"}, {Flash::automatic, "FlashA"}};
+    for (const auto& [mode, icon] : flashes) {
+        screen->flashButton->sendActions(ui::Control::touchUpInside);
+        EXPECT_EQ(screen->videoSession()->flashMode(), mode);
+        EXPECT_EQ(picture(screen->flashButton->currentImage()), image(icon)) << icon;
+    }
 }
 
+// Also: the duration button opens the picker, and its choice comes back to the button.
 TEST_F(CameraViewControllerTest, TabletsHaveNoCameraSwitchAndLandscapeEmptiesTheLabels) {
-    foundation::Device::current().setFormFactorForTesting(foundation::Device::FormFactor::tablet);
+    ui::Storyboard::registerFactory(QStringLiteral("Main"),
+                                    QStringLiteral("ChoseDurationViewController"),
+                                    [] { return new ChoseDurationViewController; });
+    Device::current().setFormFactorForTesting(Device::FormFactor::tablet);
     show(false);
     EXPECT_FALSE(screen->changeCamButton);
 
-    foundation::Device::current().setOrientationForTesting(
-        foundation::Device::Orientation::landscapeRight);
+    Device::current().setOrientationForTesting(Device::Orientation::landscapeRight);
     screen->updateInfoLabels();
     EXPECT_TRUE(screen->zoomInfoLabel->text().isEmpty());
     EXPECT_TRUE(screen->cameraInfoLabel->text().isEmpty());
     // Face up counts as portrait.
-    foundation::Device::current().setOrientationForTesting(foundation::Device::Orientation::faceUp);
+    Device::current().setOrientationForTesting(Device::Orientation::faceUp);
     screen->updateInfoLabels();
     EXPECT_FALSE(screen->zoomInfoLabel->text().isEmpty());
     EXPECT_FALSE(screen->cameraInfoLabel->text().isEmpty());
+
+    screen->durationButton->sendActions(ui::Control::touchUpInside);
+    auto* picker = qobject_cast<ChoseDurationViewController*>(screen->presentedViewController());
+    ASSERT_TRUE(picker);
+    defaults().setFloat(PreferenceSchema::zoomDuration, 9.0f);
+    picker->dismiss(static_cast<ui::Control*>(nullptr));
+    EXPECT_EQ(screen->durationButton->currentTitle(), QStringLiteral("9s"));
 }
 
 TEST_F(CameraViewControllerTest, FormatButtonCyclesThroughTheThreeFormats) {
     show();
-    const struct {
-        const char* title;
-        int mode, width, height, rate;
-    } expected[] = {
-        {"HD60", 1, 1920, 1080, 60}, {"4K", 2, 3840, 2160, 30}, {"HD", 0, 1920, 1080, 30}};
-    for (const auto& step : expected) {
-        screen->hdButton->sendActions(ui::Control::touchUpInside);
-        EXPECT_EQ(screen->hdButton->currentTitle(), QLatin1String(step.title));
-        EXPECT_EQ(defaults().integerForKey(PreferenceSchema::videoMode), step.mode);
-        const av::CaptureDeviceFormat& format = camera()->activeFormat();
-        EXPECT_EQ(format.width, step.width) << step.title;
-        EXPECT_EQ(format.height, step.height) << step.title;
-        EXPECT_EQ(camera()->activeVideoMinFrameDuration().timescale, step.rate) << step.title;
-        // The slider never goes past what the format keeps sharp.
-        EXPECT_FLOAT_EQ(screen->zoomSlider->maximumValue(), float(step.height) / 270.0f);
-    }
+    hdTap();
+    expectFormat("HD60", 1, {1920, 1080}, 60);
+    hdTap();
+    expectFormat("4K", 2, {3840, 2160}, 30);
+    hdTap();
+    expectFormat("HD", 0, {1920, 1080}, 30);
 }
 
 // A webcam with 720p only: named by what it is, zoomed no further than 720 lines keep sharp.
 TEST_F(CameraViewControllerTest, ACameraWithOnly720pOffersItsOwnFormatsAndSizesTheSlider) {
-    av::CaptureDeviceDiscoverySession::setVirtualCamerasForTesting(
+    Discovery::setVirtualCamerasForTesting(
         {{av::DevicePosition::back, {{1280, 720, {{1, 60}}, QStringLiteral("video/x-raw")}}}});
     defaults().setInteger(PreferenceSchema::videoMode, 2);
     show();
@@ -187,31 +214,43 @@ TEST_F(CameraViewControllerTest, ACameraWithOnly720pOffersItsOwnFormatsAndSizesT
     for (const auto& format : screen->offeredFormats())
         titles.push_back(format.title);
     EXPECT_EQ(titles, (std::vector<QString>{QStringLiteral("720p"), QStringLiteral("720p60")}));
-    EXPECT_EQ(screen->hdButton->currentTitle(), QStringLiteral("720p"));
-    EXPECT_EQ(camera()->activeFormat().height, 720);
-    const float highest = 720.0f / 270.0f;
-    EXPECT_FLOAT_EQ(screen->zoomSlider->maximumValue(), highest);
-    EXPECT_LE(screen->videoSession()->zoom(), double(highest));
     // The stored 4K falls back with a notice, which goes once another format is chosen.
-    EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
-    EXPECT_TRUE(screen->cameraStatusLabel->text().contains(QStringLiteral("4K")));
-    EXPECT_TRUE(screen->cameraStatusLabel->text().contains(QStringLiteral("720p")));
-
-    screen->hdButton->sendActions(ui::Control::touchUpInside);
-    EXPECT_EQ(screen->hdButton->currentTitle(), QStringLiteral("720p60"));
-    EXPECT_EQ(camera()->activeVideoMinFrameDuration().timescale, 60);
-    EXPECT_EQ(defaults().integerForKey(PreferenceSchema::videoMode), 1);
-    EXPECT_FALSE(screen->cameraStatusLabel->isVisible());
-    screen->hdButton->sendActions(ui::Control::touchUpInside);
-    EXPECT_EQ(screen->hdButton->currentTitle(), QStringLiteral("720p"));
-    EXPECT_EQ(defaults().integerForKey(PreferenceSchema::videoMode), 0);
+    expectFormat("720p", 2, {1280, 720}, 30);
+    EXPECT_LE(screen->videoSession()->zoom(), double(screen->zoomSlider->maximumValue()));
+    EXPECT_TRUE(status().contains(QStringLiteral("4K")) &&
+                status().contains(QStringLiteral("720p")))
+        << status().toStdString();
+    hdTap();
+    expectFormat("720p60", 1, {1280, 720}, 60);
+    EXPECT_EQ(status(), QString());
+    hdTap();
+    expectFormat("720p", 0, {1280, 720}, 30);
 }
 
-TEST_F(CameraViewControllerTest, OneCameraOfAnyPositionIsUsedAndOffersNoSwitch) {
+// A failed switch says so until a switch succeeds; one camera of any position is used and offers
+// no switch.
+TEST_F(CameraViewControllerTest, AFailedSwitchSaysSoAndALoneCameraOffersNone) {
+    show();
+    EXPECT_FALSE(screen->changeCamButton->isHidden());
+    av::CaptureDevice* back = camera();
+    Discovery::setVirtualDevicesEnabled(false);
+    screen->changeCamButton->sendActions(ui::Control::touchUpInside);
+    EXPECT_EQ(camera(), back);
+    EXPECT_EQ(screen->videoSession()->cameraPosition(), CKFSession::CameraPosition::back);
+    const QString failed = status();
+    EXPECT_FALSE(failed.isEmpty());
+
+    Discovery::setVirtualDevicesEnabled(true);
+    screen->changeCamButton->sendActions(ui::Control::touchUpInside);
+    EXPECT_EQ(camera()->position(), av::DevicePosition::front);
+    EXPECT_EQ(status(), QString()) << failed.toStdString();
+    // The new camera runs the stored format too.
+    EXPECT_EQ(camera()->activeFormat().height, 1080);
+
     for (const av::DevicePosition position :
          {av::DevicePosition::back, av::DevicePosition::front}) {
         SCOPED_TRACE(int(position));
-        av::CaptureDeviceDiscoverySession::setVirtualCamerasForTesting(
+        Discovery::setVirtualCamerasForTesting(
             {{position, av::VirtualCameraDevice::sceneFormats()}});
         show();
         ASSERT_TRUE(camera());
@@ -225,71 +264,36 @@ TEST_F(CameraViewControllerTest, OneCameraOfAnyPositionIsUsedAndOffersNoSwitch) 
     }
 }
 
-TEST_F(CameraViewControllerTest, AFailedSwitchSaysSoUntilASwitchSucceeds) {
-    show();
-    EXPECT_FALSE(screen->changeCamButton->isHidden());
-    av::CaptureDevice* back = camera();
-    av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(false);
-    screen->changeCamButton->sendActions(ui::Control::touchUpInside);
-    EXPECT_EQ(camera(), back);
-    EXPECT_EQ(screen->videoSession()->cameraPosition(), CKFSession::CameraPosition::back);
-    EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
-    const QString failed = screen->cameraStatusLabel->text();
-
-    av::CaptureDeviceDiscoverySession::setVirtualDevicesEnabled(true);
-    screen->changeCamButton->sendActions(ui::Control::touchUpInside);
-    EXPECT_EQ(camera()->position(), av::DevicePosition::front);
-    EXPECT_FALSE(screen->cameraStatusLabel->isVisible()) << failed.toStdString();
-    // The new camera runs the stored format too.
-    EXPECT_EQ(camera()->activeFormat().height, 1080);
-}
-
 TEST_F(CameraViewControllerTest, AnUnpluggedCameraResumesWhenPluggedBackIn) {
-    const av::GstHandle<GstDevice> held(
+    const av::GstHandle<GstDevice> webcam(
         makeFakeWebcam("Fake webcam",
                        "video/x-raw, format=I420, width=640, height=360, framerate=30/1"),
         av::GstRef::adopt);
-    GstDevice* webcam = held.get();
     const QString id = QStringLiteral("Fake webcam");
-    av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam);
+    Discovery::deviceAddedForTesting(webcam.get());
     show();
     ASSERT_EQ(camera()->uniqueID(), id);
     EXPECT_TRUE(screen->changeCamButton->isHidden());
     const auto frames = [this] { return screen->previewView->framesTaken(); };
     ASSERT_TRUE(QTest::qWaitFor([&] { return frames() > 2; }, 10000));
 
-    av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(id);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return screen->cameraStatusLabel->isVisible(); }));
+    Discovery::deviceRemovedForTesting(id);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !status().isEmpty(); }));
     // Another change while it is away: the virtual stand-in does not take the real camera's place.
-    emit av::CaptureDeviceDiscoverySession::changes().devicesChanged();
+    emit Discovery::changes().devicesChanged();
     EXPECT_EQ(camera()->uniqueID(), id);
     EXPECT_FALSE(camera()->isConnected());
 
     const quint64 before = frames();
-    av::CaptureDeviceDiscoverySession::deviceAddedForTesting(webcam);
+    Discovery::deviceAddedForTesting(webcam.get());
     EXPECT_TRUE(QTest::qWaitFor([&] { return frames() > before + 2; }, 10000));
     EXPECT_TRUE(camera()->isConnected());
     // Said for a moment, then the picture is clear again.
-    const QString back = foundation::Strings::localizedString("cam_status_resumed");
-    EXPECT_TRUE(QTest::qWaitFor([&] { return screen->cameraStatusLabel->text() == back; }, 10000));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !screen->cameraStatusLabel->isVisible(); }, 10000));
+    const QString back = localized("cam_status_resumed");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return status() == back; }, 10000));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return status().isEmpty(); }, 10000));
     window.reset();
-    av::CaptureDeviceDiscoverySession::deviceRemovedForTesting(id);
-}
-
-TEST_F(CameraViewControllerTest, FlashCyclesOffAutoOn) {
-    show();
-    CKFVideoSession* session = screen->videoSession();
-    const std::pair<CKFSession::FlashMode, const char*> expected[] = {
-        {CKFSession::FlashMode::on, "Flash"},
-        {CKFSession::FlashMode::off, "FlashD"},
-        {CKFSession::FlashMode::automatic, "FlashA"},
-    };
-    for (const auto& [mode, icon] : expected) {
-        screen->flashButton->sendActions(ui::Control::touchUpInside);
-        EXPECT_EQ(session->flashMode(), mode);
-        EXPECT_EQ(picture(screen->flashButton->currentImage()), image(icon)) << icon;
-    }
+    Discovery::deviceRemovedForTesting(id);
 }
 
 // The screen's ramp keeps to its clock: a timer that fires late runs every tick it missed, and
@@ -323,9 +327,19 @@ TEST_F(CameraViewControllerTest, EachTakeEndsWithItsRampAndThePreviewGoesBackToT
     QObject::connect(screen, &CameraViewController::clipFinished,
                      [&](const QUrl& url) { finished = url; });
 
-    // Space presses the record button; the ramp's own end stops the movie, and the zoom-in
-    // take's preview goes back to 1.0.
-    QTest::keyClick(screen->zoomSlider, Qt::Key_Space);
+    // Space presses the record button, once however long it is held; the ramp's own end stops
+    // the movie, and the zoom-in take's preview goes back to 1.0.
+    const auto space = [this](bool down, bool repeat) {
+        QTest::simulateEvent(screen->zoomSlider.data(), down, Qt::Key_Space, Qt::NoModifier,
+                             QStringLiteral(" "), repeat);
+    };
+    space(true, false);
+    const std::shared_ptr<CameraViewController::RampState> ramp = screen->lastRamp();
+    for (int repeat = 0; repeat < 3; ++repeat)
+        space(true, true);
+    space(false, false);
+    EXPECT_EQ(screen->lastRamp(), ramp);
+    EXPECT_TRUE(ramp && ramp->timer) << "still the first take";
     EXPECT_TRUE(screen->cameraButton->isSelected());
     ASSERT_TRUE(QTest::qWaitFor([&] { return !finished.isEmpty(); }, 15000));
     EXPECT_EQ(finished, CKFVideoSession::defaultFileURL());
@@ -371,7 +385,7 @@ TEST_F(CameraViewControllerTest, AFailedTakeSaysWhyAndTheNextPressRecords) {
              if (on)
                  QTest::qWait(200);
          },
-         2, foundation::Strings::localizedString("cam_recording_failed").arg(QString())},
+         2, localized("cam_recording_failed").arg(QString())},
         {"no H.264 encoder on the machine",
          [](GstElement*, bool on) {
              av::EncoderChoice::setVideoEncodersForTesting(on ? std::optional(QStringList{})
@@ -398,48 +412,16 @@ TEST_F(CameraViewControllerTest, AFailedTakeSaysWhyAndTheNextPressRecords) {
         ASSERT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
         row.set(session->session()->pipeline(), false);
         EXPECT_FALSE(screen->lastRamp()->timer);
-        EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
-        EXPECT_TRUE(screen->cameraStatusLabel->text().contains(row.says))
-            << screen->cameraStatusLabel->text().toStdString();
+        EXPECT_TRUE(status().contains(row.says)) << status().toStdString();
         EXPECT_TRUE(controlsBack());
         EXPECT_EQ(files(), before);
 
         press();
-        EXPECT_FALSE(screen->cameraStatusLabel->isVisible());
+        EXPECT_EQ(status(), QString());
         EXPECT_TRUE(QTest::qWaitFor([&] { return session->hasRecordingStarted(); }, 10000));
         press();
         EXPECT_TRUE(QTest::qWaitFor([&] { return !session->isRecording(); }, 10000));
     }
-}
-
-TEST_F(CameraViewControllerTest, AHeldSpaceIsOnePress) {
-    show();
-    const auto space = [this](bool down, bool repeat) {
-        QTest::simulateEvent(screen->zoomSlider.data(), down, Qt::Key_Space, Qt::NoModifier,
-                             QStringLiteral(" "), repeat);
-    };
-    space(true, false);
-    const std::shared_ptr<CameraViewController::RampState> ramp = screen->lastRamp();
-    for (int repeat = 0; repeat < 3; ++repeat)
-        space(true, true);
-    space(false, false);
-    EXPECT_EQ(screen->lastRamp(), ramp);
-    EXPECT_TRUE(ramp && ramp->timer) << "still the first take";
-    QTest::keyClick(screen->zoomSlider, Qt::Key_Space);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !screen->videoSession()->isRecording(); }, 10000));
-}
-
-TEST_F(CameraViewControllerTest, DurationButtonOpensThePickerAndItsChoiceComesBack) {
-    ui::Storyboard::registerFactory(QStringLiteral("Main"),
-                                    QStringLiteral("ChoseDurationViewController"),
-                                    [] { return new ChoseDurationViewController; });
-    show(false);
-    screen->durationButton->sendActions(ui::Control::touchUpInside);
-    auto* picker = qobject_cast<ChoseDurationViewController*>(screen->presentedViewController());
-    ASSERT_TRUE(picker);
-    defaults().setFloat(PreferenceSchema::zoomDuration, 9.0f);
-    picker->dismiss(static_cast<ui::Control*>(nullptr));
-    EXPECT_EQ(screen->durationButton->currentTitle(), QStringLiteral("9s"));
 }
 
 TEST_F(CameraViewControllerTest, WithoutPermissionThereIsNoSessionButControlsRespond) {
@@ -447,11 +429,9 @@ TEST_F(CameraViewControllerTest, WithoutPermissionThereIsNoSessionButControlsRes
     show(false);
     QTest::qWait(50);
     EXPECT_FALSE(screen->videoSession());
-    EXPECT_TRUE(screen->cameraStatusLabel->isVisible());
-    EXPECT_EQ(screen->cameraStatusLabel->text(),
-              foundation::Strings::localizedString("cam_status_denied"));
+    EXPECT_EQ(status(), localized("cam_status_denied"));
     screen->cameraButton->sendActions(ui::Control::touchUpInside);
-    screen->hdButton->sendActions(ui::Control::touchUpInside);
+    hdTap();
     screen->zoomInButton->sendActions(ui::Control::touchUpInside);
     EXPECT_FALSE(screen->lastRamp());
     EXPECT_EQ(defaults().integerForKey(PreferenceSchema::zoomMode), 1);
