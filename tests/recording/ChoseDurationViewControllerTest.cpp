@@ -56,17 +56,14 @@ protected:
 TEST_F(ChoseDurationViewControllerTest, WithoutAStoredDurationTheWheelOpensOnFiveSeconds) {
     present();
     EXPECT_EQ(shownRow(), 4);
-    EXPECT_EQ(sheet->attributedTitleForRow(sheet->pickerView, 4, 0).text, "5 sec");
     EXPECT_EQ(sheet->durationLabel->text(), "Duration");
     EXPECT_EQ(sheet->doneButton->currentTitle(), "Done");
     EXPECT_FALSE(Preferences::standard().hasStoredValue(durationKey)) << "opening stores nothing";
 
     ASSERT_EQ(sheet->numberOfRowsInComponent(sheet->pickerView, 0), 15);
-    for (int row = 0; row < 15; ++row) {
-        const auto title = sheet->attributedTitleForRow(sheet->pickerView, row, 0);
-        EXPECT_EQ(title.text, QString::number(row + 1) + " sec");
-        EXPECT_EQ(title.color, QColor(Qt::black));
-    }
+    for (int row = 0; row < 15; ++row)
+        EXPECT_EQ(sheet->attributedTitleForRow(sheet->pickerView, row, 0).text,
+                  QString::number(row + 1) + " sec");
 }
 
 TEST_F(ChoseDurationViewControllerTest, StoredDurationsOpenOnTheirWholeSecondOrTheNearestEnd) {
