@@ -63,6 +63,7 @@ public:
     QList<double> rests;
 };
 
+// The arrows, Home and End page the tutorial in TutorialTest.
 TEST_F(ScrollViewTest, EveryKindOfInputRestsOnAWholePage) {
     auto key = [this](Qt::Key key) { return [this, key] { QTest::keyClick(&pager, key); }; };
     const struct {
@@ -76,12 +77,8 @@ TEST_F(ScrollViewTest, EveryKindOfInputRestsOnAWholePage) {
         {"quick short flick goes on", 1, [&] { drag(200, 120, 2, 0); }, 2},
         {"a flick backwards goes back", 2, [&] { drag(100, 160, 3, 0); }, 1},
         {"a long flick moves one page only", 0, [&] { drag(290, -200, 3, 0); }, 1},
-        {"right arrow", 0, key(Qt::Key_Right), 1},
-        {"left arrow", 2, key(Qt::Key_Left), 1},
         {"page down", 1, key(Qt::Key_PageDown), 2},
         {"page up", 1, key(Qt::Key_PageUp), 0},
-        {"end", 0, key(Qt::Key_End), 3},
-        {"home", 3, key(Qt::Key_Home), 0},
         {"wheel notch down", 0, [&] { turn(&pager, QPoint(0, -120)); }, 1},
         {"wheel notch up", 2, [&] { turn(&pager, QPoint(0, 120)); }, 1},
         {"touchpad swipe left with phases", 0,
@@ -172,14 +169,8 @@ protected:
     PickerView picker;
 };
 
-TEST_F(PickerViewTest, SelectingFromCodeClampsToTheWheelAndTellsNobody) {
-    picker.selectRow(3, 0, false);
-    EXPECT_EQ(selected(), 3);
-    picker.selectRow(25, 0, false);
-    EXPECT_EQ(selected(), 9) << "past the end: the last row";
-    picker.selectRow(-4, 0, false);
-    EXPECT_EQ(selected(), 0) << "before the start: the first row";
-
+// Rows past either end are clamped in ChoseDurationViewControllerTest.
+TEST_F(PickerViewTest, SelectingFromCodeTellsNobodyAndAReloadKeepsTheNearestRow) {
     picker.selectRow(6, 0, true);
     EXPECT_EQ(selected(), 6) << "known at once, while the wheel still turns";
     EXPECT_TRUE(picker.isMoving());
