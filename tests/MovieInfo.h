@@ -10,7 +10,6 @@
 #include <gst/pbutils/pbutils.h>
 
 struct MovieInfo {
-    // Whether the discoverer could read the file at all.
     bool readable = false;
     // The container's caps name ("video/quicktime"), empty for a bare stream.
     QString container;

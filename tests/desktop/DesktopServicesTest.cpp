@@ -16,8 +16,7 @@
 #include <optional>
 #include <unistd.h>
 
-// The desktop portal's camera interface as a desktop provides it; it answers at once, before
-// its reply to the request, as a portal that remembers the user's choice may.
+// The portal's camera interface, answering before its reply as one that remembers a choice may.
 class FakeCameraPortal : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Camera")
@@ -41,8 +40,7 @@ public slots:
     }
 };
 
-// logind's inhibitor: hands out the write end of a pipe, so the test sees the lock released
-// when its read end reaches end-of-file.
+// logind's inhibitor: the lock is a pipe's write end, released when the read end sees its end.
 class FakeLogin : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.login1.Manager")
@@ -88,8 +86,7 @@ public slots:
 namespace desktop {
 namespace {
 
-// A session bus of the test's own: a dbus-daemon that ends with the test, and the connections
-// made to it, closed first. Skipped without dbus-daemon.
+// A session bus of the test's own, its connections closed before it ends; skipped without one.
 class DesktopServices : public ::testing::Test {
 protected:
     void SetUp() override {

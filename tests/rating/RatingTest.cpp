@@ -67,7 +67,6 @@ protected:
         foundation::Preferences::resetStandardForTesting();
     }
 
-    // Under its class name in the program's storyboard.
     template <typename Scene> static void registerScene() {
         ui::Storyboard::registerFactory(QStringLiteral("Main"),
                                         ui::Storyboard::identifierOf(Scene::staticMetaObject),
@@ -84,8 +83,7 @@ protected:
         return Preferences::standard().dateForKey(QLatin1String(key));
     }
 
-    // The dialogs' helpers; xdg-utils are replaced by small scripts in a folder that is the whole
-    // PATH.
+    // xdg-utils are replaced by small scripts in a folder that is the whole PATH.
     void installProgram(const QString& name, const QByteArray& body) {
         QFile file(folder.filePath("bin/" + name));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -97,7 +95,6 @@ protected:
         root->present(dialog, false);
         return dialog;
     }
-    // A press and release on the button with that title.
     static void tap(ui::ViewController* controller, const QString& title) {
         for (ui::Button* button : controller->view()->findChildren<ui::Button*>()) {
             if (button->currentTitle() == title)
@@ -136,7 +133,6 @@ QString remindLine(const char* since, const char* left) {
         .arg(since, left);
 }
 const QString ratedLine("[AppRating] 🙂 User has already rated this version.");
-constexpr std::nullopt_t never = std::nullopt;
 
 using AppRatingTest = RatingFixture;
 using RateAppDialogsTest = RatingFixture;
@@ -153,7 +149,7 @@ TEST_F(AppRatingTest, TheDatesAndVersionsDecideAndTheLineSaysWhyNot) {
         bool prompts;
         QString line;
     } rows[] = {
-        {nullptr, nullptr, never, never, 0, false, firstUseLine("0 minute", "4320 minutes")},
+        {nullptr, nullptr, {}, {}, 0, false, firstUseLine("0 minute", "4320 minutes")},
         {nullptr, nullptr, 4319, 4319, 0, false, firstUseLine("4319 minutes", "1 minute")},
         // The line counts from the reminder although the decision counts from the first use.
         {nullptr, nullptr, 100, 7, 0, false, firstUseLine("7 minutes", "4313 minutes")},

@@ -167,7 +167,6 @@ TEST_F(ViewControllerTest, DismissalOrANewRootDuringAnAnimatedPresentationEndsIt
     QTest::qWait(400);
     EXPECT_EQ(journal.size(), 11) << "the stopped fade must not complete again";
 
-    // A root replaced mid-transition drops the transition safely.
     QPointer<ProbeViewController> c = probe("C");
     root->present(c, true, noting("never"));
     QPointer<ProbeViewController> oldRoot = root;
@@ -192,7 +191,6 @@ TEST_F(ViewControllerTest, DismissingTheBottomOfAStackOrReplacingTheRootRemovesA
     EXPECT_FALSE(root->presentedViewController());
     EXPECT_TRUE(QTest::qWaitFor([&] { return b.isNull() && c.isNull(); }));
 
-    // Replacing the root of a visible window swaps appearance and deletes the old root.
     QPointer<ProbeViewController> shown = probe("S");
     root->present(shown, false);
     journal.clear();
@@ -211,11 +209,9 @@ TEST_F(ViewControllerTest, DismissingTheBottomOfAStackOrReplacingTheRootRemovesA
     EXPECT_TRUE(QTest::qWaitFor([&] { return root.isNull() && shown.isNull(); }));
 }
 
-// The top controller's status bar preference rules, and a resize reaches every controller before
-// its view is laid out.
+// A resize reaches every controller before its view is laid out.
 TEST_F(ViewControllerTest, TheWindowTellsItsControllersOfResizesAndFollowsTheTopOnesStatusBar) {
     QSignalSpy changes(&window, &Window::statusBarHiddenChanged);
-    EXPECT_FALSE(window.prefersStatusBarHidden());
     ProbeViewController* dialog = probe("B", Style::overCurrentContext);
     dialog->statusBarHidden = true;
     root->present(dialog, false);
@@ -243,14 +239,11 @@ TEST_F(ViewControllerTest, TheWindowTellsItsControllersOfResizesAndFollowsTheTop
     EXPECT_FALSE(window.isFullScreen());
 }
 
-// Another window loads its root's view once, before the first appearance; the key window is the
-// one last made key, and none once it has gone.
 TEST_F(ViewControllerTest, AnotherWindowLoadsItsRootOnceAndTheLastMadeKeyIsTheKeyWindow) {
     {
         Window other, second;
         auto* controller = new ProbeViewController("V", &journal);
         EXPECT_FALSE(controller->isViewLoaded());
-        EXPECT_EQ(controller->window(), nullptr);
         other.setRootViewController(controller);
         other.show();
         other.hide();
@@ -289,7 +282,6 @@ protected:
     }
     void TearDown() override { ActivityViewController::resetServices(); }
 
-    // A sheet for the clip over the root; its completion lands in result.
     ActivityViewController* showSheet(std::optional<std::pair<QString, bool>>& result) {
         auto* sheet = new ActivityViewController({QUrl::fromLocalFile(clip)});
         sheet->setCompletionWithItemsHandler(
@@ -339,7 +331,6 @@ TEST_F(SheetTest, EachActivityReachesItsProgramOrTheClipboardAndReportsCompletio
         EXPECT_EQ(calls, c.calls);
     }
 
-    // Copy puts the file on the clipboard for file managers.
     EXPECT_TRUE(perform(ActivityType::copyToPasteboard).second);
     const QMimeData* data = QGuiApplication::clipboard()->mimeData();
     ASSERT_NE(data, nullptr);
@@ -386,7 +377,6 @@ TEST_F(SheetTest, ExcludedActivitiesAreNotOfferedAndAClickBesideTheCardCancels) 
     EXPECT_TRUE(calls.isEmpty());
 }
 
-// An action closes the alert, then runs once even when chosen twice; Esc chooses the cancel action.
 TEST_F(SheetTest, AnAlertActionRunsOnceAfterTheAlertHasGoneAndEscCancels) {
     QStringList chosen;
     const auto showAlert = [&] {
