@@ -247,8 +247,7 @@ TEST_F(ALButtonTest, FadesWhileHeldAndComesBackWhenTheTouchLeavesOrEnds) {
         SCOPED_TRACE(step.what);
         step.act();
         EXPECT_DOUBLE_EQ(ui::ViewAnimation::alpha(button), step.alpha);
-        // Immediate, never animated.
-        EXPECT_FALSE(ui::ViewAnimation::isAnimating(button));
+        EXPECT_FALSE(ui::ViewAnimation::isAnimating(button)) << "immediate, never animated";
     }
     EXPECT_EQ(actions, 1) << "only the release inside is a tap";
 }

@@ -402,7 +402,7 @@ class SceneController : public ViewController {
     Q_OBJECT
 };
 
-// Unknown or mistyped scenes of the program's own storyboard are in LaunchTest.
+// A scene of another class asked for by its type is LaunchTest's.
 TEST(StoryboardTest, ScenesBelongToTheirStoryboardAndTheLatestFactoryWins) {
     Storyboard::registerFactory("StoryboardTest", "SceneController",
                                 [] { return new SceneController; });
@@ -410,6 +410,7 @@ TEST(StoryboardTest, ScenesBelongToTheirStoryboardAndTheLatestFactoryWins) {
     EXPECT_TRUE(storyboard.contains("SceneController"));
     EXPECT_FALSE(Storyboard("StoryboardTestOther").contains("SceneController"));
     EXPECT_EQ(Storyboard("StoryboardTestOther").instantiate("SceneController"), nullptr);
+    EXPECT_EQ(storyboard.instantiate("Missing"), nullptr);
 
     std::unique_ptr<ViewController> first(storyboard.instantiate("SceneController"));
     std::unique_ptr<ViewController> second(storyboard.instantiate("SceneController"));
