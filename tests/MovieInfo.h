@@ -10,7 +10,6 @@
 #include <gst/pbutils/pbutils.h>
 
 struct MovieInfo {
-    // Whether the discoverer could read the file at all.
     bool readable = false;
     // The container's caps name ("video/quicktime"), empty for a bare stream.
     QString container;
@@ -39,12 +38,15 @@ inline MovieInfo inspectMovie(const QString& path) {
     GstDiscovererInfo* result = held.get();
     if (!result)
         return info;
-    const auto capsName = [](GstDiscovererStreamInfo* stream) {
+    const auto capsName = [](GstDiscovererStreamInfo* stream, int* mpegVersion = nullptr) {
         const av::GstHandle<GstCaps> caps(gst_discoverer_stream_info_get_caps(stream),
                                           av::GstRef::adopt);
-        return caps ? QString::fromUtf8(
-                          gst_structure_get_name(gst_caps_get_structure(caps.get(), 0)))
-                    : QString();
+        if (!caps)
+            return QString();
+        const GstStructure* structure = gst_caps_get_structure(caps.get(), 0);
+        if (mpegVersion)
+            gst_structure_get_int(structure, "mpegversion", mpegVersion);
+        return QString::fromUtf8(gst_structure_get_name(structure));
     };
     info.readable = gst_discoverer_info_get_result(result) == GST_DISCOVERER_OK;
     const av::GstHandle<GstDiscovererStreamInfo> top(gst_discoverer_info_get_stream_info(result),
@@ -66,15 +68,9 @@ inline MovieInfo inspectMovie(const QString& path) {
     }
     GList* audios = gst_discoverer_info_get_audio_streams(result);
     info.audioStreams = int(g_list_length(audios));
-    if (audios) {
-        auto* audio = GST_DISCOVERER_STREAM_INFO(audios->data);
-        info.audioCodec = capsName(audio);
-        const av::GstHandle<GstCaps> caps(gst_discoverer_stream_info_get_caps(audio),
-                                          av::GstRef::adopt);
-        if (caps)
-            gst_structure_get_int(gst_caps_get_structure(caps.get(), 0), "mpegversion",
-                                  &info.audioMpegVersion);
-    }
+    if (audios)
+        info.audioCodec =
+            capsName(GST_DISCOVERER_STREAM_INFO(audios->data), &info.audioMpegVersion);
     gst_discoverer_stream_info_list_free(videos);
     gst_discoverer_stream_info_list_free(audios);
     return info;

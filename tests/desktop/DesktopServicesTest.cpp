@@ -16,36 +16,31 @@
 #include <optional>
 #include <unistd.h>
 
-// The desktop portal's camera interface as a desktop provides it; it answers at once, before
-// its reply to the request, as a portal that remembers the user's choice may.
+// The portal's camera interface, answering before its reply as one that remembers a choice may.
 class FakeCameraPortal : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Camera")
-    Q_PROPERTY(bool IsCameraPresent READ isCameraPresent)
+    Q_PROPERTY(bool IsCameraPresent MEMBER cameraPresent)
 
 public:
     bool cameraPresent = true;
     uint response = 0;
     int asked = 0;
 
-    bool isCameraPresent() const { return cameraPresent; }
-
 public slots:
     QDBusObjectPath AccessCamera(const QVariantMap& options) {
         ++asked;
-        const QString sender = message().service().mid(1).replace('.', '_');
-        const QString path = "/org/freedesktop/portal/desktop/request/" + sender + '/' +
+        const QString path = "/org/freedesktop/portal/desktop/request/" +
+                             message().service().mid(1).replace('.', '_') + '/' +
                              options.value("handle_token").toString();
-        QDBusMessage answer =
-            QDBusMessage::createSignal(path, "org.freedesktop.portal.Request", "Response");
-        answer << response << QVariantMap();
-        connection().send(answer);
+        connection().send(
+            QDBusMessage::createSignal(path, "org.freedesktop.portal.Request", "Response")
+            << response << QVariantMap());
         return QDBusObjectPath(path);
     }
 };
 
-// logind's inhibitor: hands out the write end of a pipe, so the test sees the lock released
-// when its read end reaches end-of-file.
+// logind's inhibitor: the lock is a pipe's write end, released when the read end sees its end.
 class FakeLogin : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.login1.Manager")
@@ -53,14 +48,11 @@ class FakeLogin : public QObject {
 public:
     int readEnd = -1;
     QString what;
-    ~FakeLogin() override {
-        if (readEnd >= 0)
-            ::close(readEnd);
-    }
+    ~FakeLogin() override { ::close(readEnd); }
     // Never blocks: a held lock reads as "try again", a released one as end-of-file.
     bool released() const {
         char byte;
-        return readEnd >= 0 && ::read(readEnd, &byte, 1) == 0;
+        return ::read(readEnd, &byte, 1) == 0;
     }
 
 public slots:
@@ -68,12 +60,10 @@ public slots:
                                     const QString&) {
         what = kinds;
         int ends[2];
-        if (::pipe(ends) != 0)
-            return {};
+        EXPECT_EQ(::pipe2(ends, O_NONBLOCK), 0);
         readEnd = ends[0];
-        ::fcntl(readEnd, F_SETFL, O_NONBLOCK);
-        QDBusUnixFileDescriptor lock(ends[1]); // dups the descriptor
-        ::close(ends[1]);
+        QDBusUnixFileDescriptor lock;
+        lock.giveFileDescriptor(ends[1]);
         return lock;
     }
 };
@@ -96,8 +86,7 @@ public slots:
 namespace desktop {
 namespace {
 
-// A session bus of the test's own: a dbus-daemon that ends with the test, and the connections
-// made to it, closed first. Skipped without dbus-daemon.
+// A session bus of the test's own, its connections closed before it ends; skipped without one.
 class DesktopServices : public ::testing::Test {
 protected:
     void SetUp() override {

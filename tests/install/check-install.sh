@@ -21,9 +21,6 @@ for f in "applications/org.tessaro.Tessaro.desktop" "metainfo/org.tessaro.Tessar
 done
 [ ! -e "$share/tessaro/.keep" ] || { echo "the data folder's placeholder was installed"; exit 1; }
 
-version=$(run "$bin" --version)
-[[ $version == Tessaro\ * ]] || { echo "--version printed: $version"; exit 1; }
-
 run "$bin" record --duration 1 --output "$root/home/clip.mov" >/dev/null
 [ -s "$root/home/clip.mov" ] || { echo "the installed program recorded no clip"; exit 1; }
 

@@ -67,13 +67,11 @@ protected:
         foundation::Preferences::resetStandardForTesting();
     }
 
-    // Under its class name in the program's storyboard.
     template <typename Scene> static void registerScene() {
         ui::Storyboard::registerFactory(QStringLiteral("Main"),
                                         ui::Storyboard::identifierOf(Scene::staticMetaObject),
                                         [] { return new Scene; });
     }
-    // As after launch, with the clock that stands still and the lines caught.
     void resetScheduler() {
         AppRating::resetForTesting();
         AppRating::now = [this] { return clock; };
@@ -84,23 +82,8 @@ protected:
     QDateTime storedDate(const char* key) const {
         return Preferences::standard().dateForKey(QLatin1String(key));
     }
-    void startOver() {
-        for (const char* key :
-             {PreferenceSchema::appRatingFirstUsed, PreferenceSchema::appRatingLastRemind,
-              PreferenceSchema::appRatingLastVersionRated})
-            Preferences::standard().removeObjectForKey(key);
-        resetScheduler();
-    }
-    void expectDecision(bool prompts, const QString& line) {
-        lines.clear();
-        EXPECT_EQ(AppRating::shouldPromptForRating(), prompts);
-        EXPECT_EQ(lines, line.isEmpty() ? QStringList() : QStringList{line});
-        // Deciding is no event: asking again answers the same.
-        EXPECT_EQ(AppRating::shouldPromptForRating(), prompts);
-    }
 
-    // The dialogs' helpers; xdg-utils are replaced by small scripts in a folder that is the whole
-    // PATH.
+    // xdg-utils are replaced by small scripts in a folder that is the whole PATH.
     void installProgram(const QString& name, const QByteArray& body) {
         QFile file(folder.filePath("bin/" + name));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -112,7 +95,6 @@ protected:
         root->present(dialog, false);
         return dialog;
     }
-    // A press and release on the button with that title.
     static void tap(ui::ViewController* controller, const QString& title) {
         for (ui::Button* button : controller->view()->findChildren<ui::Button*>()) {
             if (button->currentTitle() == title)
@@ -151,7 +133,6 @@ QString remindLine(const char* since, const char* left) {
         .arg(since, left);
 }
 const QString ratedLine("[AppRating] 🙂 User has already rated this version.");
-constexpr std::nullopt_t never = std::nullopt;
 
 using AppRatingTest = RatingFixture;
 using RateAppDialogsTest = RatingFixture;
@@ -168,7 +149,7 @@ TEST_F(AppRatingTest, TheDatesAndVersionsDecideAndTheLineSaysWhyNot) {
         bool prompts;
         QString line;
     } rows[] = {
-        {nullptr, nullptr, never, never, 0, false, firstUseLine("0 minute", "4320 minutes")},
+        {nullptr, nullptr, {}, {}, 0, false, firstUseLine("0 minute", "4320 minutes")},
         {nullptr, nullptr, 4319, 4319, 0, false, firstUseLine("4319 minutes", "1 minute")},
         // The line counts from the reminder although the decision counts from the first use.
         {nullptr, nullptr, 100, 7, 0, false, firstUseLine("7 minutes", "4313 minutes")},
@@ -190,7 +171,11 @@ TEST_F(AppRatingTest, TheDatesAndVersionsDecideAndTheLineSaysWhyNot) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << "row " << &row - rows);
-        startOver();
+        for (const char* key :
+             {PreferenceSchema::appRatingFirstUsed, PreferenceSchema::appRatingLastRemind,
+              PreferenceSchema::appRatingLastVersionRated})
+            Preferences::standard().removeObjectForKey(key);
+        resetScheduler();
         if (row.debugVersion) {
             AppRating::setDebugMode(true);
             AppRating::setAppVersion(row.debugVersion);
@@ -204,7 +189,11 @@ TEST_F(AppRatingTest, TheDatesAndVersionsDecideAndTheLineSaysWhyNot) {
             AppRating::setLastRemind(minutesAgo(*row.lastRemindAgo));
         if (row.rated)
             AppRating::setLastVersionRated(row.rated);
-        expectDecision(row.prompts, row.line);
+        lines.clear();
+        EXPECT_EQ(AppRating::shouldPromptForRating(), row.prompts);
+        EXPECT_EQ(lines, row.line.isEmpty() ? QStringList() : QStringList{row.line});
+        // Deciding is no event: asking again answers the same.
+        EXPECT_EQ(AppRating::shouldPromptForRating(), row.prompts);
     }
 }
 
@@ -344,9 +333,7 @@ TEST_F(RateAppDialogsTest, LeavingTheComposerAnyWayClosesItAndTheFeedbackCard) {
         auto* composer =
             qobject_cast<ui::MailComposeViewController*>(dialog->presentedViewController());
         ASSERT_NE(composer, nullptr);
-        EXPECT_EQ(composer->toRecipients(), QStringList{"support@tessaro.org"});
-        EXPECT_EQ(composer->subject(), "Tessaro CAM");
-        EXPECT_EQ(composer->messageBody(), "");
+        EXPECT_EQ(composer->messageBody(), "") << "the address and subject are in what is sent";
 
         leave(composer);
         EXPECT_TRUE(

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <functional>
-
 #include <QStringList>
 #include <QTest>
 #include <QWidget>
@@ -19,7 +17,6 @@ public:
     }
 
     bool statusBarHidden = false;
-    // The view's size when viewWillTransition ran.
     QSize sizeAtTransition;
 
     bool prefersStatusBarHidden() const override { return statusBarHidden; }
