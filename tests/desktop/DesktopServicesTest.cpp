@@ -74,10 +74,12 @@ class FakeScreenSaver : public QObject {
 
 public:
     QList<uint> held;
+    int granted = 0;
 
 public slots:
     uint Inhibit(const QString&, const QString&) {
         held << 7;
+        ++granted;
         return 7;
     }
     void UnInhibit(uint cookie) { held.removeOne(cookie); }
@@ -173,8 +175,8 @@ TEST_F(DesktopServices, sleepInhibitorHoldsBothLocksWhileItLivesAndLetsGoAfter) 
     // Gone before the answers came: what was granted is still given back.
     inhibitor = std::make_unique<SleepInhibitor>("Recording", app, app);
     inhibitor.reset();
-    QTest::qWait(200);
-    EXPECT_TRUE(screenSaver.held.isEmpty());
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return screenSaver.granted == 2 && screenSaver.held.isEmpty(); }, 5000));
 }
 
 } // namespace
