@@ -1,11 +1,13 @@
 #include "platform/av/CaptureDevice.h"
 #include "platform/av/CaptureDeviceDiscoverySession.h"
 #include "platform/av/CaptureDeviceInput.h"
+#include "platform/av/CapturePreviewOutput.h"
 #include "platform/av/CaptureSession.h"
 #include "platform/av/FileCameraDevice.h"
 #include "platform/av/Gst.h"
 #include "platform/av/SystemCaptureDevice.h"
 #include "platform/av/V4l2Controls.h"
+#include "tests/av/Frames.h"
 #include "tests/av/TestClip.h"
 
 #include <QBuffer>
@@ -477,6 +479,26 @@ TEST(FileCameraDevice, aFileThatCannotBeACameraIsRefusedWithItsReason) {
     };
     EXPECT_FALSE(FileCameraDevice::problemWith(whole));
     EXPECT_FALSE(FileCameraDevice::problemWith(clip, std::chrono::seconds(30)));
+    // The 4:3 clip, whose sound the camera leaves out, plays on past its end at the session's size
+    // and rate, with black bars at the sides.
+    FileCameraDevice looped(clip);
+    EXPECT_FALSE(looped.isStillPicture());
+    CaptureSession session;
+    CapturePreviewOutput preview;
+    session.setSessionPreset(CaptureSession::preset1280x720);
+    session.addInput(new CaptureDeviceInput(&looped));
+    session.addOutput(&preview);
+    session.startRunning();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return preview.framesReceived() > 50; }, 15000));
+    const GstHandle<GstSample> latest = preview.takeLatestFrame();
+    session.stopRunning();
+    GstVideoInfo info;
+    ASSERT_TRUE(latest && gst_video_info_from_caps(&info, gst_sample_get_caps(latest.get())));
+    EXPECT_EQ(info.fps_n, 30);
+    const Picture shown = pictureOf(latest.get());
+    ASSERT_EQ(QSize(shown.width, shown.height), QSize(1280, 720));
+    EXPECT_LT(shown.at(0, 20, 360), 24);
+    EXPECT_GT(shown.at(0, 640, 100), 28); // every colour bar is lighter
     for (const auto& row : rows) {
         SCOPED_TRACE(row.path.toStdString());
         // Patient, for a loaded machine.

@@ -7,7 +7,6 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
@@ -18,7 +17,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdio>
 #include <mutex>
 #include <thread>
 
@@ -32,9 +30,6 @@ using av::Error;
 using av::GstHandle;
 using av::GstRef;
 using av::MediaType;
-
-constexpr const char* childVariable = "TESSARO_RECORD_UNTIL_KILLED";
-constexpr const char* childStartedMarker = "tessaro-child-recording";
 
 // Recording, encoding and finishing a file take far longer than an ordinary wait.
 constexpr int patience = 15000;
@@ -503,50 +498,6 @@ TEST(MovieWriterTest, QueueRidesOutAQuarterSecondWithinItsMemory) {
     // Never so few that one late frame is a drop.
     EXPECT_EQ(av::MovieWriter::queuedFrames(7680 * 4320 * 3 / 2, 30), 2u);
     EXPECT_EQ(av::MovieWriter::queuedFrames(320 * 240 * 3 / 2, 5), 2u);
-}
-
-// Runs only as the child of SurvivesSigkill: records until it is killed.
-TEST_F(CaptureMovieFileOutputTest, RecordsUntilKilledAsTheChildOfSurvivesSigkill) {
-    const QString path = qEnvironmentVariable(childVariable);
-    if (path.isEmpty())
-        GTEST_SKIP() << "the child half of SurvivesSigkill";
-    startSession();
-    Delegate delegate;
-    start(QUrl::fromLocalFile(path), delegate);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate.starts == 1; }, patience));
-    std::printf("%s\n", childStartedMarker);
-    std::fflush(stdout);
-    QTest::qWait(30000);
-}
-
-TEST_F(CaptureMovieFileOutputTest, SurvivesSigkill) {
-    const QString path = folder.filePath(QStringLiteral("killed.mov"));
-    QProcess child;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QString::fromUtf8(childVariable), path);
-    child.setProcessEnvironment(environment);
-    child.start(QCoreApplication::applicationFilePath(),
-                {QStringLiteral("--gtest_filter=*.RecordsUntilKilledAsTheChildOfSurvivesSigkill")});
-    QByteArray printed;
-    ASSERT_TRUE(QTest::qWaitFor(
-        [&] {
-            child.waitForReadyRead(10);
-            printed += child.readAllStandardOutput();
-            return printed.contains(childStartedMarker) || child.state() == QProcess::NotRunning;
-        },
-        patience));
-    ASSERT_TRUE(printed.contains(childStartedMarker)) << printed.toStdString();
-    QThread::msleep(2500);
-    child.kill();
-    ASSERT_TRUE(child.waitForFinished(5000));
-    ASSERT_EQ(child.exitStatus(), QProcess::CrashExit);
-
-    const MovieInfo movie = inspectMovie(path);
-    ASSERT_TRUE(movie.readable);
-    EXPECT_EQ(movie.videoCodec, "video/x-h264");
-    EXPECT_GT(movie.seconds, 1.0);
-    EXPECT_LT(movie.seconds, 4.0);
-    EXPECT_GE(decodedFrames(path), 30);
 }
 
 int numberOf(GstMessage* message) {

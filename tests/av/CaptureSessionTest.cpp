@@ -2,12 +2,9 @@
 #include "platform/av/CaptureDeviceInput.h"
 #include "platform/av/CaptureMovieFileOutput.h"
 #include "platform/av/CapturePreviewOutput.h"
-#include "platform/av/FileCameraDevice.h"
-#include "platform/av/Gst.h"
 #include "platform/av/VirtualCameraDevice.h"
 #include "platform/av/VirtualMicrophoneDevice.h"
 #include "tests/MovieInfo.h"
-#include "tests/av/Frames.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -17,7 +14,6 @@
 #include <chrono>
 #include <thread>
 
-#include <gst/video/video.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -150,41 +146,6 @@ TEST(SessionOutputs, aRemovedOutputIsHandedNothingMore) {
         ASSERT_TRUE(QTest::qWaitFor([&] { return watched.framesReceived() > before + 2; }, 15000));
     }
     session.stopRunning();
-}
-
-// A one-second 4:3 clip of still colour bars, with sound, which the camera leaves out, plays on
-// past its end, at the session's size and rate with black bars at the sides.
-TEST(FileCameraDevice, aVideoLoopsAtTheSessionFormatWithBlackBars) {
-    QTemporaryDir folder;
-    Gst::ensureInitialized();
-    const QString clip = folder.filePath(QStringLiteral("clip.mp4"));
-    ASSERT_TRUE(Gst::runToEnd("videotestsrc num-buffers=30 pattern=smpte ! video/x-raw,width=320,"
-                              "height=240,framerate=30/1 ! x264enc ! mp4mux name=mux ! filesink "
-                              "location=" +
-                                  clip.toUtf8() + " audiotestsrc num-buffers=47 ! avenc_aac ! mux.",
-                              std::chrono::seconds(20)));
-    FileCameraDevice camera(clip);
-    EXPECT_FALSE(camera.isStillPicture());
-    CaptureSession session;
-    CapturePreviewOutput preview;
-    run(session, {&camera}, {&preview});
-    ASSERT_TRUE(session.isRunning());
-    ASSERT_TRUE(QTest::qWaitFor([&] { return preview.framesReceived() > 45; }, 15000));
-    const quint64 early = preview.framesReceived();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return preview.framesReceived() > early + 5; }, 15000));
-    GstHandle<GstSample> frame = preview.takeLatestFrame();
-    session.stopRunning();
-    ASSERT_TRUE(frame);
-
-    GstVideoInfo info;
-    ASSERT_TRUE(gst_video_info_from_caps(&info, gst_sample_get_caps(frame.get())));
-    EXPECT_EQ(info.fps_n, 30);
-    const Picture picture = pictureOf(frame.get());
-    ASSERT_EQ(picture.width, 1280);
-    ASSERT_EQ(picture.height, 720);
-    // Black at the sides, the bars (light grey at the left) in the middle.
-    EXPECT_LT(picture.at(0, 20, 360), 24);
-    EXPECT_GT(picture.at(0, 170, 100), 120);
 }
 
 } // namespace
