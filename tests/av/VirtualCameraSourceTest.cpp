@@ -1,6 +1,7 @@
 #include "platform/av/VirtualCameraSource.h"
 #include "platform/av/Gst.h"
 #include "platform/av/GstHandle.h"
+#include "platform/av/ZoomFilter.h"
 #include "tests/av/Frames.h"
 
 #include <gst/app/gstappsink.h>
@@ -24,23 +25,6 @@ namespace {
 using av::GstHandle;
 using av::GstRef;
 using av::VirtualCameraSource;
-
-// What the zoom stage shows: the centre 1/zoom, scaled back up (nearest).
-Picture centreCrop(const Picture& source, double zoom) {
-    Picture result;
-    result.width = source.width;
-    result.height = source.height;
-    for (int plane = 0; plane < 3; ++plane) {
-        const int w = source.widthOf(plane), h = source.heightOf(plane);
-        for (int y = 0; y < h; ++y) {
-            const int sy = int(h / 2.0 + (y + 0.5 - h / 2.0) / zoom);
-            for (int x = 0; x < w; ++x)
-                result.planes[plane].push_back(
-                    source.at(plane, int(w / 2.0 + (x + 0.5 - w / 2.0) / zoom), sy));
-        }
-    }
-    return result;
-}
 
 // The back subject's jacket is the only strongly red-orange thing in the scene.
 struct Box {
@@ -166,6 +150,7 @@ protected:
             gst_init(nullptr, nullptr);
         VirtualCameraSource::registerElement();
         VirtualCameraSource::registerElement();
+        av::ZoomFilter::registerElement();
     }
 
     static Picture render(const VirtualCameraSource::Renderer& renderer, double zoom,
@@ -270,7 +255,10 @@ TEST_F(VirtualCameraSourceTest, stoppingInterruptsTheWaitForASlowFrame) {
 
 TEST_F(VirtualCameraSourceTest, subjectKeepsItsSizeWhileTheBackgroundStretches) {
     const Picture near = Camera(caps720p60, "zoom=1.0").picture();
-    const Picture far = centreCrop(Camera(caps720p60, "zoom=2.0").picture(), 2.0);
+    // As the zoom stage shows it.
+    const Picture far =
+        Camera(caps720p60, std::string("zoom=2.0 ! ") + av::ZoomFilter::factoryName + " zoom=2.0")
+            .picture();
 
     const Box nearJacket = jacket(near), farJacket = jacket(far);
     ASSERT_GT(nearJacket.width(), 100);
