@@ -71,44 +71,15 @@ std::string describe(const Layout& layout) {
 // renegotiates the output buffers; the same zoom again gives the same picture. Steps of a
 // thousandth move a full-size picture by fractions of a pixel instead of snapping to whole-pixel
 // crops, so each changes it.
-TEST_F(ZoomFilterTest, ZoomOnePassesFramesThroughBitExactAndEveryStepShows) {
-    for (GstVideoFormat format : formats) {
-        for (const Layout& layout :
-             {Layout(format, 640, 360), Layout(format, 642, 362), Layout(format, 1, 1),
-              Layout(format, 3, 1), Layout(format, 1, 3), Layout(format, 2, 2)}) {
-            SCOPED_TRACE(describe(layout));
-            auto h = harness(layout);
-            av::GstHandle<GstBuffer> input(layout.frame(noise), av::GstRef::adopt);
-            const Bytes original = layout.picture(bytes(input.get()));
-            Bytes previous;
-            std::map<double, Bytes> seen;
-            for (double zoom : {1.0, 2.0, 1.0, 1.5, 2.0, 1.001, 1.002, 1.003, 1.0}) {
-                const bool large = layout.info.width >= 640;
-                if (zoom != 1.0 && zoom < 1.01 && !large)
-                    continue; // a step of a thousandth shows only on a full-size picture
-                setZoom(h.get(), zoom);
-                const Bytes output = layout.picture(pass(h.get(), gst_buffer_ref(input.get())));
-                // A single pixel is its own centre at any zoom.
-                const bool onePixel = layout.info.width == 1 && layout.info.height == 1;
-                EXPECT_EQ(output == original, zoom == 1.0 || onePixel) << zoom;
-                EXPECT_TRUE(!seen.contains(zoom) || output == seen[zoom]) << zoom;
-                EXPECT_TRUE(!large || output != previous) << zoom;
-                seen.emplace(zoom, output);
-                previous = output;
-            }
-        }
-    }
-}
-
-// Linear ramps survive bilinear scaling, so every output sample must show the source position
-// its centre maps to, centre + (i + 0.5 - centre) / zoom - 0.5, within one level. Chroma planes
-// are zoomed at their own size, down to planes one sample wide or high, and rows just long enough
-// for the vector kernels. Frames of up to 16 samples each way get steep ramps, on which a sample
-// blended from its two nearest neighbours by the wrong weights shows as a wrong level that gentle
-// ramps hide within one. Every output sample is made from samples of its own plane: whatever
-// fills the padding after rows and planes (where a tap one past the last sample or row would
-// land), the picture is the same.
-TEST_F(ZoomFilterTest, ZoomShowsTheCentreOfTheFrameFromItsOwnPlanes) {
+// Linear ramps survive bilinear scaling, so at other zooms every output sample must show the
+// source position its centre maps to, centre + (i + 0.5 - centre) / zoom - 0.5, within one level.
+// Chroma planes are zoomed at their own size, down to planes one sample wide or high, and rows
+// just long enough for the vector kernels. Frames of up to 16 samples each way get steep ramps,
+// on which a sample blended from its two nearest neighbours by the wrong weights shows as a wrong
+// level that gentle ramps hide within one. Every output sample is made from samples of its own
+// plane: whatever fills the padding after rows and planes (where a tap one past the last sample
+// or row would land), the picture is the same.
+TEST_F(ZoomFilterTest, ZoomOneIsBitExactAndOtherZoomsShowTheCentreFromTheFramesOwnPlanes) {
     const Pattern gentle = [](int component, double x, double y) {
         return component == 0 ? x : component == 1 ? 2 * y : 200 - x;
     };
@@ -121,12 +92,33 @@ TEST_F(ZoomFilterTest, ZoomShowsTheCentreOfTheFrameFromItsOwnPlanes) {
               Layout(format, 2, 1), Layout(format, 1, 2), Layout(format, 3, 1),
               Layout(format, 1, 3), Layout(format, 2, 2), Layout(format, 3, 3),
               Layout(format, 5, 3), Layout(format, 16, 16), Layout(format, 35, 3),
-              Layout(format, 67, 1), Layout(format, 1, 67), Layout(format, 642, 362)}) {
+              Layout(format, 67, 1), Layout(format, 1, 67), Layout(format, 640, 360),
+              Layout(format, 642, 362)}) {
+            SCOPED_TRACE(describe(layout));
+            auto h = harness(layout);
+            av::GstHandle<GstBuffer> input(layout.frame(noise), av::GstRef::adopt);
+            const Bytes original = layout.picture(bytes(input.get()));
+            const bool large = layout.info.width >= 640;
+            Bytes previous;
+            std::map<double, Bytes> seen;
+            for (double zoom : {1.0, 2.0, 1.0, 1.5, 2.0, 1.001, 1.002, 1.003, 1.0}) {
+                if (zoom != 1.0 && zoom < 1.01 && !large)
+                    continue; // a step of a thousandth shows only on a full-size picture
+                setZoom(h.get(), zoom);
+                const Bytes output = layout.picture(pass(h.get(), gst_buffer_ref(input.get())));
+                // A single pixel is its own centre at any zoom.
+                const bool onePixel = layout.info.width == 1 && layout.info.height == 1;
+                EXPECT_EQ(output == original, zoom == 1.0 || onePixel) << zoom;
+                EXPECT_TRUE(!seen.contains(zoom) || output == seen[zoom]) << zoom;
+                EXPECT_TRUE(!large || output != previous) << zoom;
+                seen.emplace(zoom, output);
+                previous = output;
+            }
+
             const bool small = layout.info.width <= 16 && layout.info.height <= 16;
             const Pattern& ramps = small ? steep : gentle;
             for (double zoom : {2.0, 1.5, 3.7, 100.0}) {
-                SCOPED_TRACE(describe(layout) + " zoom " + std::to_string(zoom));
-                auto h = harness(layout);
+                SCOPED_TRACE("zoom " + std::to_string(zoom));
                 setZoom(h.get(), zoom);
                 const Bytes output = pass(h.get(), layout.frame(ramps));
                 ASSERT_EQ(output.size(), layout.info.size);
