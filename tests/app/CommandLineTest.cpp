@@ -3,6 +3,7 @@
 
 #include <QDate>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
@@ -49,6 +50,18 @@ Result runTessaro(const QStringList& arguments, const Variables& variables = {})
     start(process, arguments, config.path(), variables);
     EXPECT_TRUE(process.waitForFinished(30000));
     return {process.exitCode(), QString::fromUtf8(process.readAll())};
+}
+
+// The main thread's CPU so far, in seconds, from the child's /proc; -1 once it is gone.
+double mainThreadCpu(qint64 pid) {
+    QFile stat(QStringLiteral("/proc/%1/task/%1/stat").arg(pid));
+    if (!stat.open(QIODevice::ReadOnly))
+        return -1;
+    const QByteArray line = stat.readAll();
+    const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
+    return fields.size() < 13 ? -1
+                              : double(fields[11].toLongLong() + fields[12].toLongLong()) /
+                                    double(sysconf(_SC_CLK_TCK));
 }
 
 // A command line refused as a whole: it exits with 2 and says what it refuses.
@@ -111,9 +124,27 @@ TEST(CommandLine, recordMakesAClipOfTheRampsLengthWithASheetBesideIt) {
     QTemporaryDir folder;
     // A missing folder is created; the decimal comma reads like a point.
     const QString clip = folder.filePath(QStringLiteral("new folder/clip.mov"));
-    const Result result =
-        runTessaro(words("record --duration 2 --zoom 3,0 --camera virtual --output") << clip);
+    QProcess process;
+    start(process, words("record --duration 2 --zoom 3,0 --camera virtual --output") << clip,
+          folder.path());
+    // While the camera records, the main thread sleeps until the take's end, on any machine.
+    QByteArray out;
+    double cpuAtPress = -1, cpuAtEnd = -1;
+    QElapsedTimer take;
+    while (cpuAtEnd < 0 && process.waitForReadyRead(30000)) {
+        out += process.readAll();
+        if (cpuAtPress < 0 && out.contains("Recording")) {
+            cpuAtPress = mainThreadCpu(process.processId());
+            take.start();
+        }
+        if (cpuAtPress >= 0 && out.contains(clip.toUtf8()))
+            cpuAtEnd = mainThreadCpu(process.processId());
+    }
+    ASSERT_TRUE(process.waitForFinished(30000));
+    const Result result{process.exitCode(), QString::fromUtf8(out + process.readAll())};
     ASSERT_EQ(result.exitCode, 0) << result.out.toStdString();
+    ASSERT_GE(cpuAtEnd, 0) << result.out.toStdString();
+    EXPECT_LT(cpuAtEnd - cpuAtPress, double(take.elapsed()) / 2000.0);
     EXPECT_TRUE(result.out.contains(clip)) << result.out.toStdString();
     // The first frame shows the start zoom within one 10 ms tick of the ramp; a loaded machine may
     // lose the last frame, so that one is held to a frame of the ramp. Pixels read to 0.005.
