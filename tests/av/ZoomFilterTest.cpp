@@ -8,13 +8,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <map>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
+#include <thread>
 
 namespace {
 
