@@ -6,6 +6,7 @@
 #include "platform/av/CaptureSession.h"
 #include "platform/av/CaptureVideoPreviewLayer.h"
 #include "platform/foundation/Device.h"
+#include "platform/foundation/WhenReady.h"
 
 #include <QTextStream>
 #include <QThreadPool>
@@ -255,22 +256,26 @@ void CKFPhotoSession::process(const QByteArray& data,
                        int(std::min<qint64>(wholePixels(size.height()), INT_MAX)));
     const foundation::Device::Orientation held = foundation::Device::current().orientation();
     const bool mirrored = position == CameraPosition::front;
-    QtConcurrent::run(&photoPool(), [data, target, held, mirrored]() -> std::optional<ui::Image> {
-        const std::optional<ui::Image> image = ui::Image::fromData(data);
-        if (!image || !target)
-            return image;
-        // The crop works in a phone sensor's layout, a quarter turn from how the phone is held
-        // upright. Frames here come upright already (a webcam, or a sensor whose mounting the
-        // camera stack has turned), so they are laid that way first; otherwise a desktop
-        // webcam's portrait crop would show its scene on its side.
-        const ui::Image sensorLayout(image->displayedImage().transformed(QTransform().rotate(-90)));
-        const std::optional<ui::Image> cropped =
-            CKUtils::cropAndScale(sensorLayout, target->width(), target->height(), held, mirrored);
-        return cropped ? cropped : image;
-    }).then(this, [settings, onCaptured, onError](const std::optional<ui::Image>& image) {
-        if (image)
-            onCaptured(*image, settings);
-        else
-            onError(CKFError::error(QStringLiteral("Cannot get photo")));
-    });
+    const auto decoded = QtConcurrent::run(
+        &photoPool(), [data, target, held, mirrored]() -> std::optional<ui::Image> {
+            const std::optional<ui::Image> image = ui::Image::fromData(data);
+            if (!image || !target)
+                return image;
+            // The crop works in a phone sensor's layout, a quarter turn from how the phone is held
+            // upright. Frames here come upright already (a webcam, or a sensor whose mounting the
+            // camera stack has turned), so they are laid that way first; otherwise a desktop
+            // webcam's portrait crop would show its scene on its side.
+            const ui::Image sensorLayout(
+                image->displayedImage().transformed(QTransform().rotate(-90)));
+            const std::optional<ui::Image> cropped = CKUtils::cropAndScale(
+                sensorLayout, target->width(), target->height(), held, mirrored);
+            return cropped ? cropped : image;
+        });
+    foundation::whenReady(decoded, this,
+                          [settings, onCaptured, onError](const std::optional<ui::Image>& image) {
+                              if (image)
+                                  onCaptured(*image, settings);
+                              else
+                                  onError(CKFError::error(QStringLiteral("Cannot get photo")));
+                          });
 }

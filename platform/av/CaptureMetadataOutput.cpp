@@ -2,6 +2,7 @@
 
 #include "platform/av/FaceDetector.h"
 #include "platform/av/Logging.h"
+#include "platform/foundation/WhenReady.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -175,22 +176,25 @@ void CaptureMetadataOutput::startDetection() {
         running = true;
     }
     started.start();
-    QtConcurrent::run(&detectionPool(), [detector = detector, frame] {
+    const auto detection = QtConcurrent::run(&detectionPool(), [detector = detector, frame] {
         qint64 nanoseconds = 0;
         std::vector<MetadataObject> objects = detector->detect(*frame, &nanoseconds);
         return std::make_pair(std::move(objects), nanoseconds);
-    }).then(this, [this](const std::pair<std::vector<MetadataObject>, qint64>& result) {
-        const auto& [objects, nanoseconds] = result;
-        // The next frame is asked for once the interval is over.
-        QTimer::singleShot(std::max<qint64>(0, minimumInterval - started.elapsed()), this, [this] {
-            QMutexLocker lock(&mutex);
-            running = false;
-        });
-        ++detected;
-        detectionNanoseconds += nanoseconds;
-        if (objectsDelegate && detecting)
-            objectsDelegate->didOutputMetadataObjects(this, objects);
     });
+    foundation::whenReady(
+        detection, this, [this](const std::pair<std::vector<MetadataObject>, qint64>& result) {
+            const auto& [objects, nanoseconds] = result;
+            // The next frame is asked for once the interval is over.
+            QTimer::singleShot(std::max<qint64>(0, minimumInterval - started.elapsed()), this,
+                               [this] {
+                                   QMutexLocker lock(&mutex);
+                                   running = false;
+                               });
+            ++detected;
+            detectionNanoseconds += nanoseconds;
+            if (objectsDelegate && detecting)
+                objectsDelegate->didOutputMetadataObjects(this, objects);
+        });
 }
 
 void CaptureMetadataOutput::sessionWillStop() {

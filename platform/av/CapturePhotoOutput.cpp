@@ -4,6 +4,7 @@
 #include "platform/av/CaptureSession.h"
 #include "platform/av/Logging.h"
 #include "platform/av/VideoFrameConverter.h"
+#include "platform/foundation/WhenReady.h"
 
 #include <QMutexLocker>
 #include <QtConcurrent/QtConcurrentRun>
@@ -247,8 +248,9 @@ void CapturePhotoOutput::takeFrames() {
     }
     for (Request& request : taken) {
         setTorch(request, false);
-        QtConcurrent::run(encode, request.frame, request.exifOrientation, request.captureTime)
-            .then(this, [this, request](const Encoded& encoded) {
+        foundation::whenReady(
+            QtConcurrent::run(encode, request.frame, request.exifOrientation, request.captureTime),
+            this, [this, request](const Encoded& encoded) {
                 if (encoded.jpeg.isEmpty())
                     finish(request, {}, encoded.size,
                            Error(Error::Code::recordingFailed, qtTrId("photo_not_encoded")));
