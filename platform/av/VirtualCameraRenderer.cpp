@@ -279,11 +279,12 @@ bool VirtualCameraRenderer::render(GstVideoFrame* frame, double zoom, bool torch
     const Gain backgroundGain = gainTable(1.12);
     const Gain subjectGain = gainTable(1.0 + 0.4 / walker);
 
+    // Even edges, so the chroma planes' part is the luma's halved.
     const Rect lumaDrawn = keptCentre(frameWidth, frameHeight, walkerZoom(cropZoom));
     const auto drawnIn = [&](int component) {
-        return component ? Rect{lumaDrawn.x0 / 2, lumaDrawn.x1 / 2, lumaDrawn.y0 / 2,
-                                std::min(planes[component].height, lumaDrawn.y1 / 2)}
-                         : lumaDrawn;
+        return component
+                   ? Rect{lumaDrawn.x0 / 2, lumaDrawn.x1 / 2, lumaDrawn.y0 / 2, lumaDrawn.y1 / 2}
+                   : lumaDrawn;
     };
     thread_local std::vector<int> columns, rows;
     for (int component = 0; component < 3; ++component) {
